@@ -1,0 +1,16 @@
+#!/usr/bin/env bash
+# Runs every fuzz target built in ./build-fuzz for the given seconds each,
+# starting from the kept corpus. New findings go to fuzz/artifacts/.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+seconds="${1:-60}"
+mkdir -p fuzz/artifacts
+for source in fuzz/fuzz_*.cpp; do
+    name=$(basename "$source" .cpp)
+    work=$(mktemp -d)
+    cp -r "fuzz/corpus/$name/." "$work/" 2>/dev/null || true
+    echo "-- $name for ${seconds}s"
+    "build-fuzz/fuzz/$name" -max_total_time="$seconds" -artifact_prefix=fuzz/artifacts/ \
+        -print_final_stats=0 "$work" 2>&1 | tail -n 2
+    rm -rf "$work"
+done

@@ -1,0 +1,23 @@
+#!/usr/bin/env bash
+# Runs every test: the full suite on ./build, the unit tests again under
+# AddressSanitizer and UndefinedBehaviorSanitizer, and a short run of each
+# fuzz target when clang is present. Expects scripts/setup.sh to have run.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+echo "== Full test suite"
+ctest --test-dir build --output-on-failure -j2
+
+echo "== Unit tests under AddressSanitizer and UndefinedBehaviorSanitizer"
+cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DTUNEBOX_SANITIZE=ON -DTUNEBOX_BENCH=OFF >/dev/null
+cmake --build build-asan -j2
+ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
+    ctest --test-dir build-asan --output-on-failure -j2 -LE 'e2e|gui'
+
+if command -v clang++ >/dev/null && ls fuzz/fuzz_*.cpp >/dev/null 2>&1; then
+    echo "== Short fuzz runs"
+    cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++ \
+        -DTUNEBOX_FUZZ=ON -DTUNEBOX_TESTS=OFF -DTUNEBOX_BENCH=OFF >/dev/null
+    cmake --build build-fuzz -j2
+    bash scripts/fuzz.sh "${TUNEBOX_FUZZ_SECONDS:-20}"
+fi

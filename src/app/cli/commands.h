@@ -1,0 +1,15 @@
+#pragma once
+// Every subcommand of the tunebox executable adds itself to the parser here.
+
+#include <CLI/CLI.hpp>
+
+namespace tunebox::cli {
+
+// Exit status for bad input: a missing, unreadable or unsupported file.
+inline constexpr int kExitBadInput = 2;
+
+// Each register function adds one subcommand whose callback stores its exit
+// status in `status`.
+void registerVersionCommand(CLI::App& app, int& status);
+
+}  // namespace tunebox::cli

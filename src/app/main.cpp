@@ -1,0 +1,23 @@
+#include <iostream>
+
+#include "app/cli/commands.h"
+#include "app/diagnostic_log.h"
+
+int main(int argc, char** argv) {
+    tunebox::logInit(0);
+
+    CLI::App app{"Tunebox: sing over an accompaniment and record the take"};
+    app.require_subcommand(0, 1);
+    int status = 0;
+    tunebox::cli::registerVersionCommand(app, status);
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error);
+    }
+    if (app.get_subcommands().empty()) {
+        std::cout << app.help();
+    }
+    return status;
+}

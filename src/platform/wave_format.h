@@ -1,0 +1,46 @@
+#pragma once
+// The 18-byte wave format record shared by files, devices and converters,
+// and the one native format every engine works in.
+
+#include <cstdint>
+
+namespace tunebox {
+
+inline constexpr uint16_t kFormatPcm = 1;
+inline constexpr uint16_t kFormatALaw = 6;
+inline constexpr uint16_t kFormatMuLaw = 7;
+inline constexpr uint16_t kFormatMpegLayer3 = 0x55;
+
+struct WaveFormat {
+    uint16_t formatTag = 0;
+    uint16_t channels = 0;
+    uint32_t samplesPerSec = 0;
+    uint32_t avgBytesPerSec = 0;
+    uint16_t blockAlign = 0;
+    uint16_t bitsPerSample = 0;
+    uint16_t extraSize = 0;
+};
+
+inline constexpr std::size_t kWaveFormatBytes = 18;
+
+inline constexpr WaveFormat kNativeFormat{kFormatPcm, 2, 44100, 176400, 4, 16, 0};
+
+// Two records describe the same samples when every field but the extra size
+// agrees.
+constexpr bool sameFormat(const WaveFormat& a, const WaveFormat& b) {
+    return a.formatTag == b.formatTag && a.channels == b.channels &&
+           a.samplesPerSec == b.samplesPerSec && a.avgBytesPerSec == b.avgBytesPerSec &&
+           a.blockAlign == b.blockAlign && a.bitsPerSample == b.bitsPerSample;
+}
+
+// Native PCM geometry.
+inline constexpr uint32_t kNativeBytesPerSecond = 176400;
+inline constexpr uint32_t kNativeFrameBytes = 4;
+// One CD sector: 1/75 second of native PCM. Buffer sizes and the clock use it.
+inline constexpr uint32_t kSectorBytes = 2352;
+inline constexpr uint32_t kSectorsPerSecond = 75;
+// The engines' block: 13 x 3 sectors, handed out 3 at a time.
+inline constexpr uint32_t kEngineBlockBytes = 13 * 3 * kSectorBytes;  // 91,728
+inline constexpr uint32_t kEngineBlockCount = 3;
+
+}  // namespace tunebox
