@@ -47,7 +47,9 @@ void store(const std::string& path, const uint8_t* data, size_t size) {
     if (stream == nullptr) {
         std::abort();
     }
-    std::fwrite(data, 1, size, stream);
+    if (size > 0) {  // an empty input may come without a buffer
+        std::fwrite(data, 1, size, stream);
+    }
     std::fclose(stream);
 }
 
