@@ -162,14 +162,5 @@ TEST_F(RiffFileTest, OnlyRegularFilesOpenAndCreationNeedsAnExistingFolder) {
     EXPECT_EQ(RiffFile::createForWrite((dir_ / "no" / "such.wav").string()), nullptr);
 }
 
-TEST_F(RiffFileTest, AClosedFileRefusesEverything) {
-    auto file = openBytes(test::counting(10));
-    ASSERT_EQ(file->close(), 1);
-    uint8_t byte = 0;
-    EXPECT_EQ(file->read(&byte, 1), -1);
-    EXPECT_EQ(file->seek(0, SEEK_SET), -1);
-    EXPECT_EQ(file->close(), 0);
-}
-
 }  // namespace
 }  // namespace tunebox
