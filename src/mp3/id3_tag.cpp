@@ -33,6 +33,8 @@ void dispatchFrame(Id3Tag& tag, std::string_view id, std::span<const char> text,
                    std::size_t count) {
     const auto copyInto = [&](std::string& target) { target = id3CopyText(text, count); };
     const std::string_view raw(text.data(), std::min(count, text.size()));
+    // Numbers may be written in UTF-16 too: read them from the converted text.
+    const auto number = [&] { return id3TextNumber(id3CopyText(text, count)); };
     if (id == "TIT2" || id == "TAL") {
         copyInto(tag.title);
     } else if (id == "TALB" || id == "TP2") {
@@ -42,13 +44,13 @@ void dispatchFrame(Id3Tag& tag, std::string_view id, std::span<const char> text,
     } else if (id == "TCOM") {
         copyInto(tag.composer);
     } else if (id == "TLEN") {
-        tag.lengthSeconds = id3TextNumber(raw) / 1000;
+        tag.lengthSeconds = number() / 1000;
     } else if (id == "TYER") {
-        tag.year = id3TextNumber(raw);
+        tag.year = number();
     } else if (id == "TRCK") {
-        tag.track = id3TextNumber(raw);
+        tag.track = number();
     } else if (id == "TSIZ") {
-        tag.size = id3TextNumber(raw);
+        tag.size = number();
     } else if (id == "TCON") {
         bool stores = true;
         std::string genre = id3GenreText(raw, stores);

@@ -1,13 +1,14 @@
 #include "platform/codec_manager.h"
 
 #include <gtest/gtest.h>
-#include <mpg123.h>
 
 #include <array>
 #include <cmath>
 #include <numbers>
 
 #include "platform/g711.h"
+#include "support/mpg123_reference.h"
+#include "support/signal_measure.h"
 #include "support/temp_dir.h"
 #include "support/tool_fixture.h"
 
@@ -42,25 +43,6 @@ std::vector<uint8_t> convertAll(CodecStream& stream, const std::vector<uint8_t>&
                    destination.begin() + header.destinationLengthUsed);
     }
     return out;
-}
-
-// Frequency of the strongest sine in one channel, from its zero crossings.
-double crossingFrequency(const std::vector<int16_t>& samples, int channels, int channel,
-                         double rate) {
-    int crossings = 0;
-    std::size_t first = 0;
-    std::size_t last = 0;
-    for (std::size_t i = channels + channel; i < samples.size(); i += channels) {
-        if (samples[i - channels] < 0 && samples[i] >= 0) {
-            if (crossings == 0) {
-                first = i;
-            }
-            last = i;
-            ++crossings;
-        }
-    }
-    const double frames = static_cast<double>(last - first) / channels;
-    return (crossings - 1) / (frames / rate);
 }
 
 TEST(G711, ExpandsTheCodeTableEnds) {
@@ -131,28 +113,8 @@ TEST(PcmStream, ResamplingKeepsLengthAndPitch) {
     const auto out = test::toSamples(convertAll(*stream, bytes, 10240));
     const double outFrames = out.size() / 2.0;
     EXPECT_NEAR(outFrames, 44100, 2048);  // the resampler holds back its filter delay
-    EXPECT_NEAR(crossingFrequency(out, 2, 0, 44100), 1000.0, 1.0);
-    EXPECT_NEAR(crossingFrequency(out, 2, 1, 44100), 1000.0, 1.0);
-}
-
-std::vector<int16_t> mpg123DecodeFile(const std::filesystem::path& path) {
-    std::vector<int16_t> samples;
-    int error = 0;
-    mpg123_handle* handle = mpg123_new(nullptr, &error);
-    mpg123_param(handle, MPG123_ADD_FLAGS, MPG123_QUIET, 0);
-    if (mpg123_open(handle, path.c_str()) == MPG123_OK) {
-        std::vector<unsigned char> buffer(65536);
-        std::size_t done = 0;
-        int result = MPG123_OK;
-        while (result == MPG123_OK || result == MPG123_NEW_FORMAT) {
-            result = mpg123_read(handle, buffer.data(), buffer.size(), &done);
-            const auto chunk = test::toSamples({buffer.begin(), buffer.begin() + done});
-            samples.insert(samples.end(), chunk.begin(), chunk.end());
-        }
-    }
-    mpg123_close(handle);
-    mpg123_delete(handle);
-    return samples;
+    EXPECT_NEAR(test::toneFrequency(out, 2, 0, 44100), 1000.0, 1.0);
+    EXPECT_NEAR(test::toneFrequency(out, 2, 1, 44100), 1000.0, 1.0);
 }
 
 TEST(MpegStream, DecodesLikeLibmpg123ReadingTheFileItself) {
@@ -168,7 +130,7 @@ TEST(MpegStream, DecodesLikeLibmpg123ReadingTheFileItself) {
     std::unique_ptr<CodecStream> stream;
     ASSERT_EQ(codecStreamOpen(stream, recordOf(mp3Format), kNativeFormat), kCodecOk);
     const auto ours = test::toSamples(convertAll(*stream, file, 417));
-    const auto reference = mpg123DecodeFile(mp3);
+    const auto reference = test::decodeFileWithMpg123(mp3.string());
     ASSERT_GT(reference.size(), 44100u * 2);
     EXPECT_EQ(ours, reference);
 }
