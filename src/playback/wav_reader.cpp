@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <vector>
 
+#include "mp3/mp3_open.h"
 #include "platform/little_endian.h"
 
 namespace tunebox {
@@ -13,6 +15,9 @@ constexpr uint32_t kChunkFormat = fourCc("fmt ");
 constexpr uint32_t kChunkData = fourCc("data");
 
 using FormatChunk = std::array<uint8_t, kSourceFormatBytes>;
+
+// The converter sees this much of the data before it commits to a path.
+constexpr int64_t kDataHeadBytes = 10240;
 
 WaveFormat decodeFormat(const FormatChunk& bytes) {
     WaveFormat format;
@@ -41,18 +46,37 @@ WavOpenStatus missingWaveForm(RiffFile& file) {
     return looksLikeWave ? WavOpenStatus::damaged : WavOpenStatus::notWave;
 }
 
-// Non-native PCM, A-law, mu-law and MPEG data inside WAVE files all go
-// through the converter, which does not exist yet: such files are refused.
-WavOpenStatus openThroughConverter(RiffHandle& file) {
-    return refuse(file, WavOpenStatus::unsupported);
+// Non-native PCM, A-law, mu-law and MPEG data inside WAVE files go through
+// the converter, which is handed the format chunk and the data's first bytes.
+WavOpenStatus openThroughConverter(RiffHandle& file, const FormatChunk& formatBytes,
+                                   AudioSource& source) {
+    std::vector<uint8_t> head(kDataHeadBytes);
+    int64_t headBytes = kDataHeadBytes;
+    if (wavReadDataHead(*file, head.data(), headBytes) != 1) {
+        wavCloseSource(file, source);
+        return WavOpenStatus::damaged;
+    }
+    head.resize(static_cast<std::size_t>(headBytes));
+    source.conversionFlag = 1;
+    source.sourceFormat = formatBytes;
+    if (mp3SelectDecoder(source, source.sourceFormat, kNativeFormat, head) != 1) {
+        wavCloseSource(file, source);
+        return WavOpenStatus::unsupported;
+    }
+    return WavOpenStatus::opened;
 }
 
-// Where the MP3 opener goes: until it exists, a file that did not open as a
-// WAVE file is refused.
-int openNonWaveFile(RiffHandle& file, uint32_t& length) {
-    file.reset();
-    length = 0;
-    return 0;
+// The converted length: the data's playing time in native-PCM bytes. The
+// bound on source bytes compares a file offset with a chunk size: a reader
+// stops a little early rather than read past the data.
+uint32_t prepareConvertedData(RiffFile& file, const ChunkInfo& data, AudioSource& source) {
+    const int64_t firstDataByte = file.seek(0, SEEK_CUR);
+    source.sourceDataSize = data.size;
+    const int64_t end = file.seek(0, SEEK_END);
+    file.seek(firstDataByte, SEEK_SET);
+    source.sourceBytesBound = static_cast<uint32_t>(std::min<int64_t>(end, data.size));
+    const double seconds = static_cast<double>(data.size) / source.outputFormat.avgBytesPerSec;
+    return static_cast<uint32_t>(seconds * kNativeBytesPerSecond + 0.5);
 }
 
 // Reads the "fmt " chunk into `bytes` and leaves the file after it.
@@ -93,25 +117,23 @@ WavOpenStatus wavExamineWaveFile(const std::string& path, RiffHandle& file, uint
     }
     source.outputFormat = decodeFormat(formatBytes);
     source.conversionFlag = 0;
-    switch (source.outputFormat.formatTag) {
-        case kFormatPcm:
-        case kFormatALaw:
-        case kFormatMuLaw:
-            if (!sameFormat(source.outputFormat, kNativeFormat)) {
-                return openThroughConverter(file);
-            }
-            break;
-        case kFormatMpegLayer3:
-            return openThroughConverter(file);
-        default:
-            return WavOpenStatus::unsupported;
+    const uint16_t tag = source.outputFormat.formatTag;
+    const bool pcmFamily = tag == kFormatPcm || tag == kFormatALaw || tag == kFormatMuLaw;
+    if (!pcmFamily && tag != kFormatMpegLayer3) {
+        return WavOpenStatus::unsupported;  // left open: the next opener takes over
+    }
+    if (tag == kFormatMpegLayer3 || !sameFormat(source.outputFormat, kNativeFormat)) {
+        const WavOpenStatus converted = openThroughConverter(file, formatBytes, source);
+        if (converted != WavOpenStatus::opened) {
+            return converted;
+        }
     }
     ChunkInfo data;
     data.id = kChunkData;
     if (file->descend(data, &riff, ChunkSearch::findChunk) != DescendResult::found) {
         return refuse(file, WavOpenStatus::damaged);
     }
-    length = data.size;
+    length = source.conversionFlag == 1 ? prepareConvertedData(*file, data, source) : data.size;
     return WavOpenStatus::opened;
 }
 
@@ -135,20 +157,21 @@ int wavReadDataHead(RiffFile& file, uint8_t* buffer, int64_t& size) {
 
 int wavOpenSource(const std::string& path, RiffHandle& file, uint32_t& length, AudioSource& source,
                   uint32_t forceOwnDecoder) {
-    audioSourceReset(source);
+    mp3ResetSource(source);
     if (forceOwnDecoder == 1) {
         source.ownDecoderFlag = 1;
     }
     int result = wavOpenWaveFile(path, file, length, source);
     if (result != 1) {
-        result = openNonWaveFile(file, length);
+        result = mp3OpenFile(path, file, length, source);
     }
     source.outputLength = length;
     return result;
 }
 
-void wavCloseSource(RiffHandle& file, AudioSource& /*source: no decoder state yet*/) {
+void wavCloseSource(RiffHandle& file, AudioSource& source) {
     file.reset();
+    mp3ReleaseSource(source);
 }
 
 }  // namespace tunebox

@@ -33,6 +33,8 @@ class LogDirectory {
         return found;
     }
 
+    const TempDir& dir() const { return dir_; }
+
   private:
     TempDir dir_;
 };

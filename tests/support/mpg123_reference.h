@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace tunebox::test {
@@ -54,6 +55,35 @@ inline Mpg123Output decodeWithMpg123(std::span<const uint8_t> stream) {
         }
     }
     return output;
+}
+
+// libmpg123 reading a file by itself with its default settings (gapless
+// trimming included): what a user's own player would give.
+inline std::vector<int16_t> decodeFileWithMpg123(const std::string& path) {
+    std::vector<int16_t> samples;
+    int error = MPG123_OK;
+    std::unique_ptr<mpg123_handle, decltype(&mpg123_delete)> handle(mpg123_new(nullptr, &error),
+                                                                    &mpg123_delete);
+    mpg123_handle* mh = handle.get();
+    if (!mh) {
+        return samples;
+    }
+    mpg123_param(mh, MPG123_ADD_FLAGS, MPG123_QUIET, 0.0);
+    if (mpg123_open(mh, path.c_str()) != MPG123_OK) {
+        return samples;
+    }
+    std::vector<unsigned char> block(1 << 16);
+    for (;;) {
+        std::size_t done = 0;
+        const int result = mpg123_read(mh, block.data(), block.size(), &done);
+        const auto* data = reinterpret_cast<const int16_t*>(block.data());
+        samples.insert(samples.end(), data, data + done / 2);
+        if (result != MPG123_OK && result != MPG123_NEW_FORMAT) {
+            break;
+        }
+    }
+    mpg123_close(mh);
+    return samples;
 }
 
 }  // namespace tunebox::test
