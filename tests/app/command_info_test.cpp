@@ -65,16 +65,18 @@ TEST_F(CommandInfoTest, RefusedFilesGiveOneLineAndStatusTwo) {
 
     const std::string text = (dir_ / "notes.txt").string();
     test::writeFile(text, {'h', 'i', '\n'});
-    expectRefusal(text, "not a WAVE file (other kinds are not supported yet)");
+    expectRefusal(text, "neither a WAVE nor an MP3 file (no audio frame found)");
 
     const std::string cut = (dir_ / "cut.wav").string();
     const test::Bytes whole = test::nativeWave(test::Bytes(100));
     test::writeFile(cut, test::Bytes(whole.begin(), whole.end() - 1));
     expectRefusal(cut, "damaged WAVE file");
 
-    const std::string mono = (dir_ / "mono.wav").string();
-    ASSERT_EQ(test::run("sox -n -r 8000 -c 1 -b 16 '" + mono + "' synth 0.1 sine 440"), 0);
-    expectRefusal(mono, "unsupported WAVE format (only PCM 44100 Hz 16-bit stereo is read yet)");
+    const std::string wide = (dir_ / "wide.wav").string();
+    ASSERT_EQ(test::run("sox -n -r 8000 -c 1 -b 24 '" + wide + "' synth 0.1 sine 440"), 0);
+    expectRefusal(wide,
+                  "unsupported WAVE format (8- or 16-bit PCM, A-law, mu-law or MPEG Layer "
+                  "III, 1 or 2 channels)");
 }
 
 TEST_F(CommandInfoTest, TuneReportsAnOutputThatCannotBeCreated) {

@@ -63,18 +63,19 @@ TEST_F(WavReaderTest, NativeSoxFileIsReadDirectlyFromItsFirstDataByte) {
     EXPECT_EQ(file_->seek(0, SEEK_CUR), static_cast<int64_t>(start));
 }
 
-TEST_F(WavReaderTest, OtherSoxFormatsAreRefusedAsUnsupportedUntilTheyCanBeConverted) {
+TEST_F(WavReaderTest, OtherPcmFormatsOpenThroughTheConverterWithTheirPlayingTime) {
     const char* const options[] = {"-r 22050 -c 2 -b 16", "-r 44100 -c 1 -b 16",
-                                   "-r 44100 -c 2 -b 8", "-r 44100 -c 2 -e a-law",
-                                   "-r 44100 -c 2 -e mu-law"};
+                                   "-r 44100 -c 2 -b 8", "-r 8000 -c 2 -e a-law",
+                                   "-r 44100 -c 1 -e mu-law"};
     int n = 0;
     for (const char* option : options) {
         SCOPED_TRACE(option);
         const std::string path = soxSine("other" + std::to_string(++n) + ".wav", option);
-        EXPECT_EQ(examine(path), WavOpenStatus::unsupported);
-        EXPECT_EQ(file_, nullptr);
-        EXPECT_EQ(wavOpenSource(path, file_, length_, source_, 0), 0);
-        EXPECT_EQ(length_, 0u);
+        ASSERT_EQ(wavOpenSource(path, file_, length_, source_, 0), 1);
+        EXPECT_EQ(source_.conversionFlag, 1u);
+        // sox writes one second: data size / bytes per second x 176,400.
+        EXPECT_EQ(length_, 176400u);
+        wavCloseSource(file_, source_);
     }
 }
 
