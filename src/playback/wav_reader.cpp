@@ -161,6 +161,11 @@ int wavOpenSource(const std::string& path, RiffHandle& file, uint32_t& length, A
     if (forceOwnDecoder == 1) {
         source.ownDecoderFlag = 1;
     }
+    return wavOpenResetSource(path, file, length, source);
+}
+
+int wavOpenResetSource(const std::string& path, RiffHandle& file, uint32_t& length,
+                       AudioSource& source) {
     int result = wavOpenWaveFile(path, file, length, source);
     if (result != 1) {
         result = mp3OpenFile(path, file, length, source);

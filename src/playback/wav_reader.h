@@ -43,6 +43,11 @@ int wavReadDataHead(RiffFile& file, uint8_t* buffer, int64_t& size);
 int wavOpenSource(const std::string& path, RiffHandle& file, uint32_t& length, AudioSource& source,
                   uint32_t forceOwnDecoder);
 
+// The same for a source already reset whose decoder preference the caller
+// has chosen.
+int wavOpenResetSource(const std::string& path, RiffHandle& file, uint32_t& length,
+                       AudioSource& source);
+
 // Closes the file (if open) and releases the source's decoder state.
 void wavCloseSource(RiffHandle& file, AudioSource& source);
 

@@ -2,39 +2,21 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <sstream>
-
+#include "support/command_runner.h"
 #include "support/riff_bytes.h"
 #include "support/temp_dir.h"
 
 namespace tunebox {
 namespace {
 
-struct RunResult {
-    int status;
-    std::string out;
-    std::string err;
-};
-
 class CommandInfoTest : public ::testing::Test {
   protected:
-    RunResult tunebox(const std::string& arguments) {
-        const std::string out = (dir_ / "out.txt").string();
-        const std::string err = (dir_ / "err.txt").string();
-        const int status = test::run(std::string("'") + TUNEBOX_EXE + "' " + arguments + " >'" +
-                                     out + "' 2>'" + err + "'");
-        return {status, slurp(out), slurp(err)};
-    }
-    static std::string slurp(const std::string& path) {
-        std::ifstream in(path);
-        std::stringstream text;
-        text << in.rdbuf();
-        return text.str();
+    test::RunResult tunebox(const std::string& arguments) {
+        return test::runTunebox(dir_, arguments);
     }
     void expectRefusal(const std::string& path, const std::string& reason) {
         SCOPED_TRACE(path);
-        const RunResult run = tunebox("info '" + path + "'");
+        const test::RunResult run = tunebox("info '" + path + "'");
         EXPECT_EQ(run.status, 2);
         EXPECT_EQ(run.out, "");
         EXPECT_EQ(run.err, "tunebox: " + path + ": " + reason + "\n");
@@ -45,11 +27,11 @@ class CommandInfoTest : public ::testing::Test {
 
 TEST_F(CommandInfoTest, TheDemoTuneIsEightSecondsOfDirectlyReadNativePcm) {
     const std::string path = (dir_ / "demo.wav").string();
-    const RunResult made = tunebox("tune '" + path + "'");
+    const test::RunResult made = tunebox("tune '" + path + "'");
     ASSERT_EQ(made.status, 0) << made.err;
     EXPECT_EQ(made.err, "");
 
-    const RunResult info = tunebox("info '" + path + "'");
+    const test::RunResult info = tunebox("info '" + path + "'");
     ASSERT_EQ(info.status, 0) << info.err;
     EXPECT_NE(info.out.find("format: tag 1, 2 channels, 44100 samples/s, 176400 bytes/s, "
                             "block align 4, 16 bits"),
@@ -81,7 +63,7 @@ TEST_F(CommandInfoTest, RefusedFilesGiveOneLineAndStatusTwo) {
 
 TEST_F(CommandInfoTest, TuneReportsAnOutputThatCannotBeCreated) {
     const std::string path = (dir_ / "no" / "such" / "dir.wav").string();
-    const RunResult run = tunebox("tune '" + path + "'");
+    const test::RunResult run = tunebox("tune '" + path + "'");
     EXPECT_EQ(run.status, 2);
     EXPECT_EQ(run.err, "tunebox: " + path + ": cannot be created\n");
 }

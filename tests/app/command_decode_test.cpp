@@ -1,0 +1,75 @@
+// The decode command on the MPEG conformance streams: the built-in decoder's
+// raw output against the reference, and the native output's format.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+#include "support/command_runner.h"
+#include "support/tool_fixture.h"
+
+namespace tunebox {
+namespace {
+
+constexpr std::size_t kWaveHeaderBytes = 44;
+
+std::vector<int16_t> samplesOf(const std::filesystem::path& wav) {
+    auto bytes = test::readBytes(wav);
+    bytes.erase(bytes.begin(), bytes.begin() + std::min(bytes.size(), kWaveHeaderBytes));
+    return test::toSamples(bytes);
+}
+
+class CommandDecodeTest : public ::testing::Test {
+  protected:
+    void SetUp() override { setenv("TUNEBOX_CONFIG_DIR", dir_.path().c_str(), 1); }
+    void TearDown() override { unsetenv("TUNEBOX_CONFIG_DIR"); }
+
+    test::TempDir dir_;
+    const std::string streams_ = std::string(TUNEBOX_TESTDATA_DIR) + "/mp3-conformance/";
+};
+
+TEST_F(CommandDecodeTest, BuiltinRawOutputMatchesTheConformanceReference) {
+    for (const std::string name : {"l3-si", "l3-he_48khz", "M2L3_compl24"}) {
+        SCOPED_TRACE(name);
+        const auto out = dir_ / (name + ".wav");
+        const auto run = test::runTunebox(dir_, "decode --decoder builtin --raw '" + streams_ +
+                                                    name + ".bit' '" + out.string() + "'");
+        ASSERT_EQ(run.status, 0) << run.err;
+        EXPECT_NE(run.out.find("(built-in decoder)"), std::string::npos);
+        const auto decoded = samplesOf(out);
+        const auto reference = test::toSamples(test::readBytes(streams_ + name + ".pcm"));
+        // One frame is decoded per block read, so the last frames may be missing.
+        ASSERT_GT(decoded.size(), reference.size() * 9 / 10);
+        const std::size_t compared = std::min(decoded.size(), reference.size());
+        int worst = 0;
+        double squares = 0;
+        for (std::size_t i = 0; i < compared; ++i) {
+            const int difference = std::abs(decoded[i] - reference[i]);
+            worst = std::max(worst, difference);
+            squares += static_cast<double>(difference) * difference;
+        }
+        EXPECT_LE(worst, 1);
+        EXPECT_LE(std::sqrt(squares / compared), 0.07);
+    }
+}
+
+TEST_F(CommandDecodeTest, NativeOutputIsStereo44100AndBadInputIsOneLine) {
+    const auto out = dir_ / "native.wav";
+    const auto run =
+        test::runTunebox(dir_, "decode '" + streams_ + "M2L3_compl24.bit' '" + out.string() + "'");
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.out.find("44100 Hz, 2 channels"), std::string::npos) << run.out;
+    test::runTool("sox --i '" + out.string() + "'");
+
+    const auto text = dir_ / "notes.txt";
+    test::runTool("echo hello > '" + text.string() + "'");
+    const auto refused =
+        test::runTunebox(dir_, "decode '" + text.string() + "' '" + out.string() + "'");
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_EQ(std::count(refused.err.begin(), refused.err.end(), '\n'), 1);
+}
+
+}  // namespace
+}  // namespace tunebox
