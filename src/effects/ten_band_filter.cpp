@@ -66,9 +66,11 @@ template <bool kMasked>
 inline Lanes step(Pipeline& p, float inLeft, float inRight, const LaneMask* active) {
     Lanes x[kGroups];
     x[0] = __builtin_shufflevector(Lanes{inLeft, inRight, 0, 0}, p.y1[0], 0, 1, 4, 5);
+#pragma GCC unroll kGroups
     for (int g = 1; g < kGroups; ++g) {
         x[g] = __builtin_shufflevector(p.y1[g - 1], p.y1[g], 2, 3, 4, 5);
     }
+#pragma GCC unroll kGroups
     for (int g = 0; g < kGroups; ++g) {
         const Lanes y = p.b0[g] * x[g] + p.b1[g] * p.x1[g] + p.b2[g] * p.x2[g] - p.a1[g] * p.y1[g] -
                         p.a2[g] * p.y2[g];
