@@ -1,0 +1,158 @@
+#include "mp3/id3_tag.h"
+
+#include <algorithm>
+#include <cstring>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "mp3/id3_text.h"
+
+namespace tunebox {
+namespace {
+
+bool readExactly(std::FILE* stream, void* buffer, std::size_t count) {
+    return std::fread(buffer, 1, count, stream) == count;
+}
+
+uint32_t bigEndian(const uint8_t* bytes, std::size_t count) {
+    uint32_t value = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        value = (value << 8) | bytes[i];
+    }
+    return value;
+}
+
+// The tag size is sync-safe, except that the last byte is taken whole.
+uint32_t tagSizeOf(const std::array<uint8_t, kId3v2HeaderBytes>& header) {
+    return ((header[6] & 0x7Fu) << 21) + ((header[7] & 0x7Fu) << 14) + ((header[8] & 0x7Fu) << 7) +
+           header[9];
+}
+
+void dispatchFrame(Id3Tag& tag, std::string_view id, std::span<const char> text,
+                   std::size_t count) {
+    const auto copyInto = [&](std::string& target) { target = id3CopyText(text, count); };
+    const std::string_view raw(text.data(), std::min(count, text.size()));
+    // Numbers may be written in UTF-16 too: read them from the converted text.
+    const auto number = [&] { return id3TextNumber(id3CopyText(text, count)); };
+    if (id == "TIT2" || id == "TAL") {
+        copyInto(tag.title);
+    } else if (id == "TALB" || id == "TP2") {
+        copyInto(tag.album);
+    } else if (id == "TPE1" || id == "TP1") {
+        copyInto(tag.artist);
+    } else if (id == "TCOM") {
+        copyInto(tag.composer);
+    } else if (id == "TLEN") {
+        tag.lengthSeconds = number() / 1000;
+    } else if (id == "TYER") {
+        tag.year = number();
+    } else if (id == "TRCK") {
+        tag.track = number();
+    } else if (id == "TSIZ") {
+        tag.size = number();
+    } else if (id == "TCON") {
+        bool stores = true;
+        std::string genre = id3GenreText(raw, stores);
+        if (stores) {
+            tag.genre = std::move(genre);
+        }
+    }
+}
+
+// The frame id compared as text: it ends at its first NUL.
+std::string_view frameId(const std::array<uint8_t, 10>& header, std::size_t length) {
+    const auto* begin = reinterpret_cast<const char*>(header.data());
+    return {begin, static_cast<std::size_t>(std::find(begin, begin + length, '\0') - begin)};
+}
+
+// The extended header's size is read little-endian, as the tags we meet were
+// written. Returns false when the header or its body runs past the file.
+bool skipExtendedHeader(std::FILE* stream) {
+    std::array<uint8_t, 4> sizeBytes{};
+    if (!readExactly(stream, sizeBytes.data(), sizeBytes.size())) {
+        return false;
+    }
+    uint32_t left = sizeBytes[0] | sizeBytes[1] << 8 | sizeBytes[2] << 16 |
+                    static_cast<uint32_t>(sizeBytes[3]) << 24;
+    std::array<char, 4096> discard{};
+    while (left > 0) {
+        const std::size_t chunk = std::min<std::size_t>(left, discard.size());
+        if (!readExactly(stream, discard.data(), chunk)) {
+            return false;
+        }
+        left -= static_cast<uint32_t>(chunk);
+    }
+    return true;
+}
+
+// Reads one frame and hands it to the dispatcher. Returns 0 when the loop
+// must stop: a short read, an oversized frame, or padding reached.
+int readFrame(Id3Tag& tag, int majorVersion, int64_t& remaining, std::FILE* stream) {
+    const bool version22 = majorVersion == 2;
+    std::array<uint8_t, 10> header{};
+    if (!readExactly(stream, header.data(), version22 ? 6 : 10)) {
+        return 0;
+    }
+    const std::size_t idLength = version22 ? 3 : 4;
+    // Plain big-endian, also for version 4 whose sizes should be sync-safe.
+    int64_t size = bigEndian(&header[idLength], idLength);
+    size = std::min(size, remaining);
+    if (size > kId3LargestFrame) {
+        return 0;
+    }
+    const auto frameBytes = static_cast<std::size_t>(std::max<int64_t>(size, 0));
+    std::vector<char> data(frameBytes + 1, '\0');
+    if (!readExactly(stream, data.data(), frameBytes)) {
+        return 0;
+    }
+    const std::string_view id = frameId(header, idLength);
+    if (frameBytes > 0) {
+        // The first byte names the text encoding, which the text itself overrides.
+        dispatchFrame(tag, id, std::span<const char>(data).subspan(1), frameBytes);
+    }
+    remaining -= size + (version22 ? 9 : 10);
+    return header[0] == 0 ? 0 : 1;
+}
+
+}  // namespace
+
+int mp3GetId3v1(std::array<uint8_t, kId3v1Bytes>& block, std::FILE* stream) {
+    if (std::fseek(stream, -static_cast<long>(kId3v1Bytes), SEEK_END) != 0 ||
+        !readExactly(stream, block.data(), block.size())) {
+        return 0;
+    }
+    return std::memcmp(block.data(), "TAG", 3) == 0 ? 1 : 0;
+}
+
+int mp3GetId3v2(Id3Tag& tag, uint32_t& totalSize, std::FILE* stream) {
+    totalSize = 0;
+    int found = 0;
+    std::fseek(stream, 0, SEEK_SET);
+    // Each tag moves the total on by at least its header, so the loop ends at
+    // the first non-tag or at the end of the file; a sum past 4 GiB also ends it.
+    while (totalSize <= UINT32_MAX - kId3v2HeaderBytes - 0x10000000u - 0xFFu) {
+        std::array<uint8_t, kId3v2HeaderBytes> header{};
+        if (!readExactly(stream, header.data(), header.size()) ||
+            std::memcmp(header.data(), "ID3", 3) != 0) {
+            break;
+        }
+        const uint32_t size = tagSizeOf(header);
+        totalSize += size + static_cast<uint32_t>(kId3v2HeaderBytes);
+        found = 1;
+        tag.header = header;
+        tag.tagSize = size;
+        if ((header[5] & 0x40) != 0 && !skipExtendedHeader(stream)) {
+            std::fseek(stream, static_cast<long>(totalSize), SEEK_SET);
+            return 1;
+        }
+        int64_t remaining = size;
+        while (remaining >= 1 && readFrame(tag, header[3], remaining, stream) != 0) {
+        }
+        std::fseek(stream, static_cast<long>(totalSize), SEEK_SET);
+    }
+    std::fseek(stream, static_cast<long>(totalSize), SEEK_SET);
+    return found;
+}
+
+}  // namespace tunebox

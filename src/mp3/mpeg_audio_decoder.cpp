@@ -1,0 +1,165 @@
+#include "mp3/mpeg_audio_decoder.h"
+
+#include <algorithm>
+
+#include "mp3/huffman_decoder.h"
+#include "mp3/layer3_side_info.h"
+#include "mp3/requantizer.h"
+#include "mp3/scale_factor_bands.h"
+#include "mp3/spectrum_reorder.h"
+#include "mp3/stereo_processor.h"
+
+namespace tunebox {
+namespace {
+
+// main_data_begin reaches back at most 511 bytes.
+constexpr std::size_t kReservoirBytes = 511;
+
+}  // namespace
+
+struct MpegAudioDecoder::Work {
+    Layer3SideInfo sideInfo;
+    BitReader reader;
+    std::array<QuantizedSpectrum, 2> quantized{};
+    std::array<int, 2> nonZeroEnd{};
+    std::array<Spectrum, 2> spectra{};
+    SubbandSamples subbandSamples{};
+};
+
+MpegOutputDescription describeOutput(const MpegFrameHeader& header) {
+    MpegOutputDescription description;
+    description.channels = header.channels();
+    description.sampleRate = header.sampleRate();
+    description.samplesPerFrame = static_cast<std::size_t>(header.samplesPerChannel());
+    description.pcmBytesPerFrame =
+        description.samplesPerFrame * static_cast<std::size_t>(description.channels) * 2;
+    return description;
+}
+
+MpegAudioDecoder::MpegAudioDecoder() : work_(std::make_unique<Work>()) {
+    reservoir_.reserve(4096);
+    mainData_.reserve(4096);
+}
+
+MpegAudioDecoder::~MpegAudioDecoder() = default;
+
+void MpegAudioDecoder::reset() {
+    reservoir_.clear();
+    factors_ = {};
+    for (auto& bank : filterBanks_) {
+        bank.reset();
+    }
+    for (auto& synthesis : synthesis_) {
+        synthesis.reset();
+    }
+}
+
+bool MpegAudioDecoder::takeMainData(std::span<const uint8_t> frameMainData, int mainDataBegin) {
+    const auto back = static_cast<std::size_t>(mainDataBegin);
+    const bool available = reservoir_.size() >= back;
+    if (available) {
+        mainData_.assign(reservoir_.end() - static_cast<std::ptrdiff_t>(back), reservoir_.end());
+        mainData_.insert(mainData_.end(), frameMainData.begin(), frameMainData.end());
+    }
+    reservoir_.insert(reservoir_.end(), frameMainData.begin(), frameMainData.end());
+    if (reservoir_.size() > kReservoirBytes) {
+        reservoir_.erase(reservoir_.begin(),
+                         reservoir_.end() - static_cast<std::ptrdiff_t>(kReservoirBytes));
+    }
+    return available;
+}
+
+int MpegAudioDecoder::decodeFrame(std::span<const uint8_t> frame, std::span<int16_t> pcm,
+                                  std::size_t& written) {
+    written = 0;
+    MpegFrameHeader header;
+    if (!parseFrameHeader(frame, header) || frame.size() < header.frameBytes()) {
+        return 0;
+    }
+    const std::size_t sideStart = kFrameHeaderBytes + (header.crcProtected ? kCrcBytes : 0);
+    const std::size_t mainStart = sideStart + header.sideInfoBytes();
+    const std::size_t frameSamples =
+        static_cast<std::size_t>(header.samplesPerChannel() * header.channels());
+    if (header.frameBytes() < mainStart || pcm.size() < frameSamples) {
+        return 0;
+    }
+    Work& work = *work_;
+    BitReader sideReader(frame.subspan(sideStart, header.sideInfoBytes()));
+    if (!readSideInfo(sideReader, header, work.sideInfo)) {
+        return 0;
+    }
+    header_ = header;
+    if (!takeMainData(frame.subspan(mainStart, header.frameBytes() - mainStart),
+                      work.sideInfo.mainDataBegin)) {
+        return 1;
+    }
+    work.reader = BitReader(mainData_);
+    for (int gr = 0; gr < header.granules(); ++gr) {
+        decodeGranule(gr, pcm.subspan(static_cast<std::size_t>(gr * 576 * header.channels())));
+    }
+    written = frameSamples;
+    return 1;
+}
+
+void MpegAudioDecoder::decodeGranule(int granule, std::span<int16_t> pcm) {
+    Work& work = *work_;
+    const int channels = header_.channels();
+    const ScaleFactorBands& bands = scaleFactorBands(header_.rateTableIndex());
+    for (int ch = 0; ch < channels; ++ch) {
+        const GranuleChannelInfo& info = work.sideInfo.granule[granule][ch];
+        const std::size_t part2Start = work.reader.position();
+        if (header_.isMpeg1()) {
+            readScaleFactorsMpeg1(work.reader, info, work.sideInfo.scfsi[ch], granule,
+                                  factors_[ch]);
+        } else {
+            readScaleFactorsMpeg2(work.reader, info, ch == 1 && header_.intensityStereo(),
+                                  factors_[ch]);
+        }
+        const std::size_t part23End = part2Start + static_cast<std::size_t>(info.part23Length);
+        work.nonZeroEnd[ch] =
+            decodeHuffmanSpectrum(work.reader, info, part23End, work.quantized[ch]);
+        work.reader.seek(part23End);
+        requantize(
+            {work.quantized[ch], work.nonZeroEnd[ch], info, factors_[ch], bands, header_.isMpeg1()},
+            work.spectra[ch]);
+    }
+    if (channels == 2) {
+        processJointStereo({header_, work.sideInfo.granule[granule][1], factors_[1], bands},
+                           work.spectra[0], work.spectra[1]);
+    }
+    for (int ch = 0; ch < channels; ++ch) {
+        const GranuleChannelInfo& info = work.sideInfo.granule[granule][ch];
+        reorderShortBlocks(info, bands, work.spectra[ch]);
+        reduceAliasing(info, work.spectra[ch]);
+        filterBanks_[ch].process(work.spectra[ch], info, work.subbandSamples);
+        for (int slot = 0; slot < kSlotsPerGranule; ++slot) {
+            synthesis_[ch].synthesize(work.subbandSamples[slot].data(),
+                                      pcm.data() + slot * 32 * channels + ch, channels);
+        }
+    }
+}
+
+std::size_t MpegAudioDecoder::decodeStream(std::span<const uint8_t> bytes,
+                                           std::vector<int16_t>& pcm) {
+    std::size_t decoded = 0;
+    std::size_t position = 0;
+    std::array<int16_t, kMaxFrameSamples> frameSamples{};
+    while (position + kFrameHeaderBytes <= bytes.size()) {
+        const auto rest = bytes.subspan(position);
+        MpegFrameHeader header;
+        if (!parseFrameHeader(rest, header) || header.frameBytes() > rest.size()) {
+            ++position;
+            continue;
+        }
+        std::size_t written = 0;
+        if (decodeFrame(rest.first(header.frameBytes()), frameSamples, written)) {
+            ++decoded;
+            pcm.insert(pcm.end(), frameSamples.begin(),
+                       frameSamples.begin() + static_cast<std::ptrdiff_t>(written));
+        }
+        position += header.frameBytes();
+    }
+    return decoded;
+}
+
+}  // namespace tunebox

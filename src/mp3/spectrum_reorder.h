@@ -1,0 +1,19 @@
+#pragma once
+// Short-block reordering and alias reduction: from the coded line order to
+// the order the hybrid filter bank expects, 18 lines per subband.
+
+#include "mp3/layer3_side_info.h"
+#include "mp3/requantizer.h"
+#include "mp3/scale_factor_bands.h"
+
+namespace tunebox {
+
+// Short bands are coded band by band, each window's lines together; the
+// filter bank wants each frequency's three windows side by side.
+void reorderShortBlocks(const GranuleChannelInfo& info, const ScaleFactorBands& bands,
+                        Spectrum& spectrum);
+
+// Butterflies across each subband boundary of the long-block part.
+void reduceAliasing(const GranuleChannelInfo& info, Spectrum& spectrum);
+
+}  // namespace tunebox

@@ -1,0 +1,20 @@
+#pragma once
+// MPEG audio (Layers I, II and III of MPEG-1, MPEG-2 and MPEG 2.5) decoded by
+// libmpg123 in feed mode into 16-bit PCM at the stream's own rate and
+// channel count.
+
+#include <memory>
+
+#include "platform/codec_manager.h"
+
+namespace tunebox {
+
+bool isMpegFormatTag(uint16_t formatTag);
+
+// The PCM format libmpg123 delivers for an MPEG source.
+WaveFormat mpegDecodedFormat(const WaveFormat& source);
+
+// Null when libmpg123 cannot be set up for this source.
+std::unique_ptr<CodecStream> openMpegStream(const WaveFormat& source);
+
+}  // namespace tunebox

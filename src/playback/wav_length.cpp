@@ -1,0 +1,42 @@
+#include "playback/wav_length.h"
+
+#include <cstdio>
+
+#include "platform/wave_format.h"
+#include "playback/wav_reader.h"
+
+namespace tunebox {
+
+int wavGetLength(const std::string& path, uint32_t& length) {
+    AudioSource source;
+    return wavGetLengthInto(path, source, length);
+}
+
+int wavGetLengthInto(const std::string& path, AudioSource& source, uint32_t& length) {
+    RiffHandle file;
+    const int result = wavOpenSource(path, file, length, source, 0);
+    wavCloseSource(file, source);
+    return result;
+}
+
+int wavFormatLength(const std::string& path, std::string& text) {
+    uint32_t length = 0;
+    if (wavGetLength(path, length) != 1) {
+        return 0;
+    }
+    text = formatSectorTime(length);
+    return 1;
+}
+
+std::string formatSectorTime(uint32_t bytes) {
+    constexpr uint32_t kSectorsPerMinute = 60 * kSectorsPerSecond;
+    const uint32_t frames = bytes / kSectorBytes;
+    const uint32_t minutes = frames / kSectorsPerMinute;
+    const uint32_t seconds = (frames - minutes * kSectorsPerMinute) / kSectorsPerSecond;
+    char text[32];
+    std::snprintf(text, sizeof text, "%02d:%02d:%02d", static_cast<int>(minutes),
+                  static_cast<int>(seconds), static_cast<int>(frames % kSectorsPerSecond));
+    return text;
+}
+
+}  // namespace tunebox

@@ -1,0 +1,23 @@
+#pragma once
+// The length of an accompaniment file in native-PCM bytes, and as the text
+// "mm:ss:ff" the clocks show (ff in 1/75 second, one CD sector).
+
+#include <cstdint>
+#include <string>
+
+#include "playback/audio_source.h"
+
+namespace tunebox {
+
+// Open the file on a temporary handle and close it again. Return 1 with the
+// length, or 0 when the file cannot be opened.
+int wavGetLength(const std::string& path, uint32_t& length);
+int wavGetLengthInto(const std::string& path, AudioSource& source, uint32_t& length);
+
+// The file's length as text. Returns 0 when the file cannot be opened.
+int wavFormatLength(const std::string& path, std::string& text);
+
+// Native-PCM bytes as minutes, seconds and sector frames: "%02d:%02d:%02d".
+std::string formatSectorTime(uint32_t bytes);
+
+}  // namespace tunebox

@@ -1,0 +1,49 @@
+#pragma once
+// Opens an accompaniment file as an audio source: RIFF/WAVE files whose data
+// is native PCM are read as they stand. Formats that need the converter and
+// files that are not WAVE files are refused as unsupported for now; the MP3
+// opener and the converter take those paths over.
+
+#include <cstdint>
+#include <string>
+
+#include "platform/riff_file.h"
+#include "playback/audio_source.h"
+
+namespace tunebox {
+
+// How far opening a file as RIFF/WAVE got.
+enum class WavOpenStatus {
+    opened,
+    cannotOpen,   // the path gives no readable regular file
+    notWave,      // no RIFF/WAVE form in the file
+    damaged,      // a WAVE file with a missing, short or oversized part
+    unsupported,  // a WAVE file whose format cannot be read (yet)
+};
+
+// Reads the RIFF/WAVE structure of `path`. Opened: `file` stands at the first
+// data byte and `length` is the data chunk's size; the source holds the
+// file's format. An unknown format tag leaves `file` open for the next opener
+// to replace; every other failure closes it.
+WavOpenStatus wavExamineWaveFile(const std::string& path, RiffHandle& file, uint32_t& length,
+                                 AudioSource& source);
+
+// The same as 1 (opened) or 0.
+int wavOpenWaveFile(const std::string& path, RiffHandle& file, uint32_t& length,
+                    AudioSource& source);
+
+// From the current position, finds the "data" chunk and reads up to `size`
+// bytes of it into `buffer`; `size` becomes the count read. The position is
+// restored. Returns 0 when there is no data chunk or nothing came, else 1.
+int wavReadDataHead(RiffFile& file, uint8_t* buffer, int64_t& size);
+
+// The one way to open an accompaniment: resets the source, tries the file as
+// WAVE, then as any other kind. The length lands in `length` and in the
+// source's output length. Returns 1 or 0.
+int wavOpenSource(const std::string& path, RiffHandle& file, uint32_t& length, AudioSource& source,
+                  uint32_t forceOwnDecoder);
+
+// Closes the file (if open) and releases the source's decoder state.
+void wavCloseSource(RiffHandle& file, AudioSource& source);
+
+}  // namespace tunebox

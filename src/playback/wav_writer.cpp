@@ -1,0 +1,79 @@
+#include "playback/wav_writer.h"
+
+#include <array>
+
+#include "platform/little_endian.h"
+
+namespace tunebox {
+namespace {
+
+constexpr uint32_t kPcmFormatBytes = 16;
+
+std::array<uint8_t, kPcmFormatBytes> encodeFormat(const WaveFormat& format) {
+    std::array<uint8_t, kPcmFormatBytes> bytes{};
+    storeLe16(&bytes[0], format.formatTag);
+    storeLe16(&bytes[2], format.channels);
+    storeLe32(&bytes[4], format.samplesPerSec);
+    storeLe32(&bytes[8], format.avgBytesPerSec);
+    storeLe16(&bytes[12], format.blockAlign);
+    storeLe16(&bytes[14], format.bitsPerSample);
+    return bytes;
+}
+
+bool writeHeader(WaveWriter& writer) {
+    RiffFile& file = *writer.file;
+    writer.riffChunk.formType = fourCc("WAVE");
+    if (file.createRiff(writer.riffChunk) != 1) {
+        return false;
+    }
+    writer.subChunk.id = fourCc("fmt ");
+    writer.subChunk.size = kPcmFormatBytes;
+    const auto format = encodeFormat(writer.format);
+    if (file.createChunk(writer.subChunk) != 1 ||
+        file.write(format.data(), format.size()) != kPcmFormatBytes ||
+        file.ascend(writer.subChunk) != 1) {
+        return false;
+    }
+    writer.subChunk.id = fourCc("data");
+    writer.subChunk.size = 0;
+    return file.createChunk(writer.subChunk) == 1;
+}
+
+}  // namespace
+
+void wavResetWriter(WaveWriter& writer) {
+    writer = WaveWriter{};
+    writer.format = kNativeFormat;
+}
+
+int wavCreateFile(const std::string& path, WaveWriter& writer) {
+    writer.file = RiffFile::createForWrite(path);
+    if (!writer.file) {
+        return 0;
+    }
+    if (!writeHeader(writer)) {
+        writer.file.reset();
+        return 0;
+    }
+    return 1;
+}
+
+int wavWrite(WaveWriter& writer, const uint8_t* bytes, uint32_t count) {
+    if (!writer.file) {
+        return 0;
+    }
+    return writer.file->write(bytes, count) == -1 ? 0 : 1;
+}
+
+int wavCloseFile(WaveWriter& writer) {
+    if (!writer.file) {
+        return 0;
+    }
+    const bool finished =
+        writer.file->ascend(writer.subChunk) == 1 && writer.file->ascend(writer.riffChunk) == 1;
+    const bool closed = writer.file->close() == 1;
+    writer.file.reset();
+    return finished && closed ? 1 : 0;
+}
+
+}  // namespace tunebox

@@ -1,0 +1,183 @@
+#include "mp3/id3_tag.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "mp3/id3_text.h"
+
+namespace tunebox {
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+void append(Bytes& bytes, const std::string& text) {
+    bytes.insert(bytes.end(), text.begin(), text.end());
+}
+
+void appendBigEndian(Bytes& bytes, uint32_t value, int count) {
+    for (int shift = 8 * (count - 1); shift >= 0; shift -= 8) {
+        bytes.push_back(static_cast<uint8_t>(value >> shift));
+    }
+}
+
+// A version 2.3/2.4 frame: id, plain big-endian size, two flag bytes, data.
+Bytes frame(const std::string& id, const Bytes& data) {
+    Bytes bytes;
+    append(bytes, id);
+    appendBigEndian(bytes, static_cast<uint32_t>(data.size()), 4);
+    bytes.push_back(0);
+    bytes.push_back(0);
+    bytes.insert(bytes.end(), data.begin(), data.end());
+    return bytes;
+}
+
+Bytes textData(const std::string& text) {
+    Bytes data{0};  // encoding byte
+    append(data, text);
+    return data;
+}
+
+Bytes tag(int version, const Bytes& body, uint8_t flags = 0) {
+    Bytes bytes{'I', 'D', '3', static_cast<uint8_t>(version), 0, flags};
+    const auto size = static_cast<uint32_t>(body.size());
+    bytes.push_back((size >> 21) & 0x7F);
+    bytes.push_back((size >> 14) & 0x7F);
+    bytes.push_back((size >> 7) & 0x7F);
+    bytes.push_back(size & 0x7F);
+    bytes.insert(bytes.end(), body.begin(), body.end());
+    return bytes;
+}
+
+Bytes concat(std::initializer_list<Bytes> parts) {
+    Bytes all;
+    for (const auto& part : parts) {
+        all.insert(all.end(), part.begin(), part.end());
+    }
+    return all;
+}
+
+struct FileCloser {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+std::unique_ptr<std::FILE, FileCloser> streamOf(const Bytes& bytes) {
+    std::unique_ptr<std::FILE, FileCloser> file(std::tmpfile());
+    std::fwrite(bytes.data(), 1, bytes.size(), file.get());
+    std::rewind(file.get());
+    return file;
+}
+
+TEST(Id3v2, ReadsTextFramesOfConsecutiveTagsAndAddsTheirSizes) {
+    const Bytes first =
+        tag(3, concat({frame("TIT2", textData("Song")), frame("TPE1", textData("Singer")),
+                       frame("TYER", textData("1999")), frame("TRCK", textData("7/12")),
+                       frame("TLEN", textData("215000"))}));
+    const Bytes second =
+        tag(4, concat({frame("TALB", textData("Album")), frame("TCOM", textData("Writer")),
+                       frame("TCON", textData("(17)"))}));
+    const auto stream = streamOf(concat({first, second, Bytes{0xFF, 0xFB, 0x90, 0x00}}));
+    Id3Tag result;
+    uint32_t total = 0;
+    ASSERT_EQ(mp3GetId3v2(result, total, stream.get()), 1);
+    EXPECT_EQ(total, first.size() + second.size());
+    EXPECT_EQ(std::ftell(stream.get()), static_cast<long>(total));
+    EXPECT_EQ(result.title, "Song");
+    EXPECT_EQ(result.artist, "Singer");
+    EXPECT_EQ(result.album, "Album");
+    EXPECT_EQ(result.composer, "Writer");
+    EXPECT_EQ(result.genre, "Rock");
+    EXPECT_EQ(result.year, 1999);
+    EXPECT_EQ(result.track, 7);
+    EXPECT_EQ(result.lengthSeconds, 215);
+    EXPECT_EQ(result.header[3], 4);  // the last tag's header is kept
+}
+
+TEST(Id3v2, FrameSizesArePlainBigEndianAndOversizedFramesEndTheLoop) {
+    // A size byte with bit 7 set is read as it stands (not sync-safe).
+    Bytes longTitle = textData(std::string(0x80 - 1, 'x'));
+    const Bytes body = concat({frame("TIT2", longTitle), frame("TALB", textData("Kept"))});
+    Id3Tag result;
+    uint32_t total = 0;
+    ASSERT_EQ(mp3GetId3v2(result, total, streamOf(tag(4, body)).get()), 1);
+    EXPECT_EQ(result.title, std::string(0x7F, 'x'));
+    EXPECT_EQ(result.album, "Kept");
+
+    Bytes huge = frame("TIT2", textData("Lost"));
+    huge[4] = 0;
+    huge[5] = 0;
+    huge[6] = 0x75;
+    huge[7] = 0x31;  // 30,001 bytes, clamped to what the tag holds first
+    const Bytes bigTag =
+        tag(3, concat({frame("TALB", textData("Before")), huge, Bytes(30010, 'y')}));
+    Id3Tag clipped;
+    ASSERT_EQ(mp3GetId3v2(clipped, total, streamOf(bigTag).get()), 1);
+    EXPECT_EQ(clipped.album, "Before");
+    EXPECT_EQ(clipped.title, "");
+    EXPECT_EQ(total, bigTag.size());
+}
+
+TEST(Id3v2, DamagedTagsNeverReadPastTheFile) {
+    Id3Tag result;
+    uint32_t total = 0;
+    // The tag claims far more than the file holds.
+    Bytes shortTag = tag(3, frame("TIT2", textData("Cut")));
+    shortTag[6] = 0x7F;
+    EXPECT_EQ(mp3GetId3v2(result, total, streamOf(shortTag).get()), 1);
+    EXPECT_EQ(result.title, "Cut");
+
+    // An extended header whose little-endian size runs past the end.
+    Bytes wild = tag(3, Bytes{0xFF, 0xFF, 0xFF, 0x7F, 1, 2, 3}, 0x40);
+    EXPECT_EQ(mp3GetId3v2(result, total, streamOf(wild).get()), 1);
+    EXPECT_EQ(total, wild.size());
+
+    EXPECT_EQ(mp3GetId3v2(result, total, streamOf(Bytes{'I', 'D'}).get()), 0);
+    EXPECT_EQ(total, 0u);
+}
+
+TEST(Id3v1, RecognisesTheTagAtTheEnd) {
+    Bytes file(500, 0x55);
+    Bytes block(128, ' ');
+    block[0] = 'T';
+    block[1] = 'A';
+    block[2] = 'G';
+    file.insert(file.end(), block.begin(), block.end());
+    std::array<uint8_t, kId3v1Bytes> read{};
+    EXPECT_EQ(mp3GetId3v1(read, streamOf(file).get()), 1);
+    EXPECT_EQ(read[0], 'T');
+    EXPECT_EQ(mp3GetId3v1(read, streamOf(Bytes(500, 0)).get()), 0);
+    EXPECT_EQ(mp3GetId3v1(read, streamOf(Bytes(20, 0)).get()), 0);
+}
+
+TEST(Id3Text, Utf16WithEitherMarkIsReadLittleEndian) {
+    const std::vector<char> littleEndian{'\xFF', '\xFE', 'A', 0, '\x42', '\x30', 0, 0};
+    EXPECT_EQ(id3CopyText(littleEndian, littleEndian.size()), "A\u3042");
+    const std::vector<char> bigMark{'\xFE', '\xFF', 'A', 0, '\x42', '\x30'};
+    EXPECT_EQ(id3CopyText(bigMark, bigMark.size()), "A\u3042");
+    const std::vector<char> pair{'\xFF', '\xFE', '\x3C', '\xD8', '\xB5', '\xDF'};  // U+1F3B5
+    EXPECT_EQ(id3CopyText(pair, pair.size()), "\U0001F3B5");
+    const std::vector<char> plain{'a', 'b', 0, 'c'};
+    EXPECT_EQ(id3CopyText(plain, plain.size()), "ab");
+    const std::vector<char> longText(5000, 'z');
+    EXPECT_EQ(id3CopyText(longText, longText.size()).size(), kId3TextBytes);
+}
+
+TEST(Id3Text, GenreRule) {
+    bool stores = false;
+    EXPECT_EQ(id3GenreText("(17)Rock", stores), "Rock");
+    EXPECT_EQ(id3GenreText("(17)", stores), "Rock");
+    EXPECT_EQ(id3GenreText("(0)", stores), "Blues");
+    EXPECT_EQ(id3GenreText("(125)", stores), "Dance Hall");
+    EXPECT_EQ(id3GenreText("(126)", stores), "");
+    EXPECT_EQ(id3GenreText("(200)", stores), "");
+    EXPECT_TRUE(stores);
+    EXPECT_EQ(id3GenreText("Pop", stores), "Pop");
+    id3GenreText("(12)", stores);
+    EXPECT_FALSE(stores);
+}
+
+}  // namespace
+}  // namespace tunebox

@@ -1,0 +1,216 @@
+// MP3 files and non-native WAV files opened as accompaniments and read as
+// native PCM through the converter, with test material made by sox and lame.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "app/diagnostic_log.h"
+#include "mp3/mp3_open.h"
+#include "mp3/mpeg_audio_decoder.h"
+#include "playback/source_reader.h"
+#include "playback/wav_reader.h"
+#include "support/log_records.h"
+#include "support/mpg123_reference.h"
+#include "support/signal_measure.h"
+#include "support/temp_dir.h"
+#include "support/tool_fixture.h"
+
+namespace tunebox {
+namespace {
+
+constexpr uint32_t kPlayerBlock = 91728;
+
+class Mp3SourceTest : public ::testing::Test {
+  protected:
+    void SetUp() override { setenv("TUNEBOX_CONFIG_DIR", dir_.path().c_str(), 1); }
+    void TearDown() override { unsetenv("TUNEBOX_CONFIG_DIR"); }
+
+    // A two-second sine of `hertz` at the given rate and channel count.
+    std::string makeWav(const std::string& name, int rate, int channels,
+                        const std::string& encoding, int hertz = 1000) {
+        const std::string path = (dir_ / name).string();
+        test::runTool("sox -n -r " + std::to_string(rate) + " -c " + std::to_string(channels) +
+                      " " + encoding + " " + path + " synth 2 sine " + std::to_string(hertz) +
+                      " vol 0.5");
+        return path;
+    }
+
+    std::string makeMp3(const std::string& name, int rate, int channels,
+                        const std::string& options) {
+        const std::string wav = makeWav(name + ".wav", rate, channels, "-b 16");
+        const std::string path = (dir_ / name).string();
+        test::runTool("lame --quiet " + options + " " + wav + " " + path);
+        return path;
+    }
+
+    test::LogDirectory log_;
+    const test::TempDir& dir_ = log_.dir();
+};
+
+struct Opened {
+    RiffHandle file;
+    AudioSource source;
+    uint32_t length = 0;
+};
+
+// Reads the whole source in requests of `request` bytes.
+std::vector<uint8_t> readAll(Opened& opened, uint32_t request) {
+    std::vector<uint8_t> all;
+    std::vector<uint8_t> block(request);
+    for (int guard = 0; guard < 10000000; ++guard) {
+        uint32_t count = 0;
+        uint32_t end = 0;
+        const int result =
+            sourceRead(*opened.file, block.data(), request, count, end, opened.source);
+        all.insert(all.end(), block.begin(), block.begin() + count);
+        if (result == 0 || end == 1) {
+            break;
+        }
+    }
+    return all;
+}
+
+bool open(const std::string& path, Opened& opened, uint32_t forceOwnDecoder = 0) {
+    return wavOpenSource(path, opened.file, opened.length, opened.source, forceOwnDecoder) == 1;
+}
+
+TEST_F(Mp3SourceTest, SystemCodecPathMatchesLibmpg123AndEveryRequestSizeGivesTheSameStream) {
+    const std::string path = makeMp3("cbr.mp3", 44100, 2, "-b 128");
+    Opened opened;
+    ASSERT_TRUE(open(path, opened));
+    EXPECT_EQ(opened.source.conversionFlag, 1u);
+    EXPECT_EQ(opened.source.conversionStages, 1u);
+    EXPECT_EQ(opened.source.ownDecoderFlag, 0u);
+    const auto big = readAll(opened, kPlayerBlock);
+
+    EXPECT_EQ(test::toSamples(big), test::decodeFileWithMpg123(path));
+
+    for (const uint32_t request : {1u, 7u, 4096u, 300000u}) {
+        Opened again;
+        ASSERT_TRUE(open(path, again));
+        EXPECT_EQ(readAll(again, request), big) << "request " << request;
+    }
+}
+
+TEST_F(Mp3SourceTest, OtherRatesAndFormatsArriveAsNativePcmOfTheRightLengthAndPitch) {
+    const std::vector<std::string> paths{
+        makeMp3("mpeg2-mono.mp3", 22050, 1, "-b 64"), makeMp3("mpeg2-24k.mp3", 24000, 2, "-b 64"),
+        makeMp3("mpeg2-16k.mp3", 16000, 1, "-b 32"),  makeMp3("mpeg25-11k.mp3", 11025, 2, "-b 32"),
+        makeMp3("mpeg25-8k.mp3", 8000, 1, "-b 16"),   makeMp3("joint.mp3", 44100, 2, "-m j -V 4"),
+        makeWav("narrow.wav", 22050, 1, "-b 8"),      makeWav("fast.wav", 48000, 2, "-b 16"),
+        makeWav("alaw.wav", 8000, 1, "-e a-law"),     makeWav("ulaw.wav", 8000, 2, "-e u-law"),
+    };
+    for (const auto& path : paths) {
+        Opened opened;
+        ASSERT_TRUE(open(path, opened)) << path;
+        const auto pcm = readAll(opened, kPlayerBlock);
+        EXPECT_NEAR(static_cast<double>(pcm.size()), 2.0 * 176400, kPlayerBlock) << path;
+        // The encoder's delay and last frame make a file a little longer.
+        EXPECT_NEAR(static_cast<double>(opened.length), 2.0 * 176400, 0.2 * 176400) << path;
+        const auto samples = test::toSamples(pcm);
+        EXPECT_NEAR(test::toneFrequency(samples, 2, 0, 44100), 1000.0, 5.0) << path;
+        EXPECT_NEAR(test::toneFrequency(samples, 2, 1, 44100), 1000.0, 5.0) << path;
+    }
+}
+
+TEST_F(Mp3SourceTest, LengthComesFromTheXingCountOrTheBitRate) {
+    const std::string plain = makeMp3("plain.mp3", 44100, 2, "-t -b 128");
+    Opened opened;
+    ASSERT_TRUE(open(plain, opened));
+    const auto size = static_cast<double>(test::readBytes(plain).size());
+    // The first frame starts the file; its padding bit costs two bytes more.
+    const double withoutPadding = size * (1411.2 / 128);
+    const double withPadding = (size - 2) * (1411.2 / 128);
+    EXPECT_TRUE(opened.length == static_cast<uint32_t>(withoutPadding) ||
+                opened.length == static_cast<uint32_t>(withPadding))
+        << opened.length;
+
+    const std::string vbr = makeMp3("vbr.mp3", 44100, 2, "-V 2");
+    Opened tagged;
+    ASSERT_TRUE(open(vbr, tagged));
+    // lame counts its frames in the tag; 2 s of audio plus the encoder's delay.
+    EXPECT_EQ(tagged.length % 4, 0u);
+    EXPECT_NEAR(tagged.length, 2.0 * 176400, 3 * 4608);
+}
+
+TEST_F(Mp3SourceTest, TagsAreReadAndStripped) {
+    const std::string wav = makeWav("tagged.wav", 44100, 2, "-b 16");
+    const std::string v2 = (dir_ / "v2.mp3").string();
+    test::runTool(
+        "lame --quiet -b 128 --id3v2-only --id3v2-utf16 --tt 'うた' --ta Singer --tl Album "
+        "--ty 2003 --tn 5 --tg Rock " +
+        wav + " " + v2);
+    Opened opened;
+    ASSERT_TRUE(open(v2, opened));
+    EXPECT_EQ(opened.source.id3v2Flag, 1u);
+    EXPECT_EQ(opened.source.id3Tag.title, "うた");
+    EXPECT_EQ(opened.source.id3Tag.artist, "Singer");
+    EXPECT_EQ(opened.source.id3Tag.album, "Album");
+    EXPECT_EQ(opened.source.id3Tag.genre, "Rock");
+    EXPECT_EQ(opened.source.id3Tag.year, 2003);
+    EXPECT_EQ(opened.source.id3Tag.track, 5);
+
+    const std::string v1 = (dir_ / "v1.mp3").string();
+    test::runTool("lame --quiet -b 128 --id3v1-only --tt Title " + wav + " " + v1);
+    Opened old;
+    ASSERT_TRUE(open(v1, old));
+    EXPECT_EQ(old.source.id3v1Flag, 1u);
+    EXPECT_EQ(old.source.sourceBytesBound, test::readBytes(v1).size() - 128);
+    EXPECT_EQ(std::string(old.source.id3v1.begin() + 3, old.source.id3v1.begin() + 8), "Title");
+}
+
+TEST_F(Mp3SourceTest, SeekByTenThousandthsOfTheBound) {
+    const std::string path = (dir_ / "bound.bin").string();
+    std::FILE* file = std::fopen(path.c_str(), "wb");
+    const std::vector<char> zeros(1000001, 0);
+    std::fwrite(zeros.data(), 1, zeros.size(), file);
+    std::fclose(file);
+    auto riff = RiffFile::openForRead(path);
+    ASSERT_NE(riff, nullptr);
+    AudioSource source;
+    source.sourceBytesBound = 1000001;
+    source.acm.oldbyte = 77;
+    ASSERT_EQ(mp3SeekPermyriad(*riff, 5000, source), 1);
+    EXPECT_EQ(riff->seek(0, SEEK_CUR), 500001);
+    EXPECT_EQ(source.acm.oldbyte, 0u);
+}
+
+TEST_F(Mp3SourceTest, BuiltinPathDecodesFrameByFrameLikeTheDecoderItself) {
+    const std::string path = makeMp3("builtin.mp3", 44100, 2, "-t -b 128");
+    Opened opened;
+    ASSERT_TRUE(open(path, opened, 1));
+    EXPECT_EQ(opened.source.ownDecoderFlag, 1u);
+    const auto fed = test::toSamples(readAll(opened, kPlayerBlock));
+
+    MpegAudioDecoder decoder;
+    std::vector<int16_t> direct;
+    decoder.decodeStream(test::readBytes(path), direct);
+    ASSERT_LE(fed.size(), direct.size());
+    // One frame is decoded per block read, so the last frame may stay behind.
+    EXPECT_GE(fed.size() + 2 * 2304, direct.size());
+    EXPECT_TRUE(std::equal(fed.begin(), fed.end(), direct.begin()));
+}
+
+TEST_F(Mp3SourceTest, FilesWithoutFramesFailWithTheirLogLine) {
+    logSetSwitch(1);
+    const std::string zeros = (dir_ / "zeros.mp3").string();
+    std::FILE* file = std::fopen(zeros.c_str(), "wb");
+    const std::vector<char> bytes(200000, 0);
+    std::fwrite(bytes.data(), 1, bytes.size(), file);
+    std::fclose(file);
+    Opened opened;
+    EXPECT_FALSE(open(zeros, opened));
+    EXPECT_EQ(opened.file, nullptr);
+    const auto records = log_.messages();
+    ASSERT_FALSE(records.empty());
+    EXPECT_EQ(records.back(), "★mp3GetHeader失敗:mp3OpenSeekMp3File");
+    EXPECT_FALSE(open((dir_ / "missing.mp3").string(), opened));
+    logSetSwitch(0);
+}
+
+}  // namespace
+}  // namespace tunebox

@@ -1,0 +1,50 @@
+#pragma once
+// Sample-by-sample comparison of decoded PCM against a reference, in LSB.
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <vector>
+
+namespace tunebox::test {
+
+struct PcmDifference {
+    std::size_t compared = 0;
+    int maxDifference = 0;
+    double rms = 0.0;
+};
+
+// Compares over the reference's length (or the decoded length if shorter).
+inline PcmDifference comparePcm(const std::vector<int16_t>& decoded,
+                                const std::vector<int16_t>& reference) {
+    PcmDifference result;
+    result.compared = std::min(decoded.size(), reference.size());
+    double squares = 0.0;
+    for (std::size_t i = 0; i < result.compared; ++i) {
+        const int difference = std::abs(int{decoded[i]} - int{reference[i]});
+        result.maxDifference = std::max(result.maxDifference, difference);
+        squares += double(difference) * difference;
+    }
+    result.rms = result.compared ? std::sqrt(squares / double(result.compared)) : 0.0;
+    return result;
+}
+
+inline std::vector<uint8_t> readBytes(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+inline std::vector<int16_t> readPcm(const std::filesystem::path& path) {
+    const std::vector<uint8_t> bytes = readBytes(path);
+    std::vector<int16_t> samples(bytes.size() / 2);
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        samples[i] = static_cast<int16_t>(bytes[2 * i] | (bytes[2 * i + 1] << 8));
+    }
+    return samples;
+}
+
+}  // namespace tunebox::test

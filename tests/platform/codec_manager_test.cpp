@@ -1,0 +1,139 @@
+#include "platform/codec_manager.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <numbers>
+
+#include "platform/g711.h"
+#include "support/mpg123_reference.h"
+#include "support/signal_measure.h"
+#include "support/temp_dir.h"
+#include "support/tool_fixture.h"
+
+namespace tunebox {
+namespace {
+
+std::array<uint8_t, kCodecMaxFormatBytes> recordOf(const WaveFormat& format) {
+    std::array<uint8_t, kCodecMaxFormatBytes> record{};
+    storeWaveFormat(format, record);
+    return record;
+}
+
+WaveFormat pcm(uint16_t channels, uint32_t rate, uint16_t bits, uint16_t tag = kFormatPcm) {
+    const auto align = static_cast<uint16_t>(channels * bits / 8);
+    return {tag, channels, rate, align * rate, align, bits, 0};
+}
+
+// Converts a whole source in blocks of `block` bytes, collecting every output byte.
+std::vector<uint8_t> convertAll(CodecStream& stream, const std::vector<uint8_t>& source,
+                                uint32_t block) {
+    std::vector<uint8_t> out;
+    std::vector<uint8_t> destination(2 * stream.destinationSizeFor(block));
+    for (std::size_t at = 0; at < source.size(); at += block) {
+        CodecStreamHeader header;
+        header.source = source.data() + at;
+        header.sourceLength =
+            static_cast<uint32_t>(std::min<std::size_t>(block, source.size() - at));
+        header.destination = destination.data();
+        header.destinationLength = static_cast<uint32_t>(destination.size());
+        EXPECT_EQ(stream.convert(header), kCodecOk);
+        out.insert(out.end(), destination.begin(),
+                   destination.begin() + header.destinationLengthUsed);
+    }
+    return out;
+}
+
+TEST(G711, ExpandsTheCodeTableEnds) {
+    EXPECT_EQ(expandALaw(0xD5), 8);
+    EXPECT_EQ(expandALaw(0x55), -8);
+    EXPECT_EQ(expandALaw(0xAA), 32256);
+    EXPECT_EQ(expandALaw(0x2A), -32256);
+    EXPECT_EQ(expandMuLaw(0xFF), 0);
+    EXPECT_EQ(expandMuLaw(0x80), 32124);
+    EXPECT_EQ(expandMuLaw(0x00), -32124);
+}
+
+TEST(CodecSuggest, ChoosesWhatEachDriverProducesAndRefusesTheImpossible) {
+    WaveFormat wanted = kNativeFormat;
+    auto narrow = recordOf(pcm(1, 22050, 8));
+    ASSERT_EQ(codecFormatSuggest(narrow, wanted, kSuggestFormatTag), kCodecOk);
+    EXPECT_TRUE(sameFormat(wanted, pcm(1, 22050, 16)));
+
+    wanted = kNativeFormat;
+    ASSERT_EQ(codecFormatSuggest(narrow, wanted,
+                                 kSuggestFormatTag | kSuggestChannels | kSuggestSamplesPerSec),
+              kCodecOk);
+    EXPECT_TRUE(sameFormat(wanted, kNativeFormat));
+
+    WaveFormat mp3{kFormatMpegLayer3, 1, 24000, 8000, 1, 0, 12};
+    wanted = kNativeFormat;
+    ASSERT_EQ(codecFormatSuggest(recordOf(mp3), wanted, kSuggestFormatTag), kCodecOk);
+    EXPECT_TRUE(sameFormat(wanted, pcm(1, 24000, 16)));
+    wanted = kNativeFormat;
+    EXPECT_EQ(codecFormatSuggest(recordOf(mp3), wanted, kSuggestFormatTag | kSuggestSamplesPerSec),
+              kCodecNotPossible);
+
+    WaveFormat adpcm = pcm(2, 44100, 4, 2);
+    wanted = kNativeFormat;
+    EXPECT_EQ(codecFormatSuggest(recordOf(adpcm), wanted, kSuggestFormatTag), kCodecNotPossible);
+    WaveFormat wide = pcm(2, 44100, 24);
+    EXPECT_EQ(codecFormatSuggest(recordOf(wide), wanted, kSuggestFormatTag), kCodecNotPossible);
+
+    std::unique_ptr<CodecStream> stream;
+    EXPECT_EQ(codecStreamOpen(stream, recordOf(mp3), kNativeFormat), kCodecNotPossible);
+    EXPECT_EQ(stream, nullptr);
+}
+
+TEST(PcmStream, SameRateWideningIsExactAndMonoIsDuplicated) {
+    const WaveFormat source = pcm(1, 44100, 8);
+    std::unique_ptr<CodecStream> stream;
+    ASSERT_EQ(codecStreamOpen(stream, recordOf(source), kNativeFormat), kCodecOk);
+    const std::vector<uint8_t> bytes{0, 64, 128, 192, 255};
+    const auto out = test::toSamples(convertAll(*stream, bytes, 3));
+    const std::vector<int16_t> expected{-32768, -32768, -16384, -16384, 0,
+                                        0,      16384,  16384,  32512,  32512};
+    EXPECT_EQ(out, expected);
+}
+
+TEST(PcmStream, ResamplingKeepsLengthAndPitch) {
+    const WaveFormat source = pcm(1, 22050, 16);
+    std::vector<uint8_t> bytes;
+    const int frames = 22050;  // one second of a 1 kHz sine
+    for (int i = 0; i < frames; ++i) {
+        const auto value =
+            static_cast<int16_t>(12000 * std::sin(2 * std::numbers::pi * 1000.0 * i / 22050));
+        bytes.push_back(static_cast<uint8_t>(value & 0xFF));
+        bytes.push_back(static_cast<uint8_t>((value >> 8) & 0xFF));
+    }
+    std::unique_ptr<CodecStream> stream;
+    ASSERT_EQ(codecStreamOpen(stream, recordOf(source), kNativeFormat), kCodecOk);
+    EXPECT_NE(stream->driverShortName().find("PCM"), std::string::npos);
+    const auto out = test::toSamples(convertAll(*stream, bytes, 10240));
+    const double outFrames = out.size() / 2.0;
+    EXPECT_NEAR(outFrames, 44100, 2048);  // the resampler holds back its filter delay
+    EXPECT_NEAR(test::toneFrequency(out, 2, 0, 44100), 1000.0, 1.0);
+    EXPECT_NEAR(test::toneFrequency(out, 2, 1, 44100), 1000.0, 1.0);
+}
+
+TEST(MpegStream, DecodesLikeLibmpg123ReadingTheFileItself) {
+    test::TempDir dir;
+    const auto wav = dir / "tone.wav";
+    const auto mp3 = dir / "tone.mp3";
+    test::runTool("sox -n -r 44100 -c 2 -b 16 " + wav.string() + " synth 2 sine 440 sine 660");
+    test::runTool("lame --quiet -b 128 " + wav.string() + " " + mp3.string());
+    const auto file = test::readBytes(mp3);
+    ASSERT_GT(file.size(), 1000u);
+
+    const WaveFormat mp3Format{kFormatMpegLayer3, 2, 44100, 16000, 1, 0, 12};
+    std::unique_ptr<CodecStream> stream;
+    ASSERT_EQ(codecStreamOpen(stream, recordOf(mp3Format), kNativeFormat), kCodecOk);
+    const auto ours = test::toSamples(convertAll(*stream, file, 417));
+    const auto reference = test::decodeFileWithMpg123(mp3.string());
+    ASSERT_GT(reference.size(), 44100u * 2);
+    EXPECT_EQ(ours, reference);
+}
+
+}  // namespace
+}  // namespace tunebox
