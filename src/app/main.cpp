@@ -13,6 +13,7 @@ int main(int argc, char** argv) {
     tunebox::cli::registerTuneCommand(app, status);
     tunebox::cli::registerInfoCommand(app, status);
     tunebox::cli::registerDecodeCommand(app, status);
+    tunebox::cli::registerFxCommand(app, status);
 
     try {
         app.parse(argc, argv);

@@ -1,27 +1,15 @@
-#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <string>
 
 #include "app/cli/commands.h"
+#include "app/cli/path_kind.h"
 #include "playback/wav_length.h"
 #include "playback/wav_reader.h"
 #include "playback/wav_refusal.h"
 
 namespace tunebox::cli {
 namespace {
-
-PathKind pathKindOf(const std::string& path) {
-    std::error_code error;
-    switch (std::filesystem::status(path, error).type()) {
-        case std::filesystem::file_type::not_found:
-            return PathKind::missing;
-        case std::filesystem::file_type::directory:
-            return PathKind::directory;
-        default:
-            return PathKind::other;
-    }
-}
 
 // Runs the WAVE reader once more, on its own, to learn where it stopped.
 WavRefusal explainRefusal(const std::string& path) {

@@ -14,5 +14,6 @@ void registerVersionCommand(CLI::App& app, int& status);
 void registerTuneCommand(CLI::App& app, int& status);
 void registerInfoCommand(CLI::App& app, int& status);
 void registerDecodeCommand(CLI::App& app, int& status);
+void registerFxCommand(CLI::App& app, int& status);
 
 }  // namespace tunebox::cli
