@@ -52,14 +52,7 @@ MpegHeader parseFields(const uint8_t* frame) {
 
 std::array<uint8_t, 32> encodeLayer3Format(const MpegLayer3Format& format) {
     std::array<uint8_t, 32> bytes{};
-    const WaveFormat& wave = format.wave;
-    storeLe16(&bytes[0], wave.formatTag);
-    storeLe16(&bytes[2], wave.channels);
-    storeLe32(&bytes[4], wave.samplesPerSec);
-    storeLe32(&bytes[8], wave.avgBytesPerSec);
-    storeLe16(&bytes[12], wave.blockAlign);
-    storeLe16(&bytes[14], wave.bitsPerSample);
-    storeLe16(&bytes[16], wave.extraSize);
+    storeWaveFormat(format.wave, bytes);
     storeLe16(&bytes[18], format.id);
     storeLe32(&bytes[20], format.flags);
     storeLe16(&bytes[24], format.blockSize);

@@ -54,10 +54,6 @@ class CodecStream {
     virtual std::string driverShortName() const = 0;
 };
 
-// The format record at the start of a source format block (18 bytes, little-endian).
-WaveFormat parseWaveFormat(std::span<const uint8_t> record);
-void storeWaveFormat(const WaveFormat& format, std::span<uint8_t> record);
-
 // Fills the destination's free fields with what the driver for `sourceFormat`
 // produces; the fields named by `flags` stay as given and must be possible.
 uint32_t codecFormatSuggest(std::span<const uint8_t> sourceFormat, WaveFormat& destination,

@@ -2,7 +2,9 @@
 // The 18-byte wave format record shared by files, devices and converters,
 // and the one native format every engine works in.
 
+#include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace tunebox {
 
@@ -22,6 +24,11 @@ struct WaveFormat {
 };
 
 inline constexpr std::size_t kWaveFormatBytes = 18;
+
+// The record as files and converters hold it: 18 bytes, little-endian.
+// A span shorter than 18 bytes parses as an empty record and is not written.
+WaveFormat parseWaveFormat(std::span<const uint8_t> record);
+void storeWaveFormat(const WaveFormat& format, std::span<uint8_t> record);
 
 inline constexpr WaveFormat kNativeFormat{kFormatPcm, 2, 44100, 176400, 4, 16, 0};
 

@@ -19,18 +19,6 @@ using FormatChunk = std::array<uint8_t, kSourceFormatBytes>;
 // The converter sees this much of the data before it commits to a path.
 constexpr int64_t kDataHeadBytes = 10240;
 
-WaveFormat decodeFormat(const FormatChunk& bytes) {
-    WaveFormat format;
-    format.formatTag = loadLe16(&bytes[0]);
-    format.channels = loadLe16(&bytes[2]);
-    format.samplesPerSec = loadLe32(&bytes[4]);
-    format.avgBytesPerSec = loadLe32(&bytes[8]);
-    format.blockAlign = loadLe16(&bytes[12]);
-    format.bitsPerSample = loadLe16(&bytes[14]);
-    format.extraSize = loadLe16(&bytes[16]);
-    return format;
-}
-
 WavOpenStatus refuse(RiffHandle& file, WavOpenStatus status) {
     file.reset();
     return status;
@@ -115,7 +103,7 @@ WavOpenStatus wavExamineWaveFile(const std::string& path, RiffHandle& file, uint
     if (formatRead != WavOpenStatus::opened) {
         return refuse(file, formatRead);
     }
-    source.outputFormat = decodeFormat(formatBytes);
+    source.outputFormat = parseWaveFormat(formatBytes);
     source.conversionFlag = 0;
     const uint16_t tag = source.outputFormat.formatTag;
     const bool pcmFamily = tag == kFormatPcm || tag == kFormatALaw || tag == kFormatMuLaw;

@@ -2,21 +2,15 @@
 
 #include <array>
 
-#include "platform/little_endian.h"
-
 namespace tunebox {
 namespace {
 
 constexpr uint32_t kPcmFormatBytes = 16;
 
-std::array<uint8_t, kPcmFormatBytes> encodeFormat(const WaveFormat& format) {
-    std::array<uint8_t, kPcmFormatBytes> bytes{};
-    storeLe16(&bytes[0], format.formatTag);
-    storeLe16(&bytes[2], format.channels);
-    storeLe32(&bytes[4], format.samplesPerSec);
-    storeLe32(&bytes[8], format.avgBytesPerSec);
-    storeLe16(&bytes[12], format.blockAlign);
-    storeLe16(&bytes[14], format.bitsPerSample);
+// The record without its extra size: PCM's "fmt " chunk is 16 bytes.
+std::array<uint8_t, kWaveFormatBytes> encodeFormat(const WaveFormat& format) {
+    std::array<uint8_t, kWaveFormatBytes> bytes{};
+    storeWaveFormat(format, bytes);
     return bytes;
 }
 
@@ -30,7 +24,7 @@ bool writeHeader(WaveWriter& writer) {
     writer.subChunk.size = kPcmFormatBytes;
     const auto format = encodeFormat(writer.format);
     if (file.createChunk(writer.subChunk) != 1 ||
-        file.write(format.data(), format.size()) != kPcmFormatBytes ||
+        file.write(format.data(), kPcmFormatBytes) != kPcmFormatBytes ||
         file.ascend(writer.subChunk) != 1) {
         return false;
     }
