@@ -4,6 +4,7 @@
 #include <mutex>
 #include <string_view>
 
+#include "platform/pulse_audio.h"
 #include "platform/unavailable_audio.h"
 #include "platform/virtual_audio.h"
 
@@ -18,6 +19,9 @@ std::shared_ptr<AudioBackend> installedBackend;
 std::shared_ptr<AudioBackend> makeAudioBackendFromEnvironment() {
     const char* chosen = std::getenv("TUNEBOX_AUDIO");
     const std::string_view name = chosen ? chosen : "";
+    if (name.empty() || name == "pulse") {
+        return std::make_shared<PulseAudio>();
+    }
     if (name == "virtual") {
         return std::make_shared<VirtualAudio>(virtualAudioConfigFromEnvironment());
     }
