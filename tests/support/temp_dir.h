@@ -9,7 +9,7 @@
 namespace tunebox::test {
 
 class TempDir {
-  public:
+public:
     TempDir() {
         std::random_device random;
         path_ = std::filesystem::temp_directory_path() /
@@ -33,7 +33,7 @@ class TempDir {
     const std::filesystem::path& path() const { return path_; }
     std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
 
-  private:
+private:
     std::filesystem::path path_;
     std::filesystem::path previous_;
 };
