@@ -1,0 +1,42 @@
+#pragma once
+// The settings file "Tunebox.INI": the manual delay and its switch, the last
+// folder of each file picker and the preferred MP3 decoder. It lives in
+// $TUNEBOX_CONFIG_DIR, else $XDG_CONFIG_HOME/tunebox, else ~/.config/tunebox.
+// Nothing here reports a failure: a missing file reads as the defaults and a
+// write that fails is forgotten.
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+namespace tunebox {
+
+inline constexpr std::size_t kFolderBufferBytes = 260;
+
+std::filesystem::path settingsPath();
+
+// The dialog's members behind the manual-delay edit and check box.
+struct SyncSettings {
+    std::string manualDelayText;  // as typed, unparsed
+    int32_t manualDelayFlag = 0;  // 0 or 1
+};
+
+// Leaves the text as it was when no delay is stored; the flag is on only for
+// a stored 1.
+void readSyncSettings(SyncSettings& settings);
+void writeSyncSettings(const SyncSettings& settings);
+
+enum class FolderPicker { kKaraoke, kMic };
+
+// The folder the picker should open in; empty when none is remembered.
+std::string readFolder(FolderPicker picker);
+
+// Remembers the folder of a file the user picked, with its trailing separator.
+void writeFolder(FolderPicker picker, const std::filesystem::path& pickedFile);
+
+// 1 when the built-in MPEG decoder is to be tried first, 0 for the codec
+// manager.
+int readDecoderChoice();
+
+}  // namespace tunebox
