@@ -10,6 +10,7 @@ int main(int argc, char** argv) {
     app.require_subcommand(0, 1);
     int status = 0;
     tunebox::cli::registerVersionCommand(app, status);
+    tunebox::cli::registerCalibrateCommand(app, status);
 
     try {
         app.parse(argc, argv);

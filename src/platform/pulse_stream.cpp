@@ -9,7 +9,9 @@ namespace {
 
 constexpr uint32_t kRate = 44100;
 constexpr uint32_t kFrameBytes = 4;
-constexpr pa_usec_t kPlaybackLatency = 50 * PA_USEC_PER_MSEC;
+// Enough queued at the server to ride out a busy machine; positions do not
+// depend on it.
+constexpr pa_usec_t kPlaybackLatency = 200 * PA_USEC_PER_MSEC;
 constexpr pa_usec_t kRecordFragment = 10 * PA_USEC_PER_MSEC;
 constexpr pa_usec_t kTickPeriod = 5 * PA_USEC_PER_MSEC;
 constexpr std::chrono::milliseconds kOperationTimeout{2000};

@@ -488,6 +488,9 @@ VirtualAudioConfig virtualAudioConfigFromEnvironment() {
     if (auto value = environmentNumber("TUNEBOX_VIRTUAL_INPUT_LATENCY")) {
         config.inputLatencyBytes = static_cast<uint32_t>(std::min(*value, 1e9));
     }
+    if (auto value = environmentNumber("TUNEBOX_VIRTUAL_LOOPBACK")) {
+        config.loopbackGain = static_cast<float>(std::min(*value, 100.0));
+    }
     if (auto value = environmentNumber("TUNEBOX_VIRTUAL_SPEED"); value && *value > 0) {
         config.speed = *value;
     }

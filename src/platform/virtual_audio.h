@@ -60,8 +60,9 @@ class VirtualAudio final : public AudioBackend {
     std::thread thread_;
 };
 
-// Reads TUNEBOX_VIRTUAL_OUTPUT_LATENCY, TUNEBOX_VIRTUAL_INPUT_LATENCY (bytes)
-// and TUNEBOX_VIRTUAL_SPEED; unset or unreadable values keep the defaults.
+// Reads TUNEBOX_VIRTUAL_OUTPUT_LATENCY, TUNEBOX_VIRTUAL_INPUT_LATENCY (bytes),
+// TUNEBOX_VIRTUAL_LOOPBACK (gain) and TUNEBOX_VIRTUAL_SPEED; unset or
+// unreadable values keep the defaults.
 VirtualAudioConfig virtualAudioConfigFromEnvironment();
 
 }  // namespace tunebox

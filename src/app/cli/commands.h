@@ -11,5 +11,6 @@ inline constexpr int kExitBadInput = 2;
 // Each register function adds one subcommand whose callback stores its exit
 // status in `status`.
 void registerVersionCommand(CLI::App& app, int& status);
+void registerCalibrateCommand(CLI::App& app, int& status);
 
 }  // namespace tunebox::cli
