@@ -18,10 +18,31 @@ constexpr uint32_t kLeadInFrames = 4410;
 constexpr uint32_t kCaptureBlocks = 8;  // 4.2 s: the signal and any sane round trip
 constexpr int64_t kEarliestOffset = -44100;
 constexpr int64_t kLatestOffset = 2 * 44100;
-constexpr auto kPositionInterval = std::chrono::milliseconds(50);
+constexpr auto kPositionInterval = std::chrono::milliseconds(20);
+// Two capture readings around the playback reading further apart than this
+// straddle a step of the clock and are not used.
+constexpr uint32_t kSteadyBytes = 176;
 // On the backend's clock, so a simulation faster than real time gives up as
-// soon, in its own time, as a sound card would.
+// soon, in its own time, as a sound card would; and in real time too, for a
+// clock that stands still.
 constexpr auto kReturnTimeout = std::chrono::seconds(10);
+constexpr auto kRealTimeout = std::chrono::seconds(30);
+
+class Deadline {
+  public:
+    explicit Deadline(Clock& clock)
+        : clock_(clock),
+          deviceTime_(clock.now() + kReturnTimeout),
+          realTime_(std::chrono::steady_clock::now() + kRealTimeout) {}
+    bool passed() const {
+        return clock_.now() >= deviceTime_ || std::chrono::steady_clock::now() >= realTime_;
+    }
+
+  private:
+    Clock& clock_;
+    const Clock::Duration deviceTime_;
+    const std::chrono::steady_clock::time_point realTime_;
+};
 
 // Counts the buffers a device handed back.
 class Returns {
@@ -33,9 +54,9 @@ class Returns {
             changed_.notify_all();
         };
     }
-    bool waitFor(std::size_t count, Clock& clock, Clock::Duration deadline) {
+    bool waitFor(std::size_t count, const Deadline& deadline) {
         std::unique_lock lock(mutex_);
-        while (count_ < count && clock.now() < deadline) {
+        while (count_ < count && !deadline.passed()) {
             changed_.wait_for(lock, std::chrono::milliseconds(5));
         }
         return count_ >= count;
@@ -160,21 +181,27 @@ RoundTrip measureRoundTrip(AudioBackend& backend) {
     std::vector<int64_t> delays;
     uint32_t playedBytes = 0;
     const uint32_t signalBytes = static_cast<uint32_t>(signal.size() * 2);
-    Clock& clock = backend.clock();
-    const auto giveUp = clock.now() + kReturnTimeout;
-    while (playedBytes < signalBytes && clock.now() < giveUp) {
+    const Deadline deadline(backend.clock());
+    while (playedBytes < signalBytes && !deadline.passed()) {
         std::this_thread::sleep_for(kPositionInterval);
-        uint32_t capturedBytes = 0;
-        if (in.position(capturedBytes) != kAudioOk || out.position(playedBytes) != kAudioOk) {
+        uint32_t before = 0;
+        uint32_t after = 0;
+        if (in.position(before) != kAudioOk || out.position(playedBytes) != kAudioOk ||
+            in.position(after) != kAudioOk) {
             break;
         }
-        if (playedBytes > 0 && playedBytes < signalBytes) {
-            delays.push_back(int64_t(capturedBytes) - int64_t(playedBytes));
+        if (playedBytes > 0 && playedBytes < signalBytes && after - before <= kSteadyBytes) {
+            const uint32_t captured = (before + (after - before) / 2) & ~3u;
+            delays.push_back(int64_t(captured) - int64_t(playedBytes));
         }
     }
-    if (!playedBack.waitFor(played.headers.size(), clock, giveUp) ||
-        !capturedBack.waitFor(captured.headers.size(), clock, giveUp)) {
+    if (!playedBack.waitFor(played.headers.size(), deadline) ||
+        !capturedBack.waitFor(captured.headers.size(), deadline)) {
         result.deviceError = "the audio devices stopped returning buffers";
+        return result;
+    }
+    if (delays.empty()) {
+        result.deviceError = "the device positions did not advance";
         return result;
     }
     result.positionDelayBytes = median(delays);
