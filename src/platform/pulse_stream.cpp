@@ -3,6 +3,7 @@
 #include <pulse/rtclock.h>
 
 #include <algorithm>
+#include <vector>
 
 namespace tunebox {
 namespace {
@@ -14,6 +15,7 @@ constexpr uint32_t kFrameBytes = 4;
 constexpr pa_usec_t kPlaybackLatency = 200 * PA_USEC_PER_MSEC;
 constexpr pa_usec_t kRecordFragment = 10 * PA_USEC_PER_MSEC;
 constexpr pa_usec_t kTickPeriod = 5 * PA_USEC_PER_MSEC;
+constexpr std::size_t kReportsKept = 5;
 constexpr std::chrono::milliseconds kOperationTimeout{2000};
 
 // The flags whose timing the delay measurement was proven with.
@@ -244,6 +246,7 @@ AudioResult PulseStream::reset() {
     // A fresh stream starts its clock at 0 with nothing queued, which is
     // exactly what a reset promises.
     dropStream();
+    origins_.clear();
     written_ = sent_ = heard_ = captured_ = 0;
     underflowed_ = false;
     if (direction_ == Direction::record) {
@@ -286,12 +289,14 @@ AudioResult PulseStream::position(uint32_t& bytes) {
     return failed_ ? kAudioError : kAudioOk;
 }
 
-// The server's last timing report, carried forward on the local clock: the
-// index where the converter was (read index less the sink latency for
-// playback; write index plus the source latency for capture, less the sink
-// latency when the source is a monitor, as the server reports it) plus the
-// time since the report. The library's smoothed stream time lagged by up to
-// half a millisecond in measurements; the report itself is exact.
+// Where the converter is, from the server's timing reports: the read index
+// less the sink latency for playback; the write index plus the source
+// latency for capture, less the sink latency when the source is a monitor,
+// as the server reports it. A running stream's report fixes the local time at
+// which the stream's clock stood at 0; carried forward on the local clock, it
+// gives the position now. Single reports were measured off by up to 5 ms
+// (the library's smoothed stream time lagged by up to 0.5 ms), so the median
+// origin of the last few reports is used.
 uint64_t PulseStream::streamTimeBytes() {
     const pa_timing_info* info = stream_ ? pa_stream_get_timing_info(stream_) : nullptr;
     if (info == nullptr) {
@@ -300,12 +305,28 @@ uint64_t PulseStream::streamTimeBytes() {
     const bool playback = direction_ == Direction::playback;
     const int64_t index = std::max<int64_t>(playback ? info->read_index : info->write_index, 0);
     auto usec = int64_t(pa_bytes_to_usec(uint64_t(index), pa_stream_get_sample_spec(stream_)));
-    if (!streamCorked_) {
-        usec += (playback ? 0 : int64_t(info->source_usec)) - int64_t(info->sink_usec);
-        if (info->playing || !playback) {
-            usec += int64_t(pa_timeval_age(&info->timestamp));
+    if (streamCorked_) {
+        origins_.clear();
+        return bytesOfTime(pa_usec_t(usec));
+    }
+    usec += (playback ? 0 : int64_t(info->source_usec)) - int64_t(info->sink_usec);
+    if (playback && !info->playing) {
+        origins_.clear();  // starved or not yet started: the clock stands
+        return usec > 0 ? bytesOfTime(pa_usec_t(usec)) : 0;
+    }
+    const auto stamp = int64_t(pa_timeval_load(&info->timestamp));
+    if (stamp != lastReport_) {
+        lastReport_ = stamp;
+        origins_.push_back(stamp - usec);
+        if (origins_.size() > kReportsKept) {
+            origins_.pop_front();
         }
     }
+    std::vector<int64_t> sorted(origins_.begin(), origins_.end());
+    std::nth_element(sorted.begin(), sorted.begin() + sorted.size() / 2, sorted.end());
+    struct timeval now;
+    pa_gettimeofday(&now);
+    usec = int64_t(pa_timeval_load(&now)) - sorted[sorted.size() / 2];
     return usec > 0 ? bytesOfTime(pa_usec_t(usec)) : 0;
 }
 

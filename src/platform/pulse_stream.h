@@ -90,6 +90,10 @@ class PulseStream {
     uint64_t heardAtUnderflow_ = 0;
     uint64_t sentAtUnderflow_ = 0;
 
+    // Local times (µs) at which recent timing reports put the stream's 0.
+    std::deque<int64_t> origins_;
+    int64_t lastReport_ = 0;
+
     mutable std::mutex errorMutex_;
     std::string lastError_;
 };
