@@ -14,6 +14,7 @@ int main(int argc, char** argv) {
     tunebox::cli::registerInfoCommand(app, status);
     tunebox::cli::registerDecodeCommand(app, status);
     tunebox::cli::registerFxCommand(app, status);
+    tunebox::cli::registerCalibrateCommand(app, status);
 
     try {
         app.parse(argc, argv);

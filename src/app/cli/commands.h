@@ -15,5 +15,6 @@ void registerTuneCommand(CLI::App& app, int& status);
 void registerInfoCommand(CLI::App& app, int& status);
 void registerDecodeCommand(CLI::App& app, int& status);
 void registerFxCommand(CLI::App& app, int& status);
+void registerCalibrateCommand(CLI::App& app, int& status);
 
 }  // namespace tunebox::cli
