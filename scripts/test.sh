@@ -6,6 +6,10 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 echo "== Full test suite"
+# The end-to-end tests play into a private sound server, never the user's.
+bash scripts/test-audio-server.sh start
+trap 'bash scripts/test-audio-server.sh stop' EXIT
+eval "$(bash scripts/test-audio-server.sh env)"
 ctest --test-dir build --output-on-failure -j2
 
 echo "== Unit tests under AddressSanitizer and UndefinedBehaviorSanitizer"

@@ -7,7 +7,9 @@ namespace {
 std::atomic<long> remainingSuccesses{-1};
 }  // namespace
 
-void heapFailAfter(long succeeding) { remainingSuccesses = succeeding; }
+void heapFailAfter(long succeeding) {
+    remainingSuccesses = succeeding;
+}
 
 bool heapShouldFail() {
     long remaining = remainingSuccesses.load();

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <thread>
 
 #include "capture/ling_buffer.h"
@@ -38,14 +37,6 @@ void produce(LingBuffer& ring) {
     }
 }
 
-uint64_t streamLength() {
-    uint64_t total = 0;
-    for (uint32_t i = 0; i < kBlocks; ++i) {
-        total += blockLength(i);
-    }
-    return total;
-}
-
 TEST(LingBufferThreads, BlocksArriveWholeAndInOrder) {
     LingBuffer ring;
     ASSERT_EQ(ring.allocate(kSlotBytes, 30, "unused"), 1);
@@ -73,35 +64,6 @@ TEST(LingBufferThreads, BlocksArriveWholeAndInOrder) {
     EXPECT_EQ(mismatches, 0u);
     EXPECT_EQ(lastFlag, 1u);
     EXPECT_EQ(ring.hasBytes(0), 0);
-}
-
-TEST(LingBufferThreads, ByteReadsSeeTheStreamUnbroken) {
-    LingBuffer ring;
-    ASSERT_EQ(ring.allocate(kSlotBytes, 30, "unused"), 1);
-    std::thread producer(produce, std::ref(ring));
-
-    const uint64_t total = streamLength();
-    uint64_t position = 0;
-    uint32_t mismatches = 0;
-    uint32_t endFlag = 0;
-    uint8_t chunk[97];
-    while (position < total) {
-        const auto wanted =
-            static_cast<uint32_t>(std::min<uint64_t>(sizeof chunk, total - position));
-        uint32_t delivered = 0;
-        if (!ring.readBytes(chunk, wanted, delivered, endFlag)) {
-            std::this_thread::yield();
-            continue;
-        }
-        for (uint32_t k = 0; k < delivered; ++k) {
-            mismatches += chunk[k] != streamByte(position + k);
-        }
-        position += delivered;
-        mismatches += endFlag != (position == total);
-    }
-    producer.join();
-    EXPECT_EQ(mismatches, 0u);
-    EXPECT_EQ(endFlag, 1u);
 }
 
 }  // namespace

@@ -1,0 +1,458 @@
+#include "platform/pulse_stream.h"
+
+#include <pulse/rtclock.h>
+
+#include <algorithm>
+
+namespace tunebox {
+namespace {
+
+constexpr uint32_t kRate = 44100;
+constexpr uint32_t kFrameBytes = 4;
+constexpr pa_usec_t kPlaybackLatency = 50 * PA_USEC_PER_MSEC;
+constexpr pa_usec_t kRecordFragment = 10 * PA_USEC_PER_MSEC;
+constexpr pa_usec_t kTickPeriod = 5 * PA_USEC_PER_MSEC;
+constexpr std::chrono::milliseconds kOperationTimeout{2000};
+
+// The flags whose timing the delay measurement was proven with.
+constexpr pa_stream_flags_t kTimingFlags = static_cast<pa_stream_flags_t>(
+    PA_STREAM_INTERPOLATE_TIMING | PA_STREAM_AUTO_TIMING_UPDATE | PA_STREAM_ADJUST_LATENCY);
+
+uint64_t bytesOfTime(pa_usec_t usec) {
+    return (usec * kRate + PA_USEC_PER_SEC / 2) / PA_USEC_PER_SEC * kFrameBytes;
+}
+
+uint32_t wholeFrames(uint32_t bytes) {
+    return bytes - bytes % kFrameBytes;
+}
+
+}  // namespace
+
+PulseStream::PulseStream(std::string server, Direction direction)
+    : server_(std::move(server)), direction_(direction) {}
+
+PulseStream::~PulseStream() {
+    if (connection_) {
+        reset();
+        teardown();
+    }
+}
+
+AudioResult PulseStream::open(const WaveFormat& format, DeviceDoneCallback onDone) {
+    if (connection_) {
+        return kAudioError;
+    }
+    if (!sameFormat(format, kNativeFormat)) {
+        setLastError(std::string(audioResultText(kAudioBadFormat)));
+        return kAudioBadFormat;
+    }
+    connection_ = std::make_unique<PulseConnection>();
+    if (!connection_->connect(server_, "Tunebox")) {
+        setLastError(connection_->error());
+        connection_.reset();
+        return kAudioNoDriver;
+    }
+    delivery_ = std::make_unique<DoneDelivery>(std::move(onDone));
+    failed_ = false;
+    corked_ = direction_ == Direction::record;
+    bool made = false;
+    {
+        PulseConnection::Lock lock(*connection_);
+        pa_context_set_state_callback(connection_->context(), onContextState, this);
+        made = makeStream();
+        if (made) {
+            armTicker();
+        }
+    }
+    if (!made) {
+        teardown();
+        return kAudioNoDriver;
+    }
+    return kAudioOk;
+}
+
+bool PulseStream::makeStream() {
+    const pa_sample_spec spec{PA_SAMPLE_S16LE, kRate, 2};
+    const bool playback = direction_ == Direction::playback;
+    stream_ = pa_stream_new(connection_->context(),
+                            playback ? "Tunebox playback" : "Tunebox capture", &spec, nullptr);
+    if (stream_ == nullptr) {
+        setLastError(connection_->describe("cannot create a sound stream"));
+        return false;
+    }
+    pa_stream_set_state_callback(stream_, onStreamState, this);
+    pa_buffer_attr attributes{};
+    attributes.maxlength = uint32_t(-1);
+    attributes.minreq = uint32_t(-1);
+    attributes.fragsize = uint32_t(-1);
+    attributes.tlength = uint32_t(-1);
+    attributes.prebuf = uint32_t(-1);
+    // Both start corked: a record stream until start, a playback stream
+    // until its first data, so that no clock runs before anything sounds.
+    const auto flags = static_cast<pa_stream_flags_t>(kTimingFlags | PA_STREAM_START_CORKED);
+    streamCorked_ = true;
+    int connected = 0;
+    if (playback) {
+        pa_stream_set_write_callback(stream_, onWritable, this);
+        pa_stream_set_underflow_callback(stream_, onUnderflow, this);
+        attributes.tlength = uint32_t(pa_usec_to_bytes(kPlaybackLatency, &spec));
+        // Play from the first frame and pause on starvation rather than wait
+        // for a fill level a last short buffer may never reach.
+        attributes.prebuf = kFrameBytes;
+        connected =
+            pa_stream_connect_playback(stream_, nullptr, &attributes, flags, nullptr, nullptr);
+    } else {
+        pa_stream_set_read_callback(stream_, onReadable, this);
+        attributes.fragsize = uint32_t(pa_usec_to_bytes(kRecordFragment, &spec));
+        connected = pa_stream_connect_record(stream_, nullptr, &attributes, flags);
+    }
+    const bool ready = connected == 0 &&
+                       connection_->waitUntil(
+                           [this] {
+                               const auto state = pa_stream_get_state(stream_);
+                               return state == PA_STREAM_READY || !PA_STREAM_IS_GOOD(state);
+                           },
+                           kPulseTimeout) &&
+                       pa_stream_get_state(stream_) == PA_STREAM_READY;
+    if (!ready) {
+        setLastError(connection_->describe("cannot open a sound stream"));
+        dropStream();
+    }
+    return ready;
+}
+
+void PulseStream::dropStream() {
+    if (stream_ == nullptr) {
+        return;
+    }
+    pa_stream_set_state_callback(stream_, nullptr, nullptr);
+    pa_stream_set_write_callback(stream_, nullptr, nullptr);
+    pa_stream_set_read_callback(stream_, nullptr, nullptr);
+    pa_stream_set_underflow_callback(stream_, nullptr, nullptr);
+    pa_stream_disconnect(stream_);
+    pa_stream_unref(stream_);
+    stream_ = nullptr;
+}
+
+void PulseStream::teardown() {
+    {
+        PulseConnection::Lock lock(*connection_);
+        if (ticker_ != nullptr) {
+            pa_threaded_mainloop_get_api(connection_->loop())->time_free(ticker_);
+            ticker_ = nullptr;
+        }
+        dropStream();
+        pa_context_set_state_callback(connection_->context(), nullptr, nullptr);
+    }
+    connection_.reset();
+    delivery_.reset();  // hands back what is still pending, then ends
+}
+
+void PulseStream::setLastError(const std::string& error) {
+    std::lock_guard lock(errorMutex_);
+    lastError_ = error;
+}
+
+std::string PulseStream::lastError() const {
+    std::lock_guard lock(errorMutex_);
+    return lastError_;
+}
+
+void PulseStream::fail(const std::string& why) {
+    if (failed_) {
+        return;
+    }
+    failed_ = true;
+    setLastError(connection_->describe(why));
+    returnAll();
+}
+
+AudioResult PulseStream::checkUsable() const {
+    if (!connection_) {
+        return kAudioBadDevice;
+    }
+    return failed_ ? kAudioError : kAudioOk;
+}
+
+AudioResult PulseStream::queue(WaveHeader& header) {
+    if (!connection_) {
+        return kAudioBadDevice;
+    }
+    PulseConnection::Lock lock(*connection_);
+    if (failed_) {
+        return kAudioError;
+    }
+    const AudioResult result = enqueueHeader(header);
+    if (result != kAudioOk) {
+        return result;
+    }
+    if (direction_ == Direction::playback) {
+        written_ += wholeFrames(header.bufferLength);
+        queued_.push_back({&header, written_});
+        feed();
+    } else {
+        header.bytesRecorded = 0;
+        queued_.push_back({&header, 0});
+    }
+    return kAudioOk;
+}
+
+AudioResult PulseStream::setCorked(bool corked) {
+    if (const AudioResult usable = checkUsable(); usable != kAudioOk) {
+        return usable;
+    }
+    PulseConnection::Lock lock(*connection_);
+    if (failed_) {
+        return kAudioError;
+    }
+    corked_ = corked;
+    if (direction_ == Direction::playback && sent_ == 0) {
+        return kAudioOk;  // the stream stays corked until data arrives
+    }
+    streamCorked_ = corked;
+    if (!connection_->finish(pa_stream_cork(stream_, corked, nullptr, nullptr),
+                             kOperationTimeout)) {
+        fail(corked ? "the sound server did not pause" : "the sound server did not resume");
+        return kAudioError;
+    }
+    return kAudioOk;
+}
+
+AudioResult PulseStream::stopRecording() {
+    if (const AudioResult result = setCorked(true); result != kAudioOk) {
+        return result;
+    }
+    PulseConnection::Lock lock(*connection_);
+    if (!queued_.empty() && queued_.front().header->bytesRecorded > 0) {
+        delivery_->deliver(*queued_.front().header);
+        queued_.pop_front();
+    }
+    return kAudioOk;
+}
+
+AudioResult PulseStream::reset() {
+    if (!connection_) {
+        return kAudioBadDevice;
+    }
+    PulseConnection::Lock lock(*connection_);
+    returnAll();
+    if (failed_) {
+        return kAudioOk;
+    }
+    // A fresh stream starts its clock at 0 with nothing queued, which is
+    // exactly what a reset promises.
+    dropStream();
+    written_ = sent_ = heard_ = captured_ = 0;
+    underflowed_ = false;
+    if (direction_ == Direction::record) {
+        corked_ = true;
+    }
+    if (!makeStream()) {
+        fail("the sound stream could not be reopened");
+        return kAudioError;
+    }
+    return kAudioOk;
+}
+
+AudioResult PulseStream::close() {
+    if (!connection_) {
+        return kAudioBadDevice;
+    }
+    {
+        PulseConnection::Lock lock(*connection_);
+        if (!queued_.empty()) {
+            return kAudioStillPlaying;
+        }
+    }
+    teardown();
+    return kAudioOk;
+}
+
+AudioResult PulseStream::position(uint32_t& bytes) {
+    if (!connection_) {
+        return kAudioBadDevice;
+    }
+    PulseConnection::Lock lock(*connection_);
+    if (!failed_) {
+        if (direction_ == Direction::playback) {
+            heardBytes();
+        } else {
+            captured_ = std::max(captured_, streamTimeBytes());
+        }
+    }
+    bytes = static_cast<uint32_t>(direction_ == Direction::playback ? heard_ : captured_);
+    return failed_ ? kAudioError : kAudioOk;
+}
+
+// The server's last timing report, carried forward on the local clock: the
+// index where the converter was (read index less the sink latency for
+// playback; write index plus the source latency for capture, less the sink
+// latency when the source is a monitor, as the server reports it) plus the
+// time since the report. The library's smoothed stream time lagged by up to
+// half a millisecond in measurements; the report itself is exact.
+uint64_t PulseStream::streamTimeBytes() {
+    const pa_timing_info* info = stream_ ? pa_stream_get_timing_info(stream_) : nullptr;
+    if (info == nullptr) {
+        return 0;
+    }
+    const bool playback = direction_ == Direction::playback;
+    const int64_t index = std::max<int64_t>(playback ? info->read_index : info->write_index, 0);
+    auto usec = int64_t(pa_bytes_to_usec(uint64_t(index), pa_stream_get_sample_spec(stream_)));
+    if (!streamCorked_) {
+        usec += (playback ? 0 : int64_t(info->source_usec)) - int64_t(info->sink_usec);
+        if (info->playing || !playback) {
+            usec += int64_t(pa_timeval_age(&info->timestamp));
+        }
+    }
+    return usec > 0 ? bytesOfTime(pa_usec_t(usec)) : 0;
+}
+
+uint64_t PulseStream::heardBytes() {
+    uint64_t heard = streamTimeBytes();
+    if (underflowed_ && sent_ == sentAtUnderflow_ && !corked_) {
+        const uint64_t playedOut = heardAtUnderflow_ + bytesOfTime(pa_rtclock_now() - underflowAt_);
+        heard = std::max(heard, std::min(sent_, playedOut));
+    }
+    heard_ = std::max(heard_, std::min(heard, sent_));
+    return heard_;
+}
+
+void PulseStream::feed() {
+    std::size_t writable = pa_stream_writable_size(stream_);
+    if (writable == std::size_t(-1)) {
+        return;
+    }
+    while (sendIndex_ < queued_.size()) {
+        const WaveHeader& header = *queued_[sendIndex_].header;
+        const uint32_t length = wholeFrames(header.bufferLength);
+        if (sendOffset_ >= length) {
+            ++sendIndex_;
+            sendOffset_ = 0;
+            continue;
+        }
+        const auto count = static_cast<uint32_t>(wholeFrames(
+            static_cast<uint32_t>(std::min<std::size_t>(writable, length - sendOffset_))));
+        if (count == 0) {
+            break;
+        }
+        if (pa_stream_write(stream_, header.data + sendOffset_, count, nullptr, 0,
+                            PA_SEEK_RELATIVE) < 0) {
+            fail("the sound server refused data");
+            return;
+        }
+        sendOffset_ += count;
+        sent_ += count;
+        writable -= count;
+    }
+    if (streamCorked_ && !corked_ && sent_ > 0) {
+        streamCorked_ = false;
+        if (pa_operation* operation = pa_stream_cork(stream_, 0, nullptr, nullptr)) {
+            pa_operation_unref(operation);
+        }
+    }
+}
+
+void PulseStream::returnHeard() {
+    const uint64_t heard = heardBytes();
+    while (sendIndex_ > 0 && queued_.front().end <= heard) {
+        delivery_->deliver(*queued_.front().header);
+        queued_.pop_front();
+        --sendIndex_;
+    }
+}
+
+void PulseStream::receive() {
+    while (pa_stream_readable_size(stream_) > 0) {
+        const void* data = nullptr;
+        std::size_t count = 0;
+        if (pa_stream_peek(stream_, &data, &count) < 0) {
+            fail("the sound server stopped delivering input");
+            return;
+        }
+        if (count == 0) {
+            return;
+        }
+        store(static_cast<const uint8_t*>(data), count);
+        pa_stream_drop(stream_);
+    }
+}
+
+// A hole in the input (data null) is silence; input with no buffer queued
+// is lost, as at a converter nobody reads.
+void PulseStream::store(const uint8_t* data, std::size_t count) {
+    std::size_t offset = 0;
+    while (offset < count && !queued_.empty()) {
+        WaveHeader& header = *queued_.front().header;
+        const std::size_t room = header.bufferLength - header.bytesRecorded;
+        const std::size_t take = std::min(room, count - offset);
+        uint8_t* target = header.data + header.bytesRecorded;
+        if (data != nullptr) {
+            std::copy_n(data + offset, take, target);
+        } else {
+            std::fill_n(target, take, uint8_t{0});
+        }
+        header.bytesRecorded += static_cast<uint32_t>(take);
+        offset += take;
+        if (header.bytesRecorded >= header.bufferLength) {
+            delivery_->deliver(header);
+            queued_.pop_front();
+        }
+    }
+}
+
+void PulseStream::returnAll() {
+    for (const Queued& entry : queued_) {
+        delivery_->deliver(*entry.header);
+    }
+    queued_.clear();
+    sendIndex_ = 0;
+    sendOffset_ = 0;
+}
+
+void PulseStream::armTicker() {
+    ticker_ =
+        pa_context_rttime_new(connection_->context(), pa_rtclock_now() + kTickPeriod, onTick, this);
+}
+
+void PulseStream::onContextState(pa_context* context, void* self) {
+    auto& stream = *static_cast<PulseStream*>(self);
+    stream.connection_->signal();
+    if (!PA_CONTEXT_IS_GOOD(pa_context_get_state(context))) {
+        stream.fail("the sound server went away");
+    }
+}
+
+void PulseStream::onStreamState(pa_stream* pulseStream, void* self) {
+    auto& stream = *static_cast<PulseStream*>(self);
+    stream.connection_->signal();
+    if (!PA_STREAM_IS_GOOD(pa_stream_get_state(pulseStream))) {
+        stream.fail("the sound stream failed");
+    }
+}
+
+void PulseStream::onWritable(pa_stream*, std::size_t, void* self) {
+    static_cast<PulseStream*>(self)->feed();
+}
+
+void PulseStream::onReadable(pa_stream*, std::size_t, void* self) {
+    static_cast<PulseStream*>(self)->receive();
+}
+
+void PulseStream::onUnderflow(pa_stream*, void* self) {
+    auto& stream = *static_cast<PulseStream*>(self);
+    stream.underflowed_ = true;
+    stream.underflowAt_ = pa_rtclock_now();
+    stream.heardAtUnderflow_ = std::max(stream.heard_, stream.streamTimeBytes());
+    stream.sentAtUnderflow_ = stream.sent_;
+}
+
+void PulseStream::onTick(pa_mainloop_api*, pa_time_event* event, const struct timeval*,
+                         void* self) {
+    auto& stream = *static_cast<PulseStream*>(self);
+    if (!stream.failed_ && stream.direction_ == Direction::playback && stream.stream_) {
+        stream.returnHeard();
+    }
+    pa_context_rttime_restart(stream.connection_->context(), event, pa_rtclock_now() + kTickPeriod);
+}
+
+}  // namespace tunebox

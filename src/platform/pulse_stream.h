@@ -1,0 +1,97 @@
+#pragma once
+// One playback or record stream with its queue of headers: what the
+// PulseAudio output and input devices have in common. Public calls take the
+// main loop's lock; the stream's callbacks run on the loop's thread with the
+// lock held; finished headers go back through the device's own thread.
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "platform/audio_device.h"
+#include "platform/device_buffers.h"
+#include "platform/pulse_connection.h"
+
+namespace tunebox {
+
+class PulseStream {
+  public:
+    enum class Direction { playback, record };
+
+    PulseStream(std::string server, Direction direction);
+    ~PulseStream();
+    PulseStream(const PulseStream&) = delete;
+    PulseStream& operator=(const PulseStream&) = delete;
+
+    AudioResult open(const WaveFormat& format, DeviceDoneCallback onDone);
+    AudioResult queue(WaveHeader& header);
+    AudioResult setCorked(bool corked);
+    // Record: cork and return the buffer being filled with what it holds.
+    AudioResult stopRecording();
+    AudioResult reset();
+    AudioResult close();
+    AudioResult position(uint32_t& bytes);
+    std::string lastError() const;
+
+  private:
+    struct Queued {
+        WaveHeader* header;
+        uint64_t end;  // playback: stream offset just past its data
+    };
+
+    bool makeStream();
+    void dropStream();
+    void teardown();
+    void fail(const std::string& why);
+    void setLastError(const std::string& error);
+    AudioResult checkUsable() const;
+
+    uint64_t streamTimeBytes();
+    uint64_t heardBytes();
+    void feed();
+    void returnHeard();
+    void receive();
+    void store(const uint8_t* data, std::size_t count);
+    void returnAll();
+    void armTicker();
+
+    static void onContextState(pa_context* context, void* self);
+    static void onStreamState(pa_stream* stream, void* self);
+    static void onWritable(pa_stream* stream, std::size_t bytes, void* self);
+    static void onReadable(pa_stream* stream, std::size_t bytes, void* self);
+    static void onUnderflow(pa_stream* stream, void* self);
+    static void onTick(pa_mainloop_api* api, pa_time_event* event, const struct timeval* when,
+                       void* self);
+
+    const std::string server_;
+    const Direction direction_;
+    std::unique_ptr<PulseConnection> connection_;
+    std::unique_ptr<DoneDelivery> delivery_;
+    pa_stream* stream_ = nullptr;
+    pa_time_event* ticker_ = nullptr;
+    bool failed_ = false;
+    bool corked_ = false;        // what the owner asked for (pause, stop)
+    bool streamCorked_ = false;  // what the server was told
+
+    std::deque<Queued> queued_;
+    std::size_t sendIndex_ = 0;
+    uint32_t sendOffset_ = 0;
+    uint64_t written_ = 0;
+    uint64_t sent_ = 0;
+    uint64_t heard_ = 0;
+    uint64_t captured_ = 0;
+
+    // After the server ran out of our data, what it still had plays out in
+    // real time; its stream time stops short of that by the sink latency.
+    bool underflowed_ = false;
+    pa_usec_t underflowAt_ = 0;
+    uint64_t heardAtUnderflow_ = 0;
+    uint64_t sentAtUnderflow_ = 0;
+
+    mutable std::mutex errorMutex_;
+    std::string lastError_;
+};
+
+}  // namespace tunebox

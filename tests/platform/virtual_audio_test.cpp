@@ -1,0 +1,174 @@
+#include "platform/virtual_audio.h"
+
+#include <gtest/gtest.h>
+
+#include "app/measurement_signal.h"
+#include "app/offset_finder.h"
+#include "support/device_buffers.h"
+
+namespace tunebox {
+namespace {
+
+using test::BufferSet;
+using test::DoneLog;
+using test::queueAll;
+
+constexpr uint32_t kBlock = 8820;  // 50 ms
+
+std::vector<int16_t> capturedSamples(const BufferSet& buffers) {
+    std::vector<int16_t> samples;
+    for (const auto& buffer : buffers.data) {
+        const auto* begin = reinterpret_cast<const int16_t*>(buffer.data());
+        samples.insert(samples.end(), begin, begin + buffer.size() / 2);
+    }
+    return samples;
+}
+
+TEST(VirtualAudio, HeadersFollowTheQueueRulesAndResetReturnsEveryOne) {
+    VirtualAudio audio({.speed = 50});
+    audio.setOutputHangs(true);
+    auto output = audio.makeOutput();
+    DoneLog log;
+    ASSERT_EQ(output->open(kNativeFormat, log.callback()), kAudioOk);
+    BufferSet buffers(3, kBlock);
+    WaveHeader& first = buffers.headers[0];
+    EXPECT_EQ(output->write(first), kAudioUnprepared);
+    ASSERT_TRUE(queueAll(*output, buffers, &OutputDevice::write));
+    EXPECT_EQ(output->write(first), kAudioStillPlaying);
+    EXPECT_EQ(output->unprepare(first), kAudioStillPlaying);
+    EXPECT_EQ(output->close(), kAudioStillPlaying);
+
+    ASSERT_EQ(output->reset(), kAudioOk);
+    ASSERT_TRUE(log.waitFor(3));
+    EXPECT_EQ(log.done(), (std::vector<WaveHeader*>{&buffers.headers[0], &buffers.headers[1],
+                                                    &buffers.headers[2]}));
+    for (WaveHeader& header : buffers.headers) {
+        EXPECT_TRUE(header.flags & kWaveHeaderDone);
+        EXPECT_EQ(output->unprepare(header), kAudioOk);
+        EXPECT_EQ(header.flags & (kWaveHeaderPrepared | kWaveHeaderInQueue), 0u);
+    }
+    uint32_t position = 99;
+    EXPECT_EQ(output->position(position), kAudioOk);
+    EXPECT_EQ(position, 0u);
+    EXPECT_EQ(output->close(), kAudioOk);
+    EXPECT_EQ(output->position(position), kAudioBadDevice);
+}
+
+TEST(VirtualAudio, InjectedOpenFailureAndForeignFormatsAreRefused) {
+    VirtualAudio audio({.failInputOpen = true});
+    auto input = audio.makeInput();
+    EXPECT_EQ(input->open(kNativeFormat, {}), kAudioNoDriver);
+    EXPECT_FALSE(input->lastError().empty());
+    auto output = audio.makeOutput();
+    WaveFormat mono = kNativeFormat;
+    mono.channels = 1;
+    EXPECT_EQ(output->open(mono, {}), kAudioBadFormat);
+    EXPECT_EQ(output->open(kNativeFormat, {}), kAudioOk);
+}
+
+TEST(VirtualAudio, AHangingInputKeepsItsBuffersUntilReset) {
+    VirtualAudio audio({.speed = 50});
+    audio.setInputHangs(true);
+    auto input = audio.makeInput();
+    DoneLog log;
+    ASSERT_EQ(input->open(kNativeFormat, log.callback()), kAudioOk);
+    BufferSet buffers(2, 4410);
+    ASSERT_TRUE(queueAll(*input, buffers, &InputDevice::addBuffer));
+    ASSERT_EQ(input->start(), kAudioOk);
+    EXPECT_FALSE(log.waitFor(1, std::chrono::milliseconds(300)));
+    uint32_t position = 0;
+    input->position(position);
+    EXPECT_GT(position, 2u * 4410);  // the converter kept running
+    EXPECT_EQ(input->close(), kAudioStillPlaying);
+    ASSERT_EQ(input->reset(), kAudioOk);
+    ASSERT_TRUE(log.waitFor(2));
+    EXPECT_EQ(input->close(), kAudioOk);
+}
+
+// The input hears a click track through the output's latency: the offset
+// found by cross-correlation and the one the positions give agree to the
+// byte, and equal the configured latency plus the gap between the starts.
+TEST(VirtualAudio, PositionsGiveTheTrueRoundTripToTheByte) {
+    constexpr uint32_t kOutputLatency = 5292;  // 30 ms
+    constexpr uint32_t kInputLatency = 10000;
+    VirtualAudio audio({.outputLatencyBytes = kOutputLatency,
+                        .inputLatencyBytes = kInputLatency,
+                        .speed = 40,
+                        .voice = {}});
+    auto input = audio.makeInput();
+    auto output = audio.makeOutput();
+    DoneLog inputDone, outputDone;
+    BufferSet captured(20, kBlock);
+    BufferSet played(12, kBlock);
+    const auto clicks = measurementClicks(12 * kBlock / 4, 2000);
+    played.fill(clicks);
+
+    audio.setClockStalled(true);
+    ASSERT_EQ(input->open(kNativeFormat, inputDone.callback()), kAudioOk);
+    ASSERT_TRUE(queueAll(*input, captured, &InputDevice::addBuffer));
+    ASSERT_EQ(input->start(), kAudioOk);
+    const uint64_t inputStart = audio.frameNow();
+    audio.setClockStalled(false);
+    while (audio.frameNow() < inputStart + 2000) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    audio.setClockStalled(true);
+    const uint64_t outputStart = audio.frameNow();
+    ASSERT_EQ(output->open(kNativeFormat, outputDone.callback()), kAudioOk);
+    ASSERT_EQ(output->pause(), kAudioOk);
+    ASSERT_TRUE(queueAll(*output, played, &OutputDevice::write));
+    ASSERT_EQ(output->restart(), kAudioOk);
+    audio.setClockStalled(false);
+
+    // Every input buffer comes back no sooner than its input latency.
+    ASSERT_TRUE(inputDone.waitFor(3));
+    uint32_t inputPosition = 0;
+    input->position(inputPosition);
+    EXPECT_GE(inputPosition, 3 * kBlock + kInputLatency);
+
+    ASSERT_TRUE(outputDone.waitFor(12));
+    EXPECT_EQ(outputDone.done().front(), &played.headers[0]);
+    EXPECT_EQ(outputDone.done().back(), &played.headers[11]);
+    audio.setClockStalled(true);
+    uint32_t outputPosition = 0;
+    input->position(inputPosition);
+    output->position(outputPosition);
+    audio.setClockStalled(false);
+    EXPECT_EQ(outputPosition, 12 * kBlock);
+    const int64_t positionDelay = int64_t(inputPosition) - int64_t(outputPosition);
+    EXPECT_EQ(positionDelay, int64_t(outputStart - inputStart) * 4 + kOutputLatency);
+
+    ASSERT_TRUE(inputDone.waitFor(20));
+    const auto search =
+        findOffset(leftChannel(clicks), leftChannel(capturedSamples(captured)), -44100, 44100);
+    ASSERT_TRUE(search.found) << search.reason;
+    EXPECT_EQ(search.offsetFrames * 4, positionDelay);
+}
+
+TEST(VirtualAudio, TheVoiceIsSungInTimeWithWhatTheOutputPlays) {
+    std::vector<int16_t> voice = measurementClicks(3 * kBlock / 4, 500);
+    VirtualAudio audio(
+        {.outputLatencyBytes = 400, .speed = 40, .loopbackGain = 0.0f, .voice = voice});
+    auto input = audio.makeInput();
+    auto output = audio.makeOutput();
+    DoneLog inputDone, outputDone;
+    BufferSet captured(8, kBlock);
+    BufferSet played(3, kBlock);  // silence: only the voice is heard
+    ASSERT_EQ(input->open(kNativeFormat, inputDone.callback()), kAudioOk);
+    ASSERT_TRUE(queueAll(*input, captured, &InputDevice::addBuffer));
+    audio.setClockStalled(true);
+    ASSERT_EQ(input->start(), kAudioOk);
+    ASSERT_EQ(output->open(kNativeFormat, outputDone.callback()), kAudioOk);
+    ASSERT_TRUE(queueAll(*output, played, &OutputDevice::write));
+    audio.setClockStalled(false);
+    ASSERT_TRUE(inputDone.waitFor(8));
+    const auto search =
+        findOffset(leftChannel(voice), leftChannel(capturedSamples(captured)), 0, 44100);
+    ASSERT_TRUE(search.found) << search.reason;
+    EXPECT_EQ(search.offsetFrames, 100);
+    EXPECT_GT(search.match, 0.999);
+    ASSERT_TRUE(outputDone.waitFor(3));
+}
+
+}  // namespace
+}  // namespace tunebox
