@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 
 namespace tunebox {
@@ -39,8 +40,8 @@ class BitReader {
         const std::size_t byte = position_ >> 3;
         uint32_t word = 0;
         if (byte + 4 <= bytes_.size()) {
-            word = (uint32_t{bytes_[byte]} << 24) | (uint32_t{bytes_[byte + 1]} << 16) |
-                   (uint32_t{bytes_[byte + 2]} << 8) | uint32_t{bytes_[byte + 3]};
+            std::memcpy(&word, bytes_.data() + byte, 4);
+            word = __builtin_bswap32(word);  // the stream is big-endian
         } else {
             for (std::size_t i = 0; i < 4; ++i) {
                 word <<= 8;

@@ -129,11 +129,23 @@ void decodePairs(BitReader& reader, int tableSelect, int begin, int end, Quantiz
         const int symbol = lookup.decode(reader);
         int32_t x = symbol >> 4;
         int32_t y = symbol & 15;
-        if (linbits != 0 && x == 15) {
+        if (linbits == 0) {
+            // Both sign bits (x's first) in one read.
+            const int signCount = (x != 0) + (y != 0);
+            uint32_t signs = reader.read(signCount);
+            if (y != 0) {
+                y = (signs & 1) ? -y : y;
+                signs >>= 1;
+            }
+            lines[i] = (signs & 1) ? -x : x;
+            lines[i + 1] = y;
+            continue;
+        }
+        if (x == 15) {
             x += static_cast<int32_t>(reader.read(linbits));
         }
         lines[i] = withSign(reader, x);
-        if (linbits != 0 && y == 15) {
+        if (y == 15) {
             y += static_cast<int32_t>(reader.read(linbits));
         }
         lines[i + 1] = withSign(reader, y);
@@ -146,12 +158,17 @@ int decodeQuads(BitReader& reader, int table, int begin, std::size_t part23End,
     int line = begin;
     while (line + 4 <= kGranuleLines && reader.position() < part23End) {
         const int symbol = lookup.decode(reader);
-        const int row = symbol >> 4;
-        const int column = symbol & 15;
-        lines[line] = withSign(reader, row >> 1);
-        lines[line + 1] = withSign(reader, row & 1);
-        lines[line + 2] = withSign(reader, column >> 1);
-        lines[line + 3] = withSign(reader, column & 1);
+        // v, w, x, y are 0 or 1; their sign bits follow in one read.
+        const std::array<int32_t, 4> values{(symbol >> 5) & 1, (symbol >> 4) & 1, (symbol >> 1) & 1,
+                                            symbol & 1};
+        const int signCount = values[0] + values[1] + values[2] + values[3];
+        const uint32_t signs = reader.read(signCount);
+        int signsLeft = signCount;
+        for (int k = 0; k < 4; ++k) {
+            signsLeft -= values[k];
+            const bool negative = values[k] != 0 && ((signs >> signsLeft) & 1) != 0;
+            lines[line + k] = negative ? -values[k] : values[k];
+        }
         if (reader.position() > part23End) {
             // A quadruple that runs past the end was never coded.
             std::fill(lines.begin() + line, lines.begin() + line + 4, 0);

@@ -8,15 +8,18 @@ namespace {
 
 constexpr int kLongPoints = 36;
 constexpr int kShortPoints = 12;
+constexpr int kPaddedOutputs = 20;
 
 struct TransformTables {
     // Window by block type (the short entry is unused: short windows below).
     std::array<std::array<float, kLongPoints>, 4> longWindows{};
     std::array<float, kShortPoints> shortWindow{};
     // The long transform's outputs come in mirrored pairs: only 0..8 and
-    // 18..26 are computed, [output][line].
-    std::array<std::array<float, 18>, 18> longCosines{};
-    std::array<std::array<float, 6>, kShortPoints> shortCosines{};
+    // 18..26 are computed. Stored [line][output] so that each line adds
+    // into all outputs at once, which vectorises; rows are padded to a
+    // multiple of four outputs.
+    std::array<std::array<float, kPaddedOutputs>, 18> longCosines{};
+    std::array<std::array<float, kShortPoints>, 6> shortCosines{};
 };
 
 double sineWindow(int i, int length) {
@@ -49,13 +52,13 @@ TransformTables buildTables() {
     for (int row = 0; row < 18; ++row) {
         const int i = row < 9 ? row : row + 9;
         for (int k = 0; k < 18; ++k) {
-            t.longCosines[row][k] =
+            t.longCosines[k][row] =
                 static_cast<float>(std::cos(std::numbers::pi / 72.0 * (2 * i + 19) * (2 * k + 1)));
         }
     }
     for (int i = 0; i < kShortPoints; ++i) {
         for (int k = 0; k < 6; ++k) {
-            t.shortCosines[i][k] =
+            t.shortCosines[k][i] =
                 static_cast<float>(std::cos(std::numbers::pi / 24.0 * (2 * i + 7) * (2 * k + 1)));
         }
     }
@@ -71,13 +74,12 @@ const TransformTables& tables() {
 void longTransform(const float* lines, const std::array<float, kLongPoints>& window,
                    std::array<float, kLongPoints>& out) {
     const TransformTables& t = tables();
-    std::array<float, 18> half{};
-    for (int row = 0; row < 18; ++row) {
-        float sum = 0.0f;
-        for (int k = 0; k < 18; ++k) {
-            sum += lines[k] * t.longCosines[row][k];
+    std::array<float, kPaddedOutputs> half{};
+    for (int k = 0; k < 18; ++k) {
+        const float line = lines[k];
+        for (int row = 0; row < kPaddedOutputs; ++row) {
+            half[row] += line * t.longCosines[k][row];
         }
-        half[row] = sum;
     }
     for (int i = 0; i < 9; ++i) {
         out[i] = half[i] * window[i];
@@ -92,12 +94,15 @@ void shortTransforms(const float* lines, std::array<float, kLongPoints>& out) {
     const TransformTables& t = tables();
     out.fill(0.0f);
     for (int window = 0; window < 3; ++window) {
-        for (int i = 0; i < kShortPoints; ++i) {
-            float sum = 0.0f;
-            for (int k = 0; k < 6; ++k) {
-                sum += lines[3 * k + window] * t.shortCosines[i][k];
+        std::array<float, kShortPoints> sums{};
+        for (int k = 0; k < 6; ++k) {
+            const float line = lines[3 * k + window];
+            for (int i = 0; i < kShortPoints; ++i) {
+                sums[i] += line * t.shortCosines[k][i];
             }
-            out[6 + 6 * window + i] += sum * t.shortWindow[i];
+        }
+        for (int i = 0; i < kShortPoints; ++i) {
+            out[6 + 6 * window + i] += sums[i] * t.shortWindow[i];
         }
     }
 }

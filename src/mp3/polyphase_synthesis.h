@@ -14,7 +14,8 @@ class PolyphaseSynthesis {
     void reset();
 
   private:
-    std::array<float, 1024> v_{};
+    static constexpr int kHistory = 1024;
+    std::array<float, 2 * kHistory> v_{};
     int offset_ = 0;
 };
 

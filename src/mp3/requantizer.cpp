@@ -43,7 +43,8 @@ void scaleLines(const RequantizeInput& input, int begin, int end, int exponent, 
     end = std::min(end, input.nonZeroEnd);
     for (int i = begin; i < end; ++i) {
         const int32_t q = input.lines[i];
-        const float magnitude = tables.pow43[std::min(std::abs(q), kLargestMagnitude)] * scale;
+        // Huffman decoding never yields more than kLargestMagnitude.
+        const float magnitude = tables.pow43[std::abs(q)] * scale;
         out[i] = q < 0 ? -magnitude : magnitude;
     }
 }

@@ -1,0 +1,133 @@
+// Decoding speed of the built-in Layer III decoder against libmpg123 on the
+// same streams, one core, both to 16-bit PCM. Prints each decoder's speed as
+// times real time and the ratio built-in / libmpg123.
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "../tests/support/mpg123_reference.h"
+#include "mp3/mpeg_audio_decoder.h"
+
+namespace {
+
+struct BenchStream {
+    std::string name;
+    std::vector<uint8_t> bytes;
+    double seconds = 0.0;  // audio duration
+};
+
+// 20-second lame streams made on the spot from a synthesised signal.
+BenchStream makeStream(const std::string& name, int rate, const std::string& lameOptions) {
+    const std::filesystem::path dir = std::filesystem::temp_directory_path() / "tunebox-mpeg-bench";
+    std::filesystem::create_directories(dir);
+    const std::string wav = (dir / (name + ".wav")).string();
+    const std::string mp3 = (dir / (name + ".mp3")).string();
+    const std::string make = "sox -n -r " + std::to_string(rate) + " -c 2 -b 16 " + wav +
+                             " synth 20 sine 60-9000 pinknoise vol 0.4 >/dev/null 2>&1 && "
+                             "lame --quiet -t " +
+                             lameOptions + " " + wav + " " + mp3 + " >/dev/null 2>&1";
+    BenchStream stream{name, {}, 0.0};
+    if (std::system(make.c_str()) != 0) {
+        return stream;
+    }
+    std::ifstream in(mp3, std::ios::binary);
+    stream.bytes.assign(std::istreambuf_iterator<char>(in), {});
+    tunebox::MpegAudioDecoder decoder;
+    std::vector<int16_t> pcm;
+    decoder.decodeStream(stream.bytes, pcm);
+    const auto output = tunebox::describeOutput(decoder.lastHeader());
+    if (!pcm.empty()) {
+        stream.seconds = double(pcm.size()) / output.channels / output.sampleRate;
+    }
+    return stream;
+}
+
+std::vector<BenchStream> loadStreams() {
+    std::vector<BenchStream> streams;
+    for (BenchStream stream : {makeStream("mpeg1_44k_joint_192", 44100, "-m j -b 192"),
+                               makeStream("mpeg2_22k_joint_64", 22050, "-m j -b 64")}) {
+        if (stream.seconds > 0.0) {
+            streams.push_back(std::move(stream));
+        }
+    }
+    return streams;
+}
+
+const std::vector<BenchStream>& streams() {
+    static const std::vector<BenchStream> loaded = loadStreams();
+    return loaded;
+}
+
+// Seconds of audio per second of decoding: times real time.
+void report(benchmark::State& state, const BenchStream& stream) {
+    state.counters["x_realtime"] = benchmark::Counter(stream.seconds * double(state.iterations()),
+                                                      benchmark::Counter::kIsRate);
+}
+
+void builtIn(benchmark::State& state, const BenchStream& stream) {
+    std::vector<int16_t> pcm;
+    pcm.reserve(1 << 24);
+    for (auto _ : state) {
+        tunebox::MpegAudioDecoder decoder;
+        pcm.clear();
+        decoder.decodeStream(stream.bytes, pcm);
+        benchmark::DoNotOptimize(pcm.data());
+    }
+    report(state, stream);
+}
+
+void libmpg123(benchmark::State& state, const BenchStream& stream) {
+    for (auto _ : state) {
+        const auto output = tunebox::test::decodeWithMpg123(stream.bytes);
+        benchmark::DoNotOptimize(output.samples.data());
+    }
+    report(state, stream);
+}
+
+// Times real time of one decoder over about two seconds of work, measured
+// here so that the ratio can be printed.
+double timesRealTime(const BenchStream& stream, bool useBuiltIn) {
+    const auto start = std::chrono::steady_clock::now();
+    int runs = 0;
+    std::vector<int16_t> pcm;
+    do {
+        if (useBuiltIn) {
+            tunebox::MpegAudioDecoder decoder;
+            pcm.clear();
+            decoder.decodeStream(stream.bytes, pcm);
+        } else {
+            benchmark::DoNotOptimize(tunebox::test::decodeWithMpg123(stream.bytes).samples.data());
+        }
+        ++runs;
+    } while (std::chrono::steady_clock::now() - start < std::chrono::seconds(2));
+    const double elapsed =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    return stream.seconds * runs / elapsed;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    for (const BenchStream& stream : streams()) {
+        benchmark::RegisterBenchmark(("builtin/" + stream.name).c_str(), builtIn, stream);
+        benchmark::RegisterBenchmark(("libmpg123/" + stream.name).c_str(), libmpg123, stream);
+    }
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    for (const BenchStream& stream : streams()) {
+        const double own = timesRealTime(stream, true);
+        const double peer = timesRealTime(stream, false);
+        std::printf("%-20s built-in %7.1fx real time, libmpg123 %7.1fx real time, ratio %.2f\n",
+                    stream.name.c_str(), own, peer, own / peer);
+    }
+    return 0;
+}
