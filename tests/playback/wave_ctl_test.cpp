@@ -9,6 +9,7 @@
 #include "support/log_records.h"
 #include "support/loopback_listener.h"
 #include "support/player_support.h"
+#include "support/temp_dir.h"
 
 namespace tunebox {
 namespace {
