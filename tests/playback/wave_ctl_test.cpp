@@ -133,6 +133,29 @@ TEST_F(WaveCtlTest, TheSliderAtItsEndStopsThePlayer) {
     EXPECT_EQ(player.wavGetSliderPos(), 0u);
 }
 
+TEST_F(WaveCtlTest, OneSecondStepsMoveTheReadPositionAndForwardPastTheEndStops) {
+    const uint32_t length = 3 * kNativeBytesPerSecond;
+    WaveCtl player;
+    initPlayer(player);
+    ASSERT_EQ(player.wavOpenFile(fileOf(patternBytes(length)), 0, length), 1);
+    ASSERT_EQ(player.readPosition(), 2 * kBuffer);
+    player.wavStepBack();
+    EXPECT_EQ(player.readPosition(), 2 * kBuffer - kNativeBytesPerSecond);
+    player.wavStepBack();
+    EXPECT_EQ(player.readPosition(), 0u);
+    player.wavStepForward();
+    EXPECT_EQ(player.readPosition(), kNativeBytesPerSecond);
+
+    audio_->setClockStalled(true);  // no tick reads on meanwhile
+    ASSERT_EQ(player.wavPlay(), 1);
+    player.wavStepForward();
+    EXPECT_EQ(player.wavIsStopped(), 0);
+    player.wavStepForward();
+    EXPECT_EQ(player.wavIsStopped(), 1);
+    EXPECT_EQ(player.readPosition(), length);
+    audio_->setClockStalled(false);
+}
+
 // While the clock stands still the device position is known, and the time
 // and slider follow from it and the run's start position (here 2 s).
 TEST_F(WaveCtlTest, ClockAndSliderFollowTheDevicePositionFromTheRunStart) {
