@@ -15,6 +15,7 @@ int main(int argc, char** argv) {
     tunebox::cli::registerDecodeCommand(app, status);
     tunebox::cli::registerFxCommand(app, status);
     tunebox::cli::registerCalibrateCommand(app, status);
+    tunebox::cli::registerPlayCommand(app, status);
 
     try {
         app.parse(argc, argv);

@@ -16,5 +16,6 @@ void registerInfoCommand(CLI::App& app, int& status);
 void registerDecodeCommand(CLI::App& app, int& status);
 void registerFxCommand(CLI::App& app, int& status);
 void registerCalibrateCommand(CLI::App& app, int& status);
+void registerPlayCommand(CLI::App& app, int& status);
 
 }  // namespace tunebox::cli
