@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <string>
@@ -193,6 +194,56 @@ TEST_F(Mp3SourceTest, BuiltinPathDecodesFrameByFrameLikeTheDecoderItself) {
     // One frame is decoded per block read, so the last frame may stay behind.
     EXPECT_GE(fed.size() + 2 * 2304, direct.size());
     EXPECT_TRUE(std::equal(fed.begin(), fed.end(), direct.begin()));
+}
+
+void writeBytes(const std::string& path, const std::vector<uint8_t>& bytes) {
+    std::FILE* file = std::fopen(path.c_str(), "wb");
+    std::fwrite(bytes.data(), 1, bytes.size(), file);
+    std::fclose(file);
+}
+
+TEST_F(Mp3SourceTest, LengthFromTheBitRateOfAMillionAudioBytes) {
+    std::vector<uint8_t> bytes(1000000, 0);
+    bytes[0] = 0xFF;  // MPEG-1 Layer III, 128 kbit/s, 44.1 kHz, no padding
+    bytes[1] = 0xFB;
+    bytes[2] = 0x90;
+    const std::string path = (dir_ / "million.mp3").string();
+    writeBytes(path, bytes);
+    Opened opened;
+    ASSERT_TRUE(open(path, opened));
+    EXPECT_EQ(opened.length, 11025000u);  // 62.5 s
+    EXPECT_EQ(opened.source.sourceBytesBound, 1000000u);
+}
+
+TEST_F(Mp3SourceTest, DamagedFilesReadWithoutHarm) {
+    const auto good = test::readBytes(makeMp3("good.mp3", 44100, 2, "-b 128"));
+    const std::size_t half = good.size() / 2;
+    std::vector<uint8_t> garbage(good.begin(), good.begin() + half);
+    for (int i = 0; i < 3000; ++i) {
+        garbage.push_back(static_cast<uint8_t>(i * 37 + 11));
+    }
+    garbage.insert(garbage.end(), good.begin() + half, good.end());
+    std::vector<uint8_t> corruptXing = good;
+    const auto xing = std::search(corruptXing.begin(), corruptXing.end(), "Info", "Info" + 4);
+    ASSERT_NE(xing, corruptXing.end());
+    std::fill(xing + 8, xing + 12, uint8_t{0xFF});  // four billion frames
+    const std::vector<std::pair<std::string, std::vector<uint8_t>>> cases{
+        {"cut.mp3", {good.begin(), good.begin() + half + 101}},
+        {"garbage.mp3", garbage},
+        {"xing.mp3", corruptXing},
+    };
+    for (const auto& [name, bytes] : cases) {
+        for (const uint32_t builtin : {0u, 1u}) {
+            SCOPED_TRACE(name + (builtin == 1 ? " built-in" : " system"));
+            const std::string path = (dir_ / name).string();
+            writeBytes(path, bytes);
+            Opened opened;
+            ASSERT_TRUE(open(path, opened, builtin));
+            const auto pcm = readAll(opened, kPlayerBlock);
+            // Whatever was intact still comes out.
+            EXPECT_GT(pcm.size(), 176400u / 2);
+        }
+    }
 }
 
 TEST_F(Mp3SourceTest, FilesWithoutFramesFailWithTheirLogLine) {
