@@ -1,7 +1,6 @@
-#include <iostream>
-
 #include "app/cli/commands.h"
 #include "app/diagnostic_log.h"
+#include "app/gui/run_dialog.h"
 
 int main(int argc, char** argv) {
     tunebox::logInit(0);
@@ -19,7 +18,7 @@ int main(int argc, char** argv) {
         return app.exit(error);
     }
     if (app.get_subcommands().empty()) {
-        std::cout << app.help();
+        return tunebox::gui::runMainDialog(argc, argv);
     }
     return status;
 }
