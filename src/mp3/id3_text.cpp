@@ -210,7 +210,9 @@ std::string id3CopyText(std::span<const char> data, std::size_t count) {
     count = std::min({count, kId3TextBytes, data.size()});
     const std::span<const char> text = data.first(count);
     if (startsWithByteOrderMark(text)) {
-        return utf16ToUtf8(text.subspan(2), count);
+        // UTF-8 needs up to half as much again as UTF-16 for Japanese text, so
+        // the limit is the field, not the frame's byte count.
+        return utf16ToUtf8(text.subspan(2), kId3TextBytes);
     }
     const auto end = std::find(text.begin(), text.end(), '\0');
     return {text.begin(), end};

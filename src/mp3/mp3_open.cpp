@@ -30,9 +30,9 @@ uint32_t loadBe32(const uint8_t* bytes) {
            static_cast<uint32_t>(bytes[2]) << 8 | bytes[3];
 }
 
-// A "Xing" or "Info" frame's frame count as a length in native-PCM bytes;
-// 0 when there is none. The file is left where it was.
-uint32_t xingLength(RiffFile& file, const MpegLayer3Format& format, const MpegHeader& header) {
+// The frame count of a "Xing" or "Info" frame; 0 when there is none. The
+// file is left where it was.
+uint32_t xingFrameCount(RiffFile& file, const MpegLayer3Format& format) {
     const int64_t start = file.seek(0, SEEK_CUR);
     std::array<uint8_t, kXingLook> bytes{};
     const int64_t got = file.read(bytes.data(), std::min<int64_t>(format.blockSize, kXingLook));
@@ -46,11 +46,17 @@ uint32_t xingLength(RiffFile& file, const MpegLayer3Format& format, const MpegHe
         if (i + 12 > got || (bytes[i + 7] & kXingFramesPresent) == 0) {
             return 0;
         }
-        const uint32_t samples = loadBe32(&bytes[i + 8]) * header.samplesPerFrame;
-        return static_cast<uint32_t>(static_cast<double>(samples) / header.sampleRate *
-                                     kNativeBytesPerSecond);
+        return loadBe32(&bytes[i + 8]);
     }
     return 0;
+}
+
+// The frames' playing time in native-PCM bytes; the sample count is kept to
+// 32 bits as the count's own width.
+uint32_t lengthFromFrames(uint32_t frames, const MpegHeader& header) {
+    const uint32_t samples = frames * header.samplesPerFrame;
+    return static_cast<uint32_t>(static_cast<double>(samples) / header.sampleRate *
+                                 kNativeBytesPerSecond);
 }
 
 uint32_t lengthFromBitRate(const AudioSource& source, const MpegHeader& header,
@@ -146,8 +152,10 @@ int mp3OpenSeekMp3File(const std::string& path, RiffHandle& file, uint32_t& leng
     }
     file->seek(static_cast<int64_t>(startOffset) + frameOffset, SEEK_SET);
 
-    const uint32_t fromXing = xingLength(*file, format, header);
-    length = fromXing != 0 ? fromXing : lengthFromBitRate(source, header, frameOffset);
+    source.xingFrames = xingFrameCount(*file, format);
+    source.mpegHeader = header;
+    length = source.xingFrames != 0 ? lengthFromFrames(source.xingFrames, header)
+                                    : lengthFromBitRate(source, header, frameOffset);
     source.outputLength = length;
     const auto record = encodeLayer3Format(format);
     std::copy(record.begin(), record.end(), source.sourceFormat.begin());

@@ -35,13 +35,13 @@ const char* refusalText(WavRefusal refusal) {
         case WavRefusal::directory:
             return "is a directory";
         case WavRefusal::notWave:
-            return "not a WAVE file (other kinds are not supported yet)";
+            return "neither a WAVE nor an MP3 file (no audio frame found)";
         case WavRefusal::damaged:
             return "damaged WAVE file";
         case WavRefusal::unsupportedFormat:
             break;
     }
-    return "unsupported WAVE format (only PCM 44100 Hz 16-bit stereo is read yet)";
+    return "unsupported WAVE format (8- or 16-bit PCM, A-law, mu-law or MPEG Layer III, 1 or 2 channels)";
 }
 
 }  // namespace tunebox

@@ -159,6 +159,10 @@ TEST(Id3Text, Utf16WithEitherMarkIsReadLittleEndian) {
     EXPECT_EQ(id3CopyText(bigMark, bigMark.size()), "A\u3042");
     const std::vector<char> pair{'\xFF', '\xFE', '\x3C', '\xD8', '\xB5', '\xDF'};  // U+1F3B5
     EXPECT_EQ(id3CopyText(pair, pair.size()), "\U0001F3B5");
+    // Japanese takes three UTF-8 bytes a character against two in UTF-16.
+    const std::vector<char> japanese{'\xFF', '\xFE', '\xC6', '\x30', '\xB9',
+                                     '\x30', '\xC8', '\x30', '\xF2', '\x66'};
+    EXPECT_EQ(id3CopyText(japanese, japanese.size()), "テスト曲");
     const std::vector<char> plain{'a', 'b', 0, 'c'};
     EXPECT_EQ(id3CopyText(plain, plain.size()), "ab");
     const std::vector<char> longText(5000, 'z');

@@ -32,6 +32,38 @@ WavRefusal explainRefusal(const std::string& path) {
     return classifyRefusal(pathKindOf(path), status);
 }
 
+const char* mpegVersionName(uint32_t versionId) {
+    switch (versionId) {
+        case 3:
+            return "MPEG-1";
+        case 2:
+            return "MPEG-2";
+        case 0:
+            return "MPEG 2.5";
+        default:
+            return "reserved";
+    }
+}
+
+void printMp3(const AudioSource& source) {
+    const MpegHeader& header = source.mpegHeader;
+    std::cout << "mpeg: " << mpegVersionName(header.versionId) << " Layer III, " << header.bitRate
+              << " kbit/s, " << header.sampleRate << " Hz, " << (header.channelMode == 3 ? 1 : 2)
+              << " channels\n";
+    if (source.xingFrames != 0) {
+        std::cout << "frames (Xing): " << source.xingFrames << "\n";
+    }
+    std::cout << "decoder: " << (source.ownDecoderFlag == 1 ? "built-in" : "system codec")
+              << (source.conversionStages == 2 ? ", then resampled" : "") << "\n";
+    if (source.id3v2Flag == 0 && source.id3v1Flag == 0) {
+        return;
+    }
+    const Id3Tag& tag = source.id3Tag;
+    std::cout << "title: " << tag.title << "\nartist: " << tag.artist << "\nalbum: " << tag.album
+              << "\ncomposer: " << tag.composer << "\ngenre: " << tag.genre
+              << "\nyear: " << tag.year << "\ntrack: " << tag.track << "\n";
+}
+
 void printSource(const std::string& path, const AudioSource& source, uint32_t length) {
     const WaveFormat& format = source.outputFormat;
     std::cout << "file: " << path << "\n"
@@ -41,6 +73,9 @@ void printSource(const std::string& path, const AudioSource& source, uint32_t le
               << " bits, extra " << format.extraSize << "\n"
               << "reading: " << (source.conversionFlag == 1 ? "converted" : "direct") << "\n"
               << "length: " << length << " bytes, " << formatSectorTime(length) << "\n";
+    if (source.mpegHeader.sampleRate != 0) {
+        printMp3(source);
+    }
 }
 
 int showInfo(const std::string& path) {
@@ -59,7 +94,7 @@ int showInfo(const std::string& path) {
 void registerInfoCommand(CLI::App& app, int& status) {
     auto* command = app.add_subcommand("info", "Show how an accompaniment file will be read");
     auto path = std::make_shared<std::string>();
-    command->add_option("FILE", *path, "A WAV file")->required();
+    command->add_option("FILE", *path, "A WAV or MP3 file")->required();
     command->callback([&status, path] { status = showInfo(*path); });
 }
 

@@ -1,0 +1,90 @@
+// The tune and info commands as a user runs them.
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "support/riff_bytes.h"
+#include "support/temp_dir.h"
+
+namespace tunebox {
+namespace {
+
+struct RunResult {
+    int status;
+    std::string out;
+    std::string err;
+};
+
+class CommandInfoTest : public ::testing::Test {
+  protected:
+    RunResult tunebox(const std::string& arguments) {
+        const std::string out = (dir_ / "out.txt").string();
+        const std::string err = (dir_ / "err.txt").string();
+        const int status = test::run(std::string("'") + TUNEBOX_EXE + "' " + arguments + " >'" +
+                                     out + "' 2>'" + err + "'");
+        return {status, slurp(out), slurp(err)};
+    }
+    static std::string slurp(const std::string& path) {
+        std::ifstream in(path);
+        std::stringstream text;
+        text << in.rdbuf();
+        return text.str();
+    }
+    void expectRefusal(const std::string& path, const std::string& reason) {
+        SCOPED_TRACE(path);
+        const RunResult run = tunebox("info '" + path + "'");
+        EXPECT_EQ(run.status, 2);
+        EXPECT_EQ(run.out, "");
+        EXPECT_EQ(run.err, "tunebox: " + path + ": " + reason + "\n");
+    }
+
+    test::TempDir dir_;
+};
+
+TEST_F(CommandInfoTest, TheDemoTuneIsEightSecondsOfDirectlyReadNativePcm) {
+    const std::string path = (dir_ / "demo.wav").string();
+    const RunResult made = tunebox("tune '" + path + "'");
+    ASSERT_EQ(made.status, 0) << made.err;
+    EXPECT_EQ(made.err, "");
+
+    const RunResult info = tunebox("info '" + path + "'");
+    ASSERT_EQ(info.status, 0) << info.err;
+    EXPECT_NE(info.out.find("format: tag 1, 2 channels, 44100 samples/s, 176400 bytes/s, "
+                            "block align 4, 16 bits"),
+              std::string::npos)
+        << info.out;
+    EXPECT_NE(info.out.find("reading: direct\n"), std::string::npos);
+    EXPECT_NE(info.out.find("length: 1411200 bytes, 00:08:00\n"), std::string::npos);
+}
+
+TEST_F(CommandInfoTest, RefusedFilesGiveOneLineAndStatusTwo) {
+    expectRefusal((dir_ / "missing.wav").string(), "no such file");
+    expectRefusal(dir_.path().string(), "is a directory");
+
+    const std::string text = (dir_ / "notes.txt").string();
+    test::writeFile(text, {'h', 'i', '\n'});
+    expectRefusal(text, "neither a WAVE nor an MP3 file (no audio frame found)");
+
+    const std::string cut = (dir_ / "cut.wav").string();
+    const test::Bytes whole = test::nativeWave(test::Bytes(100));
+    test::writeFile(cut, test::Bytes(whole.begin(), whole.end() - 1));
+    expectRefusal(cut, "damaged WAVE file");
+
+    const std::string wide = (dir_ / "wide.wav").string();
+    ASSERT_EQ(test::run("sox -n -r 8000 -c 1 -b 24 '" + wide + "' synth 0.1 sine 440"), 0);
+    expectRefusal(wide,
+                  "unsupported WAVE format (8- or 16-bit PCM, A-law, mu-law or MPEG Layer "
+                  "III, 1 or 2 channels)");
+}
+
+TEST_F(CommandInfoTest, TuneReportsAnOutputThatCannotBeCreated) {
+    const std::string path = (dir_ / "no" / "such" / "dir.wav").string();
+    const RunResult run = tunebox("tune '" + path + "'");
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.err, "tunebox: " + path + ": cannot be created\n");
+}
+
+}  // namespace
+}  // namespace tunebox

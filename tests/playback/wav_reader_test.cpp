@@ -1,0 +1,190 @@
+#include "playback/wav_reader.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+
+#include "support/riff_bytes.h"
+#include "support/temp_dir.h"
+
+namespace tunebox {
+namespace {
+
+using test::Bytes;
+using test::chunk;
+using test::formatPayload;
+using test::nativeWave;
+using test::riff;
+using test::operator+;
+
+class WavReaderTest : public ::testing::Test {
+  protected:
+    std::string store(const Bytes& bytes) {
+        const std::string path = (dir_ / ("f" + std::to_string(++files_) + ".wav")).string();
+        test::writeFile(path, bytes);
+        return path;
+    }
+    std::string soxSine(const std::string& name, const std::string& options) {
+        const std::string path = (dir_ / name).string();
+        const std::string command =
+            "sox -n " + options + " '" + path + "' synth 1 sine 440 2>/dev/null";
+        EXPECT_EQ(test::run(command), 0) << command;
+        return path;
+    }
+    WavOpenStatus examine(const std::string& path) {
+        return wavExamineWaveFile(path, file_, length_, source_);
+    }
+
+    test::TempDir dir_;
+    int files_ = 0;
+    RiffHandle file_;
+    uint32_t length_ = 99;
+    AudioSource source_;
+};
+
+// The offset of the first data byte, found by scanning for the chunk id.
+std::size_t dataStart(const Bytes& bytes) {
+    const std::array<uint8_t, 4> id{'d', 'a', 't', 'a'};
+    return std::search(bytes.begin(), bytes.end(), id.begin(), id.end()) - bytes.begin() + 8;
+}
+
+TEST_F(WavReaderTest, NativeSoxFileIsReadDirectlyFromItsFirstDataByte) {
+    const std::string path = soxSine("native.wav", "-r 44100 -c 2 -b 16");
+    const Bytes bytes = test::readFile(path);
+    const std::size_t start = dataStart(bytes);
+
+    ASSERT_EQ(wavOpenWaveFile(path, file_, length_, source_), 1);
+    EXPECT_EQ(length_, test::loadLe32At(bytes, start - 4));
+    EXPECT_EQ(length_, 176400u);
+    EXPECT_EQ(source_.conversionFlag, 0u);
+    EXPECT_TRUE(sameFormat(source_.outputFormat, kNativeFormat));
+    EXPECT_EQ(file_->seek(0, SEEK_CUR), static_cast<int64_t>(start));
+}
+
+TEST_F(WavReaderTest, OtherPcmFormatsOpenThroughTheConverterWithTheirPlayingTime) {
+    const char* const options[] = {"-r 22050 -c 2 -b 16", "-r 44100 -c 1 -b 16",
+                                   "-r 44100 -c 2 -b 8", "-r 8000 -c 2 -e a-law",
+                                   "-r 44100 -c 1 -e mu-law"};
+    int n = 0;
+    for (const char* option : options) {
+        SCOPED_TRACE(option);
+        const std::string path = soxSine("other" + std::to_string(++n) + ".wav", option);
+        ASSERT_EQ(wavOpenSource(path, file_, length_, source_, 0), 1);
+        EXPECT_EQ(source_.conversionFlag, 1u);
+        // sox writes one second: data size / bytes per second x 176,400.
+        EXPECT_EQ(length_, 176400u);
+        wavCloseSource(file_, source_);
+    }
+}
+
+TEST_F(WavReaderTest, FormatChunkMayHoldOneToThirtyTwoBytes) {
+    for (const std::size_t size : {16u, 18u, 20u, 32u}) {
+        SCOPED_TRACE(size);
+        ASSERT_EQ(examine(store(nativeWave(test::counting(8), size))), WavOpenStatus::opened);
+        EXPECT_EQ(length_, 8u);
+    }
+    EXPECT_EQ(examine(store(nativeWave(test::counting(8), 0))), WavOpenStatus::damaged);
+    EXPECT_EQ(examine(store(nativeWave(test::counting(8), 33))), WavOpenStatus::unsupported);
+    EXPECT_EQ(examine(store(nativeWave(test::counting(8), 40))), WavOpenStatus::unsupported);
+}
+
+TEST_F(WavReaderTest, DamagedWaveFilesAreRefusedAndClosed) {
+    const Bytes format = chunk("fmt ", formatPayload(kNativeFormat, 16));
+    const Bytes whole = nativeWave(test::counting(64));
+    struct Case {
+        const char* what;
+        Bytes bytes;
+    };
+    const Case cases[] = {
+        {"no data chunk", riff("WAVE", format + chunk("LIST", Bytes(8)))},
+        {"no format chunk", riff("WAVE", chunk("data", Bytes(8)))},
+        {"data chunk ending early", Bytes(whole.begin(), whole.end() - 10)},
+        {"data size beyond the file", riff("WAVE", format + chunk("data", Bytes(4), 0x7FFFFFFF))},
+        {"format chunk beyond the file", riff("WAVE", chunk("fmt ", Bytes(4), 5000))},
+        {"cut inside the header", Bytes(whole.begin(), whole.begin() + 20)},
+    };
+    for (const Case& item : cases) {
+        SCOPED_TRACE(item.what);
+        EXPECT_EQ(examine(store(item.bytes)), WavOpenStatus::damaged);
+        EXPECT_EQ(file_, nullptr);
+        EXPECT_EQ(length_, 0u);
+    }
+}
+
+TEST_F(WavReaderTest, FilesOfOtherKindsAreNotWave) {
+    Bytes id3{'I', 'D', '3', 4, 0, 0, 0, 0, 1, 0};
+    id3.resize(600, 0x55);
+    const Bytes cases[] = {
+        {}, {'h', 'e', 'l', 'l', 'o', '\n'}, id3, riff("AVI ", chunk("data", Bytes(8)))};
+    for (const Bytes& bytes : cases) {
+        EXPECT_EQ(examine(store(bytes)), WavOpenStatus::notWave);
+        EXPECT_EQ(file_, nullptr);
+    }
+}
+
+TEST_F(WavReaderTest, UnknownTagLeavesTheFileForTheNextOpenerWhichRefusesIt) {
+    WaveFormat adpcm = kNativeFormat;
+    adpcm.formatTag = 2;
+    const std::string path =
+        store(riff("WAVE", chunk("fmt ", formatPayload(adpcm, 20)) + chunk("data", Bytes(8))));
+    EXPECT_EQ(wavOpenWaveFile(path, file_, length_, source_), 0);
+    EXPECT_NE(file_, nullptr);
+    EXPECT_EQ(source_.outputFormat.formatTag, 2);
+
+    EXPECT_EQ(wavOpenSource(path, file_, length_, source_, 0), 0);
+    EXPECT_EQ(file_, nullptr);
+    EXPECT_EQ(length_, 0u);
+}
+
+TEST_F(WavReaderTest, PathsWithoutARegularFileCannotBeOpened) {
+    const std::string fifo = (dir_ / "fifo").string();
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    for (const std::string& path : {(dir_ / "missing.wav").string(), dir_.path().string(), fifo}) {
+        SCOPED_TRACE(path);
+        EXPECT_EQ(examine(path), WavOpenStatus::cannotOpen);
+    }
+}
+
+TEST_F(WavReaderTest, OpenSourceStartsFromAResetRecordAndStoresTheLength) {
+    source_.conversionFlag = 1;
+    source_.sourceDataSize = 1234;
+    const std::string path = store(nativeWave(test::counting(40)));
+    ASSERT_EQ(wavOpenSource(path, file_, length_, source_, 1), 1);
+    EXPECT_EQ(source_.conversionFlag, 0u);
+    EXPECT_EQ(source_.sourceDataSize, 0u);
+    EXPECT_EQ(source_.ownDecoderFlag, 1u);
+    EXPECT_EQ(source_.outputLength, 40u);
+    wavCloseSource(file_, source_);
+    EXPECT_EQ(file_, nullptr);
+
+    ASSERT_EQ(wavOpenSource(path, file_, length_, source_, 0), 1);
+    EXPECT_EQ(source_.ownDecoderFlag, 0u);
+}
+
+TEST_F(WavReaderTest, DataHeadReadsAtMostTheChunkAndReturnsToWhereItStarted) {
+    auto file = RiffFile::openForRead(store(nativeWave(test::counting(40))));
+    ASSERT_EQ(file->seek(12, SEEK_SET), 12);
+    std::array<uint8_t, 100> head{};
+    int64_t size = 100;
+    ASSERT_EQ(wavReadDataHead(*file, head.data(), size), 1);
+    EXPECT_EQ(size, 40);
+    EXPECT_EQ(head[39], 39);
+    EXPECT_EQ(file->seek(0, SEEK_CUR), 12);
+
+    size = 10;
+    ASSERT_EQ(wavReadDataHead(*file, head.data(), size), 1);
+    EXPECT_EQ(size, 10);
+
+    auto empty = RiffFile::openForRead(store(nativeWave({})));
+    ASSERT_EQ(empty->seek(12, SEEK_SET), 12);
+    size = 10;
+    EXPECT_EQ(wavReadDataHead(*empty, head.data(), size), 0);
+    auto noData = RiffFile::openForRead(store(riff("WAVE", chunk("fmt ", Bytes(16)))));
+    size = 10;
+    EXPECT_EQ(wavReadDataHead(*noData, head.data(), size), 0);
+}
+
+}  // namespace
+}  // namespace tunebox

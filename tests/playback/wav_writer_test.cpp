@@ -1,0 +1,81 @@
+#include "playback/wav_writer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "playback/wav_reader.h"
+#include "support/riff_bytes.h"
+#include "support/temp_dir.h"
+
+namespace tunebox {
+namespace {
+
+class WavWriterTest : public ::testing::Test {
+  protected:
+    // Writes `samples` in two appends and optionally closes.
+    void writeSamples(const test::Bytes& samples, bool close) {
+        wavResetWriter(writer_);
+        ASSERT_EQ(wavCreateFile(path_, writer_), 1);
+        const auto half = static_cast<uint32_t>(samples.size() / 2);
+        ASSERT_EQ(wavWrite(writer_, samples.data(), half), 1);
+        ASSERT_EQ(
+            wavWrite(writer_, samples.data() + half, static_cast<uint32_t>(samples.size()) - half),
+            1);
+        if (close) {
+            ASSERT_EQ(wavCloseFile(writer_), 1);
+            EXPECT_EQ(writer_.file, nullptr);
+        }
+    }
+
+    test::TempDir dir_;
+    std::string path_ = (dir_ / "take.wav").string();
+    WaveWriter writer_;
+};
+
+TEST_F(WavWriterTest, ClosedFileHasTheCanonicalHeaderAndReadsBack) {
+    const test::Bytes samples = test::counting(176400);
+    writeSamples(samples, true);
+
+    const test::Bytes bytes = test::readFile(path_);
+    ASSERT_EQ(bytes.size(), 44 + samples.size());
+    const test::Bytes canonical = test::nativeWave(samples);
+    EXPECT_TRUE(std::equal(bytes.begin(), bytes.begin() + 44, canonical.begin()));
+    EXPECT_EQ(test::loadLe32At(bytes, 4), bytes.size() - 8);
+    EXPECT_EQ(test::loadLe32At(bytes, 40), bytes.size() - 44);
+
+    RiffHandle file;
+    uint32_t length = 0;
+    AudioSource source;
+    ASSERT_EQ(wavOpenSource(path_, file, length, source, 0), 1);
+    EXPECT_EQ(length, samples.size());
+}
+
+TEST_F(WavWriterTest, SoxAcceptsTheFile) {
+    writeSamples(test::counting(4 * 4410), true);
+    EXPECT_EQ(test::run("sox --i -D '" + path_ + "' | grep -qx 0.100000"), 0);
+    EXPECT_EQ(test::run("sox --i -r '" + path_ + "' | grep -qx 44100"), 0);
+    EXPECT_EQ(test::run("sox --i -c '" + path_ + "' | grep -qx 2"), 0);
+    EXPECT_EQ(test::run("sox --i -b '" + path_ + "' | grep -qx 16"), 0);
+}
+
+TEST_F(WavWriterTest, AFileNeverClosedKeepsZeroSizes) {
+    writeSamples(test::counting(400), false);
+    wavResetWriter(writer_);  // drops the file without finishing it
+    const test::Bytes bytes = test::readFile(path_);
+    ASSERT_EQ(bytes.size(), 444u);
+    EXPECT_EQ(test::loadLe32At(bytes, 4), 0u);
+    EXPECT_EQ(test::loadLe32At(bytes, 40), 0u);
+}
+
+TEST_F(WavWriterTest, FailuresAreReportedNotThrown) {
+    wavResetWriter(writer_);
+    EXPECT_EQ(wavCreateFile((dir_ / "no" / "dir.wav").string(), writer_), 0);
+    EXPECT_EQ(writer_.file, nullptr);
+    const uint8_t byte = 0;
+    EXPECT_EQ(wavWrite(writer_, &byte, 1), 0);
+    EXPECT_EQ(wavCloseFile(writer_), 0);
+}
+
+}  // namespace
+}  // namespace tunebox
