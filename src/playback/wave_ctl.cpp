@@ -1,0 +1,579 @@
+#include "playback/wave_ctl.h"
+
+#include <algorithm>
+#include <chrono>
+#include <string>
+#include <thread>
+
+#include "app/diagnostic_log.h"
+#include "effects/effect_chain.h"
+#include "platform/audio_backend.h"
+#include "platform/heap.h"
+#include "playback/playback_clock.h"
+#include "playback/source_reader.h"
+#include "playback/wav_reader.h"
+
+namespace tunebox {
+namespace {
+
+constexpr uint32_t kDefaultBufferCount = 3;
+constexpr uint8_t kDefaultSectorsPerRead = 13;
+constexpr uint32_t kTickPeriodMs = 200;
+constexpr uint32_t kStepBytes = kNativeBytesPerSecond;  // one second
+
+// The device position seen by the previous tick after the source's end: one
+// value for the whole process, shared by every player, so a player whose
+// device stands where another's stood a moment ago stops a tick early.
+std::atomic<uint32_t> rememberedDevicePosition{0};
+
+uint32_t permyriadOf(uint32_t position, uint32_t length) {
+    return length == 0 ? 0 : static_cast<uint32_t>(uint64_t{position} * kSliderRange / length);
+}
+
+}  // namespace
+
+WaveCtl::~WaveCtl() {
+    wavStop();
+}
+
+void WaveCtl::wavSetGeometry(uint32_t count, uint8_t sectorsPerRead) {
+    wantedCount_ = count;
+    sectorsPerRead_ = sectorsPerRead;
+    bufferSize_ = sectorsPerRead * count * kSectorBytes;
+}
+
+void WaveCtl::wavInit(const WaveFormat* format, int32_t p0, const BandValues& bands, int32_t p3,
+                      int32_t p1, int32_t p2, int32_t p4, const PlayRange& range,
+                      uint32_t fileSource) {
+    if (wantedCount_ == 0) {
+        wavSetGeometry(kDefaultBufferCount, kDefaultSectorsPerRead);
+    }
+    if (initialised_) {
+        wavStop();
+    }
+    std::lock_guard guard(lock_);
+    resetBlock();
+    initialised_ = 1;
+    fileSource_ = fileSource;
+    allocateBuffers();
+    outputFormat_ = format != nullptr ? *format : kNativeFormat;
+    bytesPerSecond_ = outputFormat_.avgBytesPerSec;
+    ctl_.blockSize = fileSource == 1 ? bufferSize_ : kDefaultSectorsPerRead * kSectorBytes;
+    ctl_.level = p0;
+    ctl_.centreRemovalFlag = p1;
+    ctl_.reverbFlag = p2;
+    ctl_.equaliserFlag = p3;
+    ctl_.levelFlag = p4;
+    ctl_.playRange = range;
+    fltEqualizerInit(ctl_, bands, static_cast<int>(outputFormat_.samplesPerSec));
+}
+
+void WaveCtl::releaseResources() {
+    wavCloseSource(file_, source_);
+    for (WaveBuf& slot : waveBuf_) {
+        slot = WaveBuf{};
+    }
+    bufferCount_ = 0;
+    fltEqualizerFree(ctl_);
+}
+
+void WaveCtl::resetBlock() {
+    releaseResources();
+    ctl_ = EffectControl{};
+    endOfSource_ = 0;
+    drained_ = 0;
+    outstanding_ = 0;
+    outstandingTarget_ = 0;
+    state_ = kPlayerStopped;
+    writeIndex_ = readIndex_ = 0;
+    runStartPosition_ = seekPosition_ = readPosition_ = 0;
+    length_ = 0;
+    baseSeconds_ = 0;
+}
+
+// A failed block leaves the player with the buffers it got: with fewer than
+// two no slot is ever free and nothing plays, but nothing breaks either.
+void WaveCtl::allocateBuffers() {
+    const auto wanted = static_cast<int32_t>(std::min<uint32_t>(wantedCount_, kMaxWaveBufs));
+    for (int32_t i = 0; i < wanted; ++i) {
+        WaveBuf& slot = waveBuf_[i];
+        slot.block = heapAllocZeroed<uint8_t>(bufferSize_);
+        if (!slot.block) {
+            logAlways("ﾒﾓﾘ確保失敗:wavInit→WaveCtl.WaveBuf[i].pwh.lpData");
+            return;
+        }
+        slot.pwh.data = slot.block.get();
+        slot.pwh.bufferLength = bufferSize_;
+        ++bufferCount_;
+    }
+}
+
+int WaveCtl::wavOpenFile(const std::string& path, uint32_t start, uint32_t length) {
+    std::lock_guard guard(lock_);
+    uint32_t openedLength = 0;
+    if (wavOpenSource(path, file_, openedLength, source_, 0) != 1) {
+        return 0;
+    }
+    readPosition_ = adjustStartPosition(start);
+    seekPosition_ = readPosition_;
+    if (start != 0) {
+        // A start beyond the file seeks a converted source to its end.
+        const double fraction =
+            openedLength == 0 ? 0.0 : double(readPosition_) / openedLength * kSliderRange;
+        seekSource(readPosition_, static_cast<uint32_t>(std::min(fraction, double(kSliderRange))));
+    }
+    length_ = length;
+    prefill();
+    fileSource_ = 1;
+    return 1;
+}
+
+uint32_t WaveCtl::nextIndex(uint32_t index) const {
+    return index + 1 < static_cast<uint32_t>(bufferCount_) ? index + 1 : 0;
+}
+
+// One slot always stays empty, so the filled count never reaches the
+// buffer count and full and empty are told apart by the indexes alone.
+bool WaveCtl::slotFree() const {
+    return nextIndex(writeIndex_) != readIndex_;
+}
+
+uint32_t WaveCtl::filledCount() {
+    std::lock_guard guard(lock_);
+    if (bufferCount_ == 0) {
+        return 0;
+    }
+    const auto count = static_cast<uint32_t>(bufferCount_);
+    return (writeIndex_ + count - readIndex_) % count;
+}
+
+int WaveCtl::prefill() {
+    return prefillWith(nullptr);
+}
+
+int WaveCtl::fillOne() {
+    return fillOneWith(nullptr);
+}
+
+uint32_t WaveCtl::readIntoSlot(WaveBuf& slot, uint32_t& sourceEnded) {
+    uint32_t count = 0;
+    sourceEnded = 0;
+    ctl_.playRange[kBlockPosition] = readPosition_;
+    if (file_) {
+        sourceRead(*file_, slot.block.get(), bufferSize_, count, sourceEnded, source_);
+    } else {
+        sourceEnded = 1;
+    }
+    fltEffectChain(ctl_, reinterpret_cast<int16_t*>(slot.block.get()), count);
+    return count;
+}
+
+int WaveCtl::prefillWith(BlockTap tap) {
+    std::lock_guard guard(lock_);
+    if (readPosition_ >= length_ || !slotFree()) {
+        return 0;
+    }
+    uint32_t last = 0;
+    do {
+        uint32_t sourceEnded = 0;
+        const uint32_t count = readIntoSlot(waveBuf_[writeIndex_], sourceEnded);
+        last = uint64_t{readPosition_} + count >= length_ || sourceEnded == 1 ? 1 : 0;
+        readPosition_ += count;
+        if (!commitWith(tap, count, last)) {
+            break;
+        }
+    } while (slotFree() && readPosition_ < length_ && last == 0);
+    return 1;
+}
+
+int WaveCtl::fillOneWith(BlockTap tap) {
+    std::lock_guard guard(lock_);
+    if (!device_ || !slotFree()) {
+        return 0;
+    }
+    uint32_t sourceEnded = 0;
+    uint32_t count = readIntoSlot(waveBuf_[writeIndex_], sourceEnded);
+    readPosition_ += count;
+    uint32_t last = sourceEnded;
+    if (wavIsAtEnd(readPosition_, length_, ctl_.playRange, ctl_.playRange[kBlockPosition])) {
+        // The block that reaches the end is not played: the end is cut at
+        // buffer granularity, before the stop position rather than after it.
+        last = 1;
+        count = 0;
+    }
+    return commitWith(tap, count, last);
+}
+
+int WaveCtl::commitWith(BlockTap tap, uint32_t count, uint32_t last) {
+    if (!slotFree()) {
+        return 0;
+    }
+    WaveBuf& slot = waveBuf_[writeIndex_];
+    if (tap != nullptr) {
+        tap(*this, slot.block.get(), count, last);
+    }
+    // Done and nothing else: the slot is unprepared until it is written.
+    slot.pwh.flags = kWaveHeaderDone;
+    slot.pwh.bufferLength = count;
+    slot.lastFlag = last;
+    writeIndex_ = nextIndex(writeIndex_);
+    return 1;
+}
+
+WaveBuf* WaveCtl::takeFilled() {
+    if (readIndex_ == writeIndex_) {
+        return nullptr;
+    }
+    WaveBuf& slot = waveBuf_[readIndex_];
+    endOfSource_ = slot.lastFlag;
+    readIndex_ = nextIndex(readIndex_);
+    return &slot;
+}
+
+void WaveCtl::writeSlot(WaveBuf& slot) {
+    device_->prepare(slot.pwh);
+    const AudioResult result = device_->write(slot.pwh);
+    if (result != kAudioOk) {
+        logAlways("st=" + std::to_string(result));
+    }
+}
+
+int WaveCtl::wavPlay() {
+    std::lock_guard guard(lock_);
+    if (!initialised_ || device_) {
+        return 0;
+    }
+    openDevice();
+    if (!device_) {
+        return 0;
+    }
+    runStartPosition_ = seekPosition_;
+    device_->pause();
+    endOfSource_ = 0;
+    const auto filled = static_cast<int32_t>(filledCount());
+    outstanding_ = filled;
+    outstandingTarget_ = filled;
+    for (int32_t i = 0; i < bufferCount_ && endOfSource_ == 0; ++i) {
+        WaveBuf* slot = takeFilled();
+        if (slot == nullptr) {
+            break;
+        }
+        writeSlot(*slot);
+    }
+    baseSeconds_ = 0;
+    drained_ = 0;
+    state_ = kPlayerPlaying;
+    device_->restart();
+    startTimer();
+    return 1;
+}
+
+void WaveCtl::openDevice() {
+    // No other part of the program plays system sounds, so nothing has to be
+    // silenced before the device is taken.
+    auto device = audioBackend().makeOutput();
+    const AudioResult result = device->open(outputFormat_, [this](WaveHeader&) { onBufferDone(); });
+    if (result != kAudioOk) {
+        lastDeviceError_ = device->lastError();
+        return;
+    }
+    device_ = std::move(device);
+}
+
+void WaveCtl::closeDevice() {
+    if (!device_) {
+        return;
+    }
+    device_->pause();
+    device_->reset();
+    // The buffers come back on the device's thread; each is released only
+    // once it is there.
+    for (int32_t i = 0; i < bufferCount_; ++i) {
+        while (device_->unprepare(waveBuf_[i].pwh) == kAudioStillPlaying) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    }
+    device_->close();
+    device_.reset();
+}
+
+void WaveCtl::onBufferDone() {
+    const int32_t left = outstanding_.fetch_sub(1) - 1;
+    if (endOfSource_ == 1 && left < 1) {
+        drained_ = 1;
+    }
+}
+
+void WaveCtl::startTimer() {
+    TimerService& timers = audioBackend().timers();
+    TimerCaps caps;
+    if (timers.getDevCaps(caps) != 1) {
+        return;
+    }
+    timerPeriod_ = std::max(kTickPeriodMs, caps.periodMin);
+    timers.beginPeriod(timerPeriod_);
+    timerId_ = timers.setEvent(timerPeriod_, timerPeriod_, [this] { tick(); });
+    if (timerId_ == 0) {
+        timers.endPeriod(timerPeriod_);
+    }
+}
+
+// Whoever takes the id kills the event: the owner's thread waits for a
+// running tick to finish, the tick's own thread only marks it the last.
+void WaveCtl::stopTimer() {
+    const uint32_t id = timerId_.exchange(0);
+    if (id == 0) {
+        return;
+    }
+    TimerService& timers = audioBackend().timers();
+    timers.killEvent(id);
+    timers.endPeriod(timerPeriod_);
+}
+
+// The device is only opened or closed here, or while no tick can run, so the
+// tick may look at it before taking the lock.
+void WaveCtl::tick() {
+    if (!device_) {
+        return;
+    }
+    if (drained_ == 1) {
+        wavStop();
+        return;
+    }
+    if (endOfSource_ == 1) {
+        // A device that stops handing buffers back still stops moving.
+        uint32_t position = 0;
+        device_->position(position);
+        if (position == rememberedDevicePosition.load()) {
+            wavStop();
+            return;
+        }
+        rememberedDevicePosition = position;
+    }
+    std::lock_guard guard(lock_);
+    if (state_ != kPlayerPlaying) {
+        return;
+    }
+    if (outstanding_ <= outstandingTarget_) {
+        fillOne();
+        if (WaveBuf* slot = takeFilled()) {
+            writeSlot(*slot);
+            ++outstanding_;
+        }
+    }
+}
+
+void WaveCtl::wavPause(int pause) {
+    if (pause == 1) {
+        stopTimer();
+        std::lock_guard guard(lock_);
+        if (device_ && state_ == kPlayerPlaying) {
+            device_->pause();
+            state_ = kPlayerPaused;
+        }
+        return;
+    }
+    std::lock_guard guard(lock_);
+    if (device_ && state_ == kPlayerPaused) {
+        startTimer();
+        device_->restart();
+        state_ = kPlayerPlaying;
+    }
+}
+
+void WaveCtl::wavStop() {
+    // Outside the lock: a tick waiting for it would never let the timer's
+    // kill return. From the tick itself this only marks the tick the last.
+    stopTimer();
+    std::lock_guard guard(lock_);
+    if (state_ == kPlayerStopped || !initialised_) {
+        return;
+    }
+    state_ = kPlayerStopped;
+    closeDevice();
+    releaseResources();
+    initialised_ = 0;
+}
+
+void WaveCtl::restart() {
+    if (state_ != kPlayerPlaying) {
+        return;
+    }
+    stopTimer();
+    std::lock_guard guard(lock_);
+    if (state_ != kPlayerPlaying) {
+        return;  // the source ended meanwhile
+    }
+    closeDevice();
+    endOfSource_ = 0;
+    outstanding_ = 0;
+    writeIndex_ = readIndex_ = 0;
+    seekPosition_ = readPosition_;
+    prefill();
+    wavPlay();
+}
+
+void WaveCtl::wavSeekSlider(uint32_t slider) {
+    if (state_ == kPlayerStopped) {
+        return;
+    }
+    bool reachedEnd = false;
+    {
+        std::lock_guard guard(lock_);
+        const uint32_t position = sliderToPosition(slider, length_);
+        if (wavIsAtEnd(position, length_, ctl_.playRange, ctl_.playRange[kBlockPosition])) {
+            readPosition_ = length_;
+            endOfSource_ = 1;
+            reachedEnd = true;
+        } else {
+            readPosition_ = position;
+            seekSource(readPosition_, slider);
+        }
+    }
+    if (reachedEnd) {
+        wavStop();
+    } else if (state_ == kPlayerPaused) {
+        wavPause(0);
+        restart();
+        wavPause(1);
+    } else {
+        restart();
+    }
+}
+
+void WaveCtl::seekSource(uint32_t position, uint32_t permyriad) {
+    if (file_) {
+        sourceSeek(*file_, position, permyriad, source_);
+    }
+}
+
+int WaveCtl::wavGetTime(uint32_t& minutes, uint32_t& seconds, uint32_t& frames) {
+    std::lock_guard guard(lock_);
+    if (!device_) {
+        return -1;
+    }
+    const ClockTime time =
+        clockTime(runStartPosition_, wavGetDevicePosition(), bytesPerSecond_, baseSeconds_);
+    minutes = time.minutes;
+    seconds = time.seconds;
+    frames = time.frames;
+    return 1;
+}
+
+uint32_t WaveCtl::wavGetSliderPos() {
+    std::lock_guard guard(lock_);
+    if (state_ == kPlayerStopped) {
+        return 0;
+    }
+    return sliderPosition(runStartPosition_, wavGetDevicePosition(), bytesPerSecond_, baseSeconds_,
+                          length_);
+}
+
+uint32_t WaveCtl::wavGetDevicePosition() {
+    std::lock_guard guard(lock_);
+    uint32_t position = 0;
+    if (device_) {
+        device_->position(position);
+    }
+    return position;
+}
+
+int WaveCtl::wavIsStopped() const {
+    return state_ == kPlayerStopped ? 1 : 0;
+}
+
+int WaveCtl::wavIsAtEnd(uint32_t position, uint32_t limit, const PlayRange& range,
+                        uint32_t positionAtFill) const {
+    if (position >= limit) {
+        return 1;
+    }
+    return fileSource_ == 1 && range[kEnvelopeEnable] != 0 && range[kRangeEnd] <= positionAtFill
+               ? 1
+               : 0;
+}
+
+template <class Change>
+void WaveCtl::whileRunning(Change change) {
+    std::lock_guard guard(lock_);
+    if (state_ != kPlayerStopped && initialised_) {
+        change();
+    }
+}
+
+void WaveCtl::wavSetBand(int band, int gain) {
+    if (band < 0 || band >= kBandCount) {
+        return;
+    }
+    whileRunning([&] {
+        fltEqualizerSetBand(ctl_, band, gain, static_cast<int>(outputFormat_.samplesPerSec));
+    });
+}
+
+void WaveCtl::wavSetLevel(int32_t p0) {
+    whileRunning([&] { ctl_.level = p0; });
+}
+
+void WaveCtl::wavSetEqualiserFlag(int32_t p3) {
+    whileRunning([&] { ctl_.equaliserFlag = p3; });
+}
+
+void WaveCtl::setReverb(void (*setter)(Reverb&, float), int32_t tenths) {
+    setter(ctl_.reverb, static_cast<float>(tenths / 10.0));
+}
+
+void WaveCtl::wavSetRoomSize(int32_t tenths) {
+    std::lock_guard guard(lock_);
+    if (initialised_) {
+        setReverb(reverb_set_room_size, tenths);
+    }
+}
+
+void WaveCtl::wavSetDamping(int32_t tenths) {
+    whileRunning([&] { setReverb(reverb_set_damping, tenths); });
+}
+
+void WaveCtl::wavSetWidth(int32_t tenths) {
+    whileRunning([&] { setReverb(reverb_set_width, tenths); });
+}
+
+void WaveCtl::wavSetPlayRange(const PlayRange& range) {
+    whileRunning([&] {
+        const uint32_t blockPosition = ctl_.playRange[kBlockPosition];
+        ctl_.playRange = range;
+        ctl_.playRange[kBlockPosition] = blockPosition;
+    });
+}
+
+void WaveCtl::wavStepBack() {
+    std::lock_guard guard(lock_);
+    readPosition_ = readPosition_ > kStepBytes ? readPosition_ - kStepBytes : 0;
+    if (readPosition_ != 0) {
+        seekSource(readPosition_, permyriadOf(readPosition_, length_));
+    }
+}
+
+void WaveCtl::wavStepForward() {
+    {
+        std::lock_guard guard(lock_);
+        const uint64_t next = uint64_t{readPosition_} + kStepBytes;
+        if (next < length_) {
+            readPosition_ = static_cast<uint32_t>(next);
+            seekSource(readPosition_, permyriadOf(readPosition_, length_));
+            return;
+        }
+        readPosition_ = length_;
+        endOfSource_ = 1;
+    }
+    wavStop();
+}
+
+int WaveCtl::wavHasOutputDevice() {
+    return audioBackend().outputDeviceCount() >= 1 ? 1 : 0;
+}
+
+std::string WaveCtl::lastDeviceError() const {
+    std::lock_guard guard(lock_);
+    return lastDeviceError_;
+}
+
+}  // namespace tunebox

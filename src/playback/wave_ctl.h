@@ -1,0 +1,196 @@
+#pragma once
+// The player: one accompaniment source played through the output device,
+// every block passing the effect chain on its way. A ring of a few large
+// buffers is filled ahead (`prefill`) and then kept topped up by a periodic
+// 200 ms timer, one buffer per tick (`fillOne`); the device's done-callback
+// only counts the buffers it hands back.
+//
+// Threads: the owner's thread calls everything below; the timer's thread runs
+// the tick, which may stop the player by itself at the end of the source; the
+// device's thread runs the done-callback. One recursive lock per player is
+// taken by the tick, by seek, restart and stop, by the effect setters and by
+// the clock queries (which must not read a device the tick is closing).
+//
+// Lifecycle: wavInit -> wavOpenFile -> wavPlay <-> wavPause -> stopped, by
+// wavStop or by the source's end. A stopped player needs wavInit again.
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "effects/effect_control.h"
+#include "platform/audio_device.h"
+#include "platform/riff_file.h"
+#include "playback/audio_source.h"
+#include "playback/wave_buf.h"
+
+namespace tunebox {
+
+enum PlayerState : uint32_t { kPlayerStopped = 0, kPlayerPlaying = 1, kPlayerPaused = 2 };
+
+class WaveCtl {
+  public:
+    WaveCtl() = default;
+    virtual ~WaveCtl();
+    WaveCtl(const WaveCtl&) = delete;
+    WaveCtl& operator=(const WaveCtl&) = delete;
+
+    // Buffer geometry for the next wavInit: `count` buffers (at most 30 are
+    // made) of sectorsPerRead x count sectors of 2,352 bytes each. Without
+    // it wavInit uses 3 buffers of 13 x 3 sectors (91,728 bytes, 0.52 s).
+    void wavSetGeometry(uint32_t count, uint8_t sectorsPerRead);
+
+    // (Re)initialises the player, stopping it first when it is initialised:
+    // allocates the ring and sets up the effect chain. `format` null means
+    // the native format. The effect parameters land in the chain's record in
+    // the order P0 (level, percent), P1 (centre removal), P2 (reverb), P3
+    // (equaliser), P4 (level flag). `bands` are the ten equaliser gains.
+    void wavInit(const WaveFormat* format, int32_t p0, const BandValues& bands, int32_t p3,
+                 int32_t p1, int32_t p2, int32_t p4, const PlayRange& range, uint32_t fileSource);
+
+    // Opens the source, moves it to byte `start` (adjusted as
+    // adjustStartPosition says), plays `length` bytes from there and fills
+    // the ring. Returns 1, or 0 when the file cannot be opened.
+    int wavOpenFile(const std::string& path, uint32_t start, uint32_t length);
+
+    // Opens the output device, queues what the ring holds and starts the
+    // timer. Returns 1, or 0 when the device cannot be opened (see
+    // lastDeviceError) or nothing was initialised.
+    int wavPlay();
+
+    // 1 pauses a playing player (timer and device), 0 resumes a paused one.
+    void wavPause(int pause);
+
+    // Full stop: device, timer, source, buffers and effect state.
+    void wavStop();
+
+    // Moves to `slider` ten-thousandths of the length and plays on from
+    // there; a paused player stays paused. At the end the player stops.
+    void wavSeekSlider(uint32_t slider);
+
+    // The time played; returns 1, or -1 while no device is open.
+    int wavGetTime(uint32_t& minutes, uint32_t& seconds, uint32_t& frames);
+
+    // The time played as ten-thousandths of the length; 0 when stopped.
+    uint32_t wavGetSliderPos();
+
+    // 1 once the player has stopped, by wavStop or at the source's end.
+    int wavIsStopped() const;
+
+    // 1 when `position` has reached `limit`, or the play range's stop
+    // position (when enabled) lies at or before `positionAtFill`.
+    int wavIsAtEnd(uint32_t position, uint32_t limit, const PlayRange& range,
+                   uint32_t positionAtFill) const;
+
+    // Effect settings, applied while the player is initialised and not
+    // stopped. Gains are the equaliser's band values; tenths are passed on
+    // to the reverb divided by 10.
+    void wavSetBand(int band, int gain);
+    void wavSetLevel(int32_t p0);
+    void wavSetEqualiserFlag(int32_t p3);
+    // The room size is set from the track entry right after wavInit, so it
+    // acts whenever the player is initialised.
+    void wavSetRoomSize(int32_t tenths);
+    void wavSetDamping(int32_t tenths);
+    void wavSetWidth(int32_t tenths);
+    // Replaces the play-range block; the position of the block being played
+    // (word 5) is the player's own and is kept.
+    void wavSetPlayRange(const PlayRange& range);
+
+    // Bytes the device has played in the current run; 0 without a device.
+    // The mixer pairs it with the input device's position.
+    uint32_t wavGetDevicePosition();
+
+    // 1 when the audio backend offers at least one output device.
+    static int wavHasOutputDevice();
+
+    // One second back or forward in the source (not wired to any control).
+    // Forward past the length stops the player.
+    void wavStepBack();
+    void wavStepForward();
+
+    // What the last failed device open said, for a command's error line.
+    std::string lastDeviceError() const;
+
+    // Observation for tests and read-outs.
+    PlayerState state() const { return static_cast<PlayerState>(state_.load()); }
+    uint32_t readPosition() const { return readPosition_; }
+    uint32_t seekPosition() const { return seekPosition_; }
+    int32_t bufferCount() const { return bufferCount_; }
+    uint32_t bufferSize() const { return bufferSize_; }
+    // Buffers filled and waiting for the device (never more than count - 1).
+    uint32_t filledCount();
+    // Buffers at the device and not yet handed back.
+    int32_t outstandingCount() const { return outstanding_.load(); }
+
+  protected:
+    // Fill every free slot of the ring from the source; fill the next one.
+    // Returns 1 when anything was tried, 0 when nothing could be.
+    virtual int prefill();
+    virtual int fillOne();
+
+    // A variant's extra step for every block it fills: after the effect
+    // stage and the end decision, before the block goes into the ring.
+    using BlockTap = void (*)(WaveCtl& player, const uint8_t* bytes, uint32_t count, uint32_t last);
+    int prefillWith(BlockTap tap);
+    int fillOneWith(BlockTap tap);
+
+  private:
+    void releaseResources();
+    void resetBlock();
+    void allocateBuffers();
+    uint32_t nextIndex(uint32_t index) const;
+    bool slotFree() const;
+    uint32_t readIntoSlot(WaveBuf& slot, uint32_t& sourceEnded);
+    int commitWith(BlockTap tap, uint32_t count, uint32_t last);
+    WaveBuf* takeFilled();
+    void writeSlot(WaveBuf& slot);
+    void seekSource(uint32_t position, uint32_t permyriad);
+    void setReverb(void (*setter)(Reverb&, float), int32_t tenths);
+
+    void openDevice();
+    void closeDevice();
+    void startTimer();
+    void stopTimer();
+    void tick();
+    void restart();
+    void onBufferDone();
+
+    template <class Change>
+    void whileRunning(Change change);
+
+    std::atomic<uint32_t> initialised_{0};
+    std::atomic<uint32_t> endOfSource_{0};
+    std::atomic<uint32_t> drained_{0};
+    std::atomic<int32_t> outstanding_{0};
+    int32_t outstandingTarget_ = 0;
+    std::atomic<uint32_t> state_{kPlayerStopped};
+    uint32_t writeIndex_ = 0;
+    uint32_t readIndex_ = 0;
+    int32_t bufferCount_ = 0;
+    std::array<WaveBuf, kMaxWaveBufs> waveBuf_;
+    uint32_t runStartPosition_ = 0;
+    uint32_t seekPosition_ = 0;
+    uint32_t readPosition_ = 0;
+    std::unique_ptr<OutputDevice> device_;
+    std::string lastDeviceError_;
+    WaveFormat outputFormat_ = kNativeFormat;
+    AudioSource source_;
+    std::atomic<uint32_t> timerId_{0};
+    uint32_t timerPeriod_ = 0;
+    uint32_t length_ = 0;
+    RiffHandle file_;
+    uint32_t fileSource_ = 1;
+    EffectControl ctl_;
+    uint32_t bytesPerSecond_ = kNativeBytesPerSecond;
+    uint32_t baseSeconds_ = 0;
+    mutable std::recursive_mutex lock_;
+    uint32_t bufferSize_ = 0;
+    uint8_t sectorsPerRead_ = 0;
+    uint32_t wantedCount_ = 0;
+};
+
+}  // namespace tunebox
