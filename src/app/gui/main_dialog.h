@@ -10,7 +10,9 @@
 
 #include "app/gui/dialog_services.h"
 #include "app/gui/position_trackbar.h"
+#include "app/gui/qt_dispatcher.h"
 #include "app/gui/track_list.h"
+#include "capture/rec_wav.h"
 #include "playback/mixing_wave_ctl.h"
 #include "playback/wave_ctl.h"
 
@@ -49,6 +51,7 @@ class MainDialog : public QDialog {
     LevelMeter& meter() const { return *meter_; }
     WaveCtl& karaokePlayer() { return karaokePlayer_; }
     WaveCtl& recordedPlayer() { return recordedPlayer_; }
+    CRecWav& capture() { return capture_; }
 
     // The capture engine's level callback lands here.
     void drawLevels(int first, int second);
@@ -99,9 +102,9 @@ class MainDialog : public QDialog {
     bool playersIdle() const;
 
     // Capture.
-    int captureActive() const;
-    long currentDelay() const;
-    void stopCapture();
+    int captureActive() const { return capture_.isActive(); }
+    void stopMonitor();
+    void startSyncOffsets();
     void setCaptureEffects();
     void destroy();
 
@@ -110,6 +113,9 @@ class MainDialog : public QDialog {
     WaveCtl recordedPlayer_;
     PlayerStatus karaoke_;
     PlayerStatus recorded_;
+    // Declared after the players it reads from, so it is gone before them.
+    QtDispatcher dispatcher_;
+    CRecWav capture_{dispatcher_};
     TrackList list_;
     int currentIndex_ = -1;
     int monitorFlag_ = 0;

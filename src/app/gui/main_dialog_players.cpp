@@ -6,6 +6,7 @@
 #include <QTreeWidget>
 #include <cmath>
 
+#include "app/diagnostic_log.h"
 #include "app/gui/control_ids.h"
 #include "app/gui/image_button.h"
 #include "app/gui/main_dialog.h"
@@ -199,7 +200,7 @@ void MainDialog::stopRecorder() {
     if (captureActive()) {
         recorderStop_->setEnabled(false);
         recordedPlay_->setEnabled(false);
-        stopCapture();
+        capture_.stop();
         setFace(recordButton_, kFaceRecord);
         setFace(monitorButton_, kFaceMonitor);
         monitorFlag_ = 0;
@@ -214,6 +215,10 @@ void MainDialog::pauseRecorded() {
 }
 
 void MainDialog::karaokeTick() {
+    if (capture_.fault() != CaptureFault::kNone && captureActive()) {
+        logAlways(capture_.lastError());
+        stopRecorder();
+    }
     if (karaokePlayer_.wavIsStopped()) {
         karaoke_.state = kIdle;
         karaokeTimer_.stop();
@@ -266,7 +271,7 @@ void MainDialog::refreshKaraokeDisplay() {
             karaokeTrackbar_->setValue(static_cast<int>(karaokePlayer_.wavGetSliderPos()));
         }
     }
-    delayReadout_ = QString::number(currentDelay());
+    delayReadout_ = QString::number(capture_.syncMx().currentDelay());
     delayLabel_->setText(delayReadout_);
     timeText_ = QString::fromStdString(formatPositionTime(karaoke_.position));
     timeLabel_->setText(timeText_);
