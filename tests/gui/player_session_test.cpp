@@ -25,6 +25,8 @@ TEST_F(PlayerSessionTest, PauseKeepsThePositionAndPlayReopensFromIt) {
     ASSERT_EQ(karaoke().state, kPlaying);
     EXPECT_EQ(face(kKaraokePlay), kFacePlaying);
     ASSERT_TRUE(waitFor([&] { return enginePosition() > 3 * 176400; }));
+    QTest::qWait(600);  // one tick of the time display
+    saveScreenshot(*dialog_, "playing");
 
     click(kKaraokePause);
     EXPECT_EQ(karaoke().state, kIdle);
@@ -36,8 +38,10 @@ TEST_F(PlayerSessionTest, PauseKeepsThePositionAndPlayReopensFromIt) {
 
     click(kKaraokePlay);
     ASSERT_EQ(karaoke().state, kPlaying);
+    // The player's clock rounds to whole seconds and keeps the frames of the
+    // fraction, so it may read up to one second ahead of the true position.
     EXPECT_GE(enginePosition(), kept - 2352) << "a fresh open at the kept position";
-    EXPECT_LT(enginePosition(), kept + 176400);
+    EXPECT_LT(enginePosition(), kept + 2 * 176400);
 }
 
 TEST_F(PlayerSessionTest, PauseWhenIdleOnlyResetsTheImages) {
@@ -74,7 +78,7 @@ TEST_F(PlayerSessionTest, TrackbarSetsTheNextStartOnlyWhileStopped) {
     EXPECT_EQ(control<QLabel>(kTimeText)->text(), "00:10:00");
     click(kKaraokePlay);
     EXPECT_GE(enginePosition(), karaoke().length / 2 - 2352);
-    EXPECT_LT(enginePosition(), karaoke().length / 2 + 176400);
+    EXPECT_LT(enginePosition(), karaoke().length / 2 + 2 * 176400);
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 // REC, the level monitor and the audition of the take, through the
 // simulated sound card.
 
-#include <QDir>
 #include <QElapsedTimer>
 #include <algorithm>
 #include <iostream>
@@ -24,10 +23,6 @@ class RecordingSessionTest : public SessionTest {
         const QImage& frame = dialog_->meter().frame();
         return frame.pixelColor(5, frame.height() / 4) == QColor(0, 255, 0);
     }
-    void screenshot(const char* name) {
-        QDir().mkpath(TUNEBOX_SCREENSHOT_DIR);
-        dialog_->grab().save(QStringLiteral(TUNEBOX_SCREENSHOT_DIR "/%1.png").arg(name));
-    }
 };
 
 TEST_F(RecordingSessionTest, RecWithTheMonitorOnSwitchesToRecordingInOnePress) {
@@ -45,7 +40,8 @@ TEST_F(RecordingSessionTest, RecWithTheMonitorOnSwitchesToRecordingInOnePress) {
     EXPECT_EQ(face(kRecord), kFaceRecording);
     EXPECT_EQ(karaoke().state, kPlaying);
     ASSERT_TRUE(waitFor([&] { return meterLit(); }, 5000));
-    screenshot("recording");
+    QTest::qWait(600);  // one tick of the time display
+    saveScreenshot(*dialog_, "recording");
 
     click(kRecorderStop);
     EXPECT_FALSE(dialog_->capture().isActive());
@@ -68,7 +64,7 @@ TEST_F(RecordingSessionTest, RecIsRefusedWhileTheTakeIsPlaying) {
 
 TEST_F(RecordingSessionTest, AccompanimentEndFinishesTheTakeWhichThenPlaysBack) {
     start(3, 4);
-    screenshot("idle");
+    saveScreenshot(*dialog_, "idle");
     click(kRecord);
     ASSERT_TRUE(dialog_->capture().isActive());
     EXPECT_FALSE(control<QLabel>(kCaptureStartReadout)->text().isEmpty());
@@ -88,7 +84,6 @@ TEST_F(RecordingSessionTest, AccompanimentEndFinishesTheTakeWhichThenPlaysBack) 
     EXPECT_EQ(recorded().state, kPlaying);
     EXPECT_EQ(face(kRecordedPlay), kFacePlaying);
     EXPECT_EQ(recorded().length, length);
-    screenshot("playing");
     ASSERT_TRUE(waitFor([&] { return recorded().state == kIdle; }));
     EXPECT_EQ(face(kRecordedPlay), kFacePlay);
 }

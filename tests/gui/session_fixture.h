@@ -2,6 +2,8 @@
 // A dialog on the simulated sound card (running faster than real time) with
 // a synthesised accompaniment already picked and an output file named.
 
+#include <QDir>
+#include <QImage>
 #include <QLabel>
 #include <QLineEdit>
 #include <QtTest/QTest>
@@ -46,6 +48,18 @@ inline std::vector<int16_t> loudVoice(double seconds) {
         samples[2 * i + 1] = static_cast<int16_t>(20000 * std::sin(2 * M_PI * 220 * i / 44100.0));
     }
     return samples;
+}
+
+// The dialog as it looks, for review: at 1x, and rendered at 2x as on a
+// high-density screen.
+inline void saveScreenshot(QWidget& dialog, const QString& name) {
+    QDir().mkpath(TUNEBOX_SCREENSHOT_DIR);
+    dialog.grab().save(QStringLiteral(TUNEBOX_SCREENSHOT_DIR "/%1.png").arg(name));
+    QImage dense(dialog.size() * 2, QImage::Format_ARGB32_Premultiplied);
+    dense.setDevicePixelRatio(2);
+    dense.fill(Qt::transparent);
+    dialog.render(&dense);
+    dense.save(QStringLiteral(TUNEBOX_SCREENSHOT_DIR "/%1@2x.png").arg(name));
 }
 
 class SessionTest : public GuiTest {

@@ -127,7 +127,15 @@ void MainDialog::createControls() {
     manualDelayEdit_->installEventFilter(this);
     delayLabel_ = readout(kDelayReadout, this);
     captureStartLabel_ = readout(kCaptureStartReadout, this);
+    captureStartLabel_->setToolTip(QStringLiteral("録音開始時の入力位置 (バイト)"));
     playbackStartLabel_ = readout(kPlaybackStartReadout, this);
+    playbackStartLabel_->setToolTip(QStringLiteral("録音開始時の再生位置 (バイト)"));
+    for (QLabel* label : {captureStartLabel_, playbackStartLabel_}) {
+        // Diagnostic figures: present but quieter than the controls.
+        QPalette quiet = label->palette();
+        quiet.setColor(QPalette::WindowText, QColor(110, 116, 130));
+        label->setPalette(quiet);
+    }
     meter_ = named(new LevelMeter(this), kMeterFrame);
     meter_->setMinimumHeight(26);
 
