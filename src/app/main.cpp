@@ -11,6 +11,7 @@ int main(int argc, char** argv) {
     tunebox::cli::registerVersionCommand(app, status);
     tunebox::cli::registerTuneCommand(app, status);
     tunebox::cli::registerInfoCommand(app, status);
+    tunebox::cli::registerPlayCommand(app, status);
 
     try {
         app.parse(argc, argv);

@@ -13,5 +13,6 @@ inline constexpr int kExitBadInput = 2;
 void registerVersionCommand(CLI::App& app, int& status);
 void registerTuneCommand(CLI::App& app, int& status);
 void registerInfoCommand(CLI::App& app, int& status);
+void registerPlayCommand(CLI::App& app, int& status);
 
 }  // namespace tunebox::cli
