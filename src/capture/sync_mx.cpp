@@ -167,6 +167,7 @@ int SyncMx::mixBlock(uint8_t* destination, uint32_t& length, uint32_t& endFlag) 
     currentDelay_ = wholeFrames(measuredDelay());
     if (!aligned_) {
         align(currentDelay_);
+        alignedDelay_ = currentDelay_;
     }
     if (!aligned_) {
         return 0;
