@@ -7,9 +7,8 @@
 #include "app/demo_tune.h"
 #include "app/synthetic_voice.h"
 #include "capture/sync_mx.h"
-#include "platform/little_endian.h"
 #include "platform/virtual_audio.h"
-#include "playback/wav_writer.h"
+#include "support/native_wav.h"
 #include "support/temp_dir.h"
 #include "support/tool_fixture.h"
 
@@ -20,22 +19,10 @@ constexpr uint32_t kOutputLatency = 5292;  // 30 ms
 constexpr uint32_t kInputLatency = 3000;
 constexpr std::size_t kWavHeaderBytes = 44;
 
-void writeWav(const std::string& path, const std::vector<int16_t>& samples) {
-    std::vector<uint8_t> bytes(samples.size() * 2);
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        storeLe16(&bytes[2 * i], static_cast<uint16_t>(samples[i]));
-    }
-    WaveWriter writer;
-    wavResetWriter(writer);
-    ASSERT_EQ(wavCreateFile(path, writer), 1);
-    ASSERT_EQ(wavWrite(writer, bytes.data(), static_cast<uint32_t>(bytes.size())), 1);
-    ASSERT_EQ(wavCloseFile(writer), 1);
-}
-
 class RecordingTakeTest : public ::testing::Test {
   protected:
     void SetUp() override {
-        writeWav(accompanimentPath_, accompaniment_);
+        test::writeNativeWav(accompanimentPath_, accompaniment_);
         audio_ = std::make_shared<VirtualAudio>(VirtualAudioConfig{
             .outputLatencyBytes = kOutputLatency,
             .inputLatencyBytes = kInputLatency,
