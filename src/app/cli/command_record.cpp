@@ -58,7 +58,7 @@ int record(const RecordArguments& arguments) {
         if (!arguments.accompaniment.empty()) {
             std::cout << ", delay " << session.capture().syncMx().alignedDelay() << " bytes";
         }
-        std::cout << '\n';
+        std::cout << ", " << lostCaptureBlocks() << " capture blocks lost\n";
     }
     return status;
 }
