@@ -12,6 +12,9 @@ int main(int argc, char** argv) {
     tunebox::cli::registerTuneCommand(app, status);
     tunebox::cli::registerInfoCommand(app, status);
     tunebox::cli::registerPlayCommand(app, status);
+    tunebox::cli::registerRecordCommand(app, status);
+    tunebox::cli::registerMonitorCommand(app, status);
+    tunebox::cli::registerDemoCommand(app, status);
 
     try {
         app.parse(argc, argv);

@@ -122,6 +122,7 @@ void SyncMx::align(int32_t delay) {
         if (discarded.hasBytes(0)) {
             leadSilence_ = static_cast<uint32_t>(-int64_t{delay});
             aligned_ = 1;
+            alignedDelay_ = delay;
         }
         return;
     }
@@ -136,6 +137,7 @@ void SyncMx::align(int32_t delay) {
     uint32_t delivered = 0;
     uint32_t endFlag = 0;
     aligned_ = discarded.readBytes(scratch.get(), static_cast<uint32_t>(delay), delivered, endFlag);
+    alignedDelay_ = delay;
 }
 
 int SyncMx::bothHaveABlock() const {

@@ -48,6 +48,8 @@ class SyncMx {
     uint32_t startPlaybackPosition() const { return startPlayback_; }
     uint32_t startCapturePosition() const { return startCapture_; }
     int32_t aligned() const { return aligned_; }
+    // The delay the one-time alignment applied.
+    int32_t alignedDelay() const { return alignedDelay_; }
 
     void free();
 
@@ -77,6 +79,7 @@ class SyncMx {
     // Silence still owed in front of the voice when the voice was captured
     // ahead of the accompaniment (a negative delay).
     uint32_t leadSilence_ = 0;
+    int32_t alignedDelay_ = 0;
 };
 
 // Adds two 16-bit samples scaled by percent gains, truncating toward zero and

@@ -78,7 +78,10 @@ void recordLevels(int32_t first, int32_t second, void* context) {
 // the file.
 TEST_F(RecWavTest, VoiceAloneIsWrittenAsCapturedAndStopTakesEveryOutstandingBuffer) {
     const auto voice = synthesiseVoice(44100 * 3);
-    install({.outputLatencyBytes = kOutputLatency, .speed = 20, .loopbackGain = 0, .voice = voice});
+    // Eight 50 ms buffers at ten times real time leave the test's thread
+    // 40 ms to hand each one back before the converter would lose samples.
+    constexpr int32_t kBuffers = 8;
+    install({.outputLatencyBytes = kOutputLatency, .speed = 10, .loopbackGain = 0, .voice = voice});
     // The singer follows something heard: silence from an output of the test's own.
     auto output = audio_->makeOutput();
     test::BufferSet silence(80, kSlot);
@@ -89,17 +92,17 @@ TEST_F(RecWavTest, VoiceAloneIsWrittenAsCapturedAndStopTakesEveryOutstandingBuff
     const uint32_t noticesBefore = handledCaptureNotices();
 
     audio_->setClockStalled(true);
-    ASSERT_EQ(capture_.startRecording(kNativeFormat, kSlot, 3, nullptr, 0, 0), 1);
+    ASSERT_EQ(capture_.startRecording(kNativeFormat, kSlot, kBuffers, nullptr, 0, 0), 1);
     ASSERT_EQ(output->open(kNativeFormat, {}), kAudioOk);
     ASSERT_TRUE(test::queueAll(*output, silence, &OutputDevice::write));
     audio_->setClockStalled(false);
     ASSERT_TRUE(pumpUntil([&] { return capture_.capturePosition() > 2 * 176400; }));
 
     const uint32_t noticesAtStop = handledCaptureNotices();
-    EXPECT_EQ(capture_.queuedCount(), 3);
+    EXPECT_EQ(capture_.queuedCount(), kBuffers);
     EXPECT_EQ(capture_.stop(), 1);
     EXPECT_EQ(capture_.state(), kRecClosed);
-    EXPECT_EQ(handledCaptureNotices() - noticesAtStop, 3u);
+    EXPECT_EQ(handledCaptureNotices() - noticesAtStop, uint32_t{kBuffers});
     output->reset();
     output->close();
 
