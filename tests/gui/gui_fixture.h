@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QString>
 #include <cstdlib>
 #include <filesystem>
@@ -13,13 +14,26 @@
 
 namespace tunebox::test {
 
+// How long the QApplication took to come up, for the start-up figure.
+inline qint64 applicationStartNanoseconds = 0;
+
 inline QApplication& guiApplication() {
     static int argc = 1;
     static char name[] = "tunebox_test_gui";
     static char* argv[] = {name, nullptr};
     static const bool offscreen = setenv("QT_QPA_PLATFORM", "offscreen", 0) == 0;
+    static QElapsedTimer clock = [] {
+        QElapsedTimer started;
+        started.start();
+        return started;
+    }();
     static QApplication application(argc, argv);
+    static const bool timed = [] {
+        applicationStartNanoseconds = clock.nsecsElapsed();
+        return true;
+    }();
     static_cast<void>(offscreen);
+    static_cast<void>(timed);
     return application;
 }
 
