@@ -3,6 +3,7 @@
 
 #include <QAction>
 #include <QCheckBox>
+#include <QDir>
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
@@ -194,6 +195,8 @@ TEST_F(MainDialogLayoutTest, AboutShowsTheMakersPageLink) {
         QWidget* about = QApplication::activeModalWidget();
         ASSERT_NE(about, nullptr);
         title = about->windowTitle();
+        QDir().mkpath(TUNEBOX_SCREENSHOT_DIR);
+        about->grab().save(TUNEBOX_SCREENSHOT_DIR "/about.png");
         for (QLabel* label : about->findChildren<QLabel*>()) {
             if (label->text().contains("href")) {
                 emit label->linkActivated(label->text().section('"', 1, 1));

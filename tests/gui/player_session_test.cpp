@@ -1,6 +1,9 @@
 // PLAY, STOP, PAUSE and the position trackbar of the accompaniment player,
 // through the simulated sound card.
 
+#include <QTreeWidget>
+
+#include "app/settings.h"
 #include "gui/session_fixture.h"
 
 namespace tunebox::test {
@@ -42,6 +45,21 @@ TEST_F(PlayerSessionTest, PauseKeepsThePositionAndPlayReopensFromIt) {
     // fraction, so it may read up to one second ahead of the true position.
     EXPECT_GE(enginePosition(), kept - 2352) << "a fresh open at the kept position";
     EXPECT_LT(enginePosition(), kept + 2 * 176400);
+}
+
+TEST_F(PlayerSessionTest, PickingAnotherFileReplacesTheOnlyEntry) {
+    start(2, 1);
+    const auto other = (configDir() / "other.wav").string();
+    writeTone(other, 4);
+    desktop_.openAnswer = {QString::fromStdString(other)};
+    click(kKaraokePick);
+    const auto* list = control<QTreeWidget>(kTrackListView);
+    ASSERT_EQ(list->topLevelItemCount(), 1);
+    EXPECT_EQ(list->topLevelItem(0)->text(1).toStdString(), other);
+    EXPECT_EQ(dialog_->currentIndex(), 0);
+    EXPECT_EQ(karaoke().length, 4u * 176400);
+    EXPECT_EQ(control<QLineEdit>(kKaraokeName)->text().toStdString(), other);
+    EXPECT_EQ(readFolder(FolderPicker::kKaraoke), configDir().string() + "/");
 }
 
 TEST_F(PlayerSessionTest, PauseWhenIdleOnlyResetsTheImages) {

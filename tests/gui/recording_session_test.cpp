@@ -88,6 +88,19 @@ TEST_F(RecordingSessionTest, AccompanimentEndFinishesTheTakeWhichThenPlaysBack) 
     EXPECT_EQ(face(kRecordedPlay), kFacePlay);
 }
 
+TEST_F(RecordingSessionTest, ManualDelayTypedInIsWhatTheMixerUses) {
+    start(20, 1);
+    auto* edit = control<QLineEdit>(kManualDelayEdit);
+    edit->setFocus();
+    QTest::keyClicks(edit, "4410");
+    click(kManualDelayCheck);
+    click(kRecord);
+    ASSERT_TRUE(dialog_->capture().isActive());
+    ASSERT_TRUE(waitFor([&] { return control<QLabel>(kDelayReadout)->text() == "4410"; }, 3000))
+        << control<QLabel>(kDelayReadout)->text().toStdString();
+    click(kRecorderStop);
+}
+
 // Measured, not asserted tightly: how long events wait while a take runs.
 TEST_F(RecordingSessionTest, DialogStaysResponsiveWhileRecording) {
     start(6, 1);
