@@ -1,6 +1,5 @@
 // The capture side: REC, the level monitor, echo and the manual delay.
 
-#include <QLineEdit>
 #include <cstdlib>
 
 #include "app/gui/about_dialog.h"

@@ -2,12 +2,10 @@
 // the position display.
 
 #include <QLabel>
-#include <QLineEdit>
 #include <QTreeWidget>
-#include <cmath>
+#include <algorithm>
 
 #include "app/diagnostic_log.h"
-#include "app/gui/control_ids.h"
 #include "app/gui/image_button.h"
 #include "app/gui/main_dialog.h"
 #include "app/gui/position_time.h"
