@@ -88,15 +88,16 @@ TEST_F(RecordingSessionTest, AccompanimentEndFinishesTheTakeWhichThenPlaysBack) 
     EXPECT_EQ(face(kRecordedPlay), kFacePlay);
 }
 
+// The mixer keeps whole frames of a delay; 4,400 bytes is 1,100 of them.
 TEST_F(RecordingSessionTest, ManualDelayTypedInIsWhatTheMixerUses) {
     start(20, 1);
     auto* edit = control<QLineEdit>(kManualDelayEdit);
     edit->setFocus();
-    QTest::keyClicks(edit, "4410");
+    QTest::keyClicks(edit, "4400");
     click(kManualDelayCheck);
     click(kRecord);
     ASSERT_TRUE(dialog_->capture().isActive());
-    ASSERT_TRUE(waitFor([&] { return control<QLabel>(kDelayReadout)->text() == "4410"; }, 3000))
+    ASSERT_TRUE(waitFor([&] { return control<QLabel>(kDelayReadout)->text() == "4400"; }, 3000))
         << control<QLabel>(kDelayReadout)->text().toStdString();
     click(kRecorderStop);
 }
