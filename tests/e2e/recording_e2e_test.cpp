@@ -97,6 +97,7 @@ TEST_F(RecordingE2eTest, AServerKilledMidTakeStopsItWithAFinishedFileAndOneMessa
     REQUIRE_SERVER_SCRIPT(result);
     EXPECT_NE(result.status, 0);
     EXPECT_EQ(test::lineCount(result.err), 1u) << result.err;
+    std::cout << "[ message ] " << result.err;
     expectFinishedTake("take.wav");
 }
 
