@@ -15,6 +15,7 @@ int main(int argc, char** argv) {
     tunebox::cli::registerRecordCommand(app, status);
     tunebox::cli::registerMonitorCommand(app, status);
     tunebox::cli::registerDemoCommand(app, status);
+    tunebox::cli::registerPlayCommand(app, status);
 
     try {
         app.parse(argc, argv);

@@ -115,7 +115,8 @@ class WaveCtl {
     // What the last failed device open said, for a command's error line.
     std::string lastDeviceError() const;
 
-    // Observation for tests and read-outs.
+    // Observation for tests and read-outs. The positions are the owner's to
+    // read while no tick runs (not playing).
     PlayerState state() const { return static_cast<PlayerState>(state_.load()); }
     uint32_t readPosition() const { return readPosition_; }
     uint32_t seekPosition() const { return seekPosition_; }

@@ -16,5 +16,6 @@ void registerInfoCommand(CLI::App& app, int& status);
 void registerRecordCommand(CLI::App& app, int& status);
 void registerMonitorCommand(CLI::App& app, int& status);
 void registerDemoCommand(CLI::App& app, int& status);
+void registerPlayCommand(CLI::App& app, int& status);
 
 }  // namespace tunebox::cli

@@ -1,0 +1,88 @@
+// `tunebox play` run as a user runs it, on the virtual devices.
+#include <sys/wait.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+
+#include "support/player_support.h"
+#include "support/temp_dir.h"
+
+namespace tunebox {
+namespace {
+
+struct CommandRun {
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+class PlayCommand : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        ASSERT_TRUE(
+            test::writeWav(dir_ / "take.wav", test::patternBytes(3 * kNativeBytesPerSecond)));
+    }
+
+    // The command runs in the background as $player; `then` runs in the
+    // shell meanwhile.
+    CommandRun play(const std::string& arguments, const std::string& backend = "virtual",
+                    const std::string& speed = "20", const std::string& then = "") {
+        const std::string command =
+            "cd '" + dir_.path().string() + "' && TUNEBOX_AUDIO=" + backend +
+            " TUNEBOX_VIRTUAL_SPEED=" + speed + " '" + TUNEBOX_EXE + "' play " + arguments +
+            " </dev/null >out.txt 2>err.txt & player=$!; " + then + " wait $player";
+        const int raw = std::system(command.c_str());
+        return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, text("out.txt"), text("err.txt")};
+    }
+
+    std::string text(const std::string& name) {
+        std::ifstream in(dir_ / name);
+        return {std::istreambuf_iterator<char>(in), {}};
+    }
+
+    test::TempDir dir_;
+};
+
+// Off a terminal it plays quietly to the end.
+TEST_F(PlayCommand, PlaysAFileToItsEndWithAndWithoutEcho) {
+    for (const std::string options : {"", " --echo", " --start 1.5"}) {
+        const CommandRun run = play("take.wav" + options);
+        EXPECT_EQ(run.status, 0) << options << ": " << run.err;
+        EXPECT_EQ(run.out, "");
+        EXPECT_EQ(run.err, "");
+    }
+}
+
+TEST_F(PlayCommand, BadInputGivesOneLineAndStatusTwo) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"missing.wav", "tunebox: missing.wav: no such file\n"},
+        {".", "tunebox: .: is a directory\n"},
+        {"take.wav --start 3", "tunebox: --start 3 lies past the end of take.wav (00:03:00)\n"},
+    };
+    for (const auto& [arguments, message] : cases) {
+        const CommandRun run = play(arguments);
+        EXPECT_EQ(run.status, 2) << arguments;
+        EXPECT_EQ(run.err, message);
+    }
+}
+
+TEST_F(PlayCommand, NoOutputDeviceIsSaidInOneLine) {
+    const CommandRun run = play("take.wav", "none-such");
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.err, "tunebox: no audio output device\n");
+}
+
+// At real speed the three seconds are far from over when Ctrl-C comes.
+TEST_F(PlayCommand, CtrlCStopsPlaybackAtOnce) {
+    const auto started = std::chrono::steady_clock::now();
+    const CommandRun run = play("take.wav", "virtual", "1", "sleep 0.5; kill -INT $player;");
+    EXPECT_EQ(run.status, 130);
+    EXPECT_EQ(run.err, "");
+    EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::milliseconds(2500));
+}
+
+}  // namespace
+}  // namespace tunebox

@@ -1,0 +1,218 @@
+#include "playback/wave_ctl.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "platform/heap.h"
+#include "playback/playback_clock.h"
+#include "support/log_records.h"
+#include "support/loopback_listener.h"
+#include "support/player_support.h"
+#include "support/temp_dir.h"
+
+namespace tunebox {
+namespace {
+
+using test::BackendScope;
+using test::initPlayer;
+using test::LoopbackListener;
+using test::patternBytes;
+using test::waitUntil;
+using test::writeWav;
+
+constexpr uint32_t kBuffer = kEngineBlockBytes;
+
+class WaveCtlTest : public ::testing::Test {
+  protected:
+    std::string fileOf(const std::vector<uint8_t>& data) {
+        const auto path = dir_ / ("take" + std::to_string(files_++) + ".wav");
+        EXPECT_TRUE(writeWav(path, data));
+        return path.string();
+    }
+
+    // Plays `data` from its start to the end the player finds by itself and
+    // returns what the device played, watching the ring all the while.
+    std::vector<uint8_t> playToEnd(const std::vector<uint8_t>& data) {
+        const std::string path = fileOf(data);
+        LoopbackListener listener(*audio_, 8);
+        EXPECT_TRUE(listener.listening());
+        WaveCtl player;
+        initPlayer(player);
+        EXPECT_EQ(player.wavOpenFile(path, 0, static_cast<uint32_t>(data.size())), 1);
+        EXPECT_EQ(player.wavPlay(), 1);
+        uint32_t mostFilled = 0;
+        int32_t mostOutstanding = 0;
+        EXPECT_TRUE(waitUntil([&] { return player.wavIsStopped() == 1; }, std::chrono::seconds(20),
+                              [&] {
+                                  mostFilled = std::max(mostFilled, player.filledCount());
+                                  mostOutstanding =
+                                      std::max(mostOutstanding, player.outstandingCount());
+                              }));
+        EXPECT_LE(mostFilled, 2u);  // count - 1
+        EXPECT_LE(mostOutstanding, 3);
+        return listener.heard();
+    }
+
+    std::shared_ptr<VirtualAudio> audio_ =
+        std::make_shared<VirtualAudio>(VirtualAudioConfig{.speed = 20});
+    BackendScope scope_{audio_};
+    test::TempDir dir_;
+    int files_ = 0;
+};
+
+::testing::AssertionResult samePrefix(const std::vector<uint8_t>& heard,
+                                      const std::vector<uint8_t>& data, std::size_t length) {
+    if (heard.size() != length) {
+        return ::testing::AssertionFailure()
+               << "heard " << heard.size() << " bytes, not " << length;
+    }
+    const auto differ = std::mismatch(heard.begin(), heard.end(), data.begin());
+    if (differ.first != heard.end()) {
+        return ::testing::AssertionFailure()
+               << "first difference at byte " << (differ.first - heard.begin());
+    }
+    return ::testing::AssertionSuccess();
+}
+
+// Five and a half buffers: the two of the prefill and three refills play;
+// the refill that reaches the end is not played at all.
+TEST_F(WaveCtlTest, BytesReachTheDeviceInOrderUntilTheBlockThatReachesTheEnd) {
+    const auto data = patternBytes(kBuffer * 11 / 2);
+    EXPECT_TRUE(samePrefix(playToEnd(data), data, 5 * kBuffer));
+}
+
+TEST_F(WaveCtlTest, AFileShorterThanOneBufferPlaysWholeAndEnds) {
+    const auto data = patternBytes(10000);
+    EXPECT_TRUE(samePrefix(playToEnd(data), data, data.size()));
+}
+
+TEST_F(WaveCtlTest, StartPositionsOffAFrameMoveOnByTheirLowBits) {
+    const std::string path = fileOf(patternBytes(4 * kBuffer));
+    for (const auto& [start, adjusted] : {std::pair{3u, 6u}, {4u, 4u}, {5u, 6u}}) {
+        WaveCtl player;
+        initPlayer(player);
+        ASSERT_EQ(player.wavOpenFile(path, start, 4 * kBuffer), 1);
+        EXPECT_EQ(player.seekPosition(), adjusted) << "start " << start;
+        EXPECT_EQ(player.readPosition(), adjusted + 2 * kBuffer);
+    }
+}
+
+TEST_F(WaveCtlTest, PausingThenSeekingStaysPausedAtTheNewPlaceAndPlaysOnFromThere) {
+    const uint32_t length = 10 * kNativeBytesPerSecond;
+    WaveCtl player;
+    initPlayer(player);
+    ASSERT_EQ(player.wavOpenFile(fileOf(patternBytes(length)), 0, length), 1);
+    ASSERT_EQ(player.wavPlay(), 1);
+    ASSERT_TRUE(waitUntil([&] { return player.wavGetDevicePosition() > 0; }));
+    player.wavPause(1);
+    player.wavSeekSlider(5000);
+    EXPECT_EQ(player.state(), kPlayerPaused);
+    EXPECT_EQ(player.seekPosition(), length / 2);
+    EXPECT_EQ(player.wavGetSliderPos(), 5000u);
+    const uint32_t standing = player.wavGetDevicePosition();
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));  // 2 s of virtual time
+    EXPECT_EQ(player.wavGetDevicePosition(), standing);
+
+    player.wavPause(0);
+    EXPECT_EQ(player.state(), kPlayerPlaying);
+    EXPECT_TRUE(waitUntil([&] { return player.wavIsStopped() == 1; }));
+}
+
+TEST_F(WaveCtlTest, TheSliderAtItsEndStopsThePlayer) {
+    const uint32_t length = 4 * kBuffer;
+    WaveCtl player;
+    initPlayer(player);
+    ASSERT_EQ(player.wavOpenFile(fileOf(patternBytes(length)), 0, length), 1);
+    ASSERT_EQ(player.wavPlay(), 1);
+    player.wavSeekSlider(10000);
+    EXPECT_EQ(player.wavIsStopped(), 1);
+    EXPECT_EQ(player.readPosition(), length);
+    uint32_t minutes = 0, seconds = 0, frames = 0;
+    EXPECT_EQ(player.wavGetTime(minutes, seconds, frames), -1);
+    EXPECT_EQ(player.wavGetSliderPos(), 0u);
+}
+
+TEST_F(WaveCtlTest, OneSecondStepsMoveTheReadPositionAndForwardPastTheEndStops) {
+    const uint32_t length = 3 * kNativeBytesPerSecond;
+    WaveCtl player;
+    initPlayer(player);
+    ASSERT_EQ(player.wavOpenFile(fileOf(patternBytes(length)), 0, length), 1);
+    ASSERT_EQ(player.readPosition(), 2 * kBuffer);
+    player.wavStepBack();
+    EXPECT_EQ(player.readPosition(), 2 * kBuffer - kNativeBytesPerSecond);
+    player.wavStepBack();
+    EXPECT_EQ(player.readPosition(), 0u);
+    player.wavStepForward();
+    EXPECT_EQ(player.readPosition(), kNativeBytesPerSecond);
+
+    audio_->setClockStalled(true);  // no tick reads on meanwhile
+    ASSERT_EQ(player.wavPlay(), 1);
+    player.wavStepForward();
+    EXPECT_EQ(player.wavIsStopped(), 0);
+    player.wavStepForward();
+    EXPECT_EQ(player.wavIsStopped(), 1);
+    EXPECT_EQ(player.readPosition(), length);
+    audio_->setClockStalled(false);
+}
+
+// While the clock stands still the device position is known, and the time
+// and slider follow from it and the run's start position (here 2 s).
+TEST_F(WaveCtlTest, ClockAndSliderFollowTheDevicePositionFromTheRunStart) {
+    const uint32_t length = 8 * kNativeBytesPerSecond;
+    const uint32_t start = 2 * kNativeBytesPerSecond;
+    WaveCtl player;
+    initPlayer(player);
+    ASSERT_EQ(player.wavOpenFile(fileOf(patternBytes(length)), start, length), 1);
+    ASSERT_EQ(player.wavPlay(), 1);
+    for (const uint32_t played : {kNativeBytesPerSecond * 3 / 4, 2 * kNativeBytesPerSecond}) {
+        ASSERT_TRUE(waitUntil([&] { return player.wavGetDevicePosition() >= played; }));
+        audio_->setClockStalled(true);
+        const uint32_t device = player.wavGetDevicePosition();
+        uint32_t minutes = 9, seconds = 9, frames = 99;
+        ASSERT_EQ(player.wavGetTime(minutes, seconds, frames), 1);
+        const uint32_t total = start + device;
+        EXPECT_EQ(minutes, 0u);
+        EXPECT_EQ(seconds, (total + kNativeBytesPerSecond / 2) / kNativeBytesPerSecond);
+        EXPECT_EQ(frames, total % kNativeBytesPerSecond * 75 / kNativeBytesPerSecond);
+        const uint32_t wholeSeconds = (device / kNativeBytesPerSecond * kNativeBytesPerSecond +
+                                       start + kNativeBytesPerSecond / 2) /
+                                      kNativeBytesPerSecond;
+        EXPECT_EQ(player.wavGetSliderPos(), wholeSeconds * 10000 / 8);
+        audio_->setClockStalled(false);
+    }
+    player.wavStop();
+    EXPECT_EQ(player.wavIsStopped(), 1);
+}
+
+TEST_F(WaveCtlTest, AFailedBufferLeavesTheFewThatCameAndNothingPlays) {
+    test::LogDirectory log;
+    WaveCtl player;
+    heapFailAfter(1);
+    initPlayer(player);
+    heapFailAfter(-1);
+    EXPECT_EQ(player.bufferCount(), 1);
+    EXPECT_EQ(log.messages(),
+              std::vector<std::string>{"ﾒﾓﾘ確保失敗:wavInit→WaveCtl.WaveBuf[i].pwh.lpData"});
+    ASSERT_EQ(player.wavOpenFile(fileOf(patternBytes(kBuffer)), 0, kBuffer), 1);
+    EXPECT_EQ(player.filledCount(), 0u);
+    EXPECT_EQ(player.readPosition(), 0u);
+}
+
+TEST(WaveCtl, ADeviceThatWillNotOpenIsReportedAndLeavesNoClock) {
+    BackendScope scope(std::make_shared<VirtualAudio>(VirtualAudioConfig{.failOutputOpen = true}));
+    test::TempDir dir;
+    ASSERT_TRUE(writeWav(dir / "a.wav", patternBytes(kBuffer)));
+    WaveCtl player;
+    initPlayer(player);
+    ASSERT_EQ(player.wavOpenFile((dir / "a.wav").string(), 0, kBuffer), 1);
+    EXPECT_EQ(player.wavPlay(), 0);
+    EXPECT_FALSE(player.lastDeviceError().empty());
+    uint32_t minutes = 0, seconds = 0, frames = 0;
+    EXPECT_EQ(player.wavGetTime(minutes, seconds, frames), -1);
+    EXPECT_EQ(player.wavGetDevicePosition(), 0u);
+    EXPECT_EQ(player.wavOpenFile((dir / "missing.wav").string(), 0, kBuffer), 0);
+}
+
+}  // namespace
+}  // namespace tunebox
