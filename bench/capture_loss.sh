@@ -29,6 +29,8 @@ done
 cd "$work"
 "$root/build/src/tunebox" record --accompaniment song.wav --output take.wav --no-echo
 echo "busy cores: ${#busy[@]}"
-echo "voice-ring overflows logged: $(grep -ac 'ﾊﾞｯﾌｧｵｰﾊﾞｰﾌﾛｰ' tunebox.log || true)"
+overflows=0
+[ -f tunebox.log ] && overflows=$(grep -ac "ﾊﾞｯﾌｧｵｰﾊﾞｰﾌﾛｰ" tunebox.log || true)
+echo "voice-ring overflows logged: $overflows"
 "$root/build/src/tunebox" info song.wav | grep length | sed 's/^/accompaniment /'
 "$root/build/src/tunebox" info take.wav | grep length | sed 's/^/take /'

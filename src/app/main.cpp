@@ -11,10 +11,10 @@ int main(int argc, char** argv) {
     tunebox::cli::registerVersionCommand(app, status);
     tunebox::cli::registerTuneCommand(app, status);
     tunebox::cli::registerInfoCommand(app, status);
-    tunebox::cli::registerPlayCommand(app, status);
     tunebox::cli::registerRecordCommand(app, status);
     tunebox::cli::registerMonitorCommand(app, status);
     tunebox::cli::registerDemoCommand(app, status);
+    tunebox::cli::registerPlayCommand(app, status);
 
     try {
         app.parse(argc, argv);

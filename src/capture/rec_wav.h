@@ -10,9 +10,7 @@
 // writes, start, stop) runs on the thread that owns the dispatcher. A stop
 // pumps that dispatcher by hand until every queued buffer is back.
 
-#include <array>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -101,7 +99,6 @@ class CRecWav {
     std::unique_ptr<InputDevice> device_;
     WaveFormat format_{};
     std::unique_ptr<uint8_t[]> cpybuf_;
-    int32_t monitorOnly_ = 0;
     int32_t state_ = kRecClosed;
     std::recursive_mutex stopLock_;
     OutputSink sink_;

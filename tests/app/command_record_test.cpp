@@ -65,6 +65,17 @@ TEST_F(CommandRecordTest, AFullDiskStopsTheTakeWithAFinishedFileAndOneMessage) {
     EXPECT_LE(std::filesystem::file_size(dir() / "take.wav"), 400u * 1024);
 }
 
+TEST_F(CommandRecordTest, TheLevelMonitorRunsUntilCtrlCAndWritesNothing) {
+    const auto run = runScript(std::string(kVirtual) +
+                               "\"$TUNEBOX\" monitor & pid=$!\n"
+                               "sleep 1; kill -INT $pid; wait $pid");
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.err, "");
+    for (const auto& entry : std::filesystem::directory_iterator(dir())) {
+        EXPECT_NE(entry.path().extension(), ".wav") << entry.path();
+    }
+}
+
 TEST_F(CommandRecordTest, TheDemoSaysWhichDevicesItRecordedThrough) {
     const auto run = runScript(std::string(kVirtual) + "exec timeout 60 \"$TUNEBOX\" demo");
     ASSERT_EQ(run.status, 0) << run.err;

@@ -19,7 +19,6 @@ namespace tunebox {
 namespace {
 
 constexpr std::size_t kWavHeaderBytes = 44;
-constexpr const char* kServerDir = "/tmp/tunebox-e2e-recording";
 
 // In CI a missing server is a failure; elsewhere the test is skipped.
 #define REQUIRE_SERVER_SCRIPT(run)                                          \
@@ -34,12 +33,14 @@ constexpr const char* kServerDir = "/tmp/tunebox-e2e-recording";
 
 class RecordingE2eTest : public ::testing::Test, protected test::TakeRunner {
   protected:
-    // Starts the private server and points the script at it; exit 77 when
-    // none could be started.
+    // Starts a private server for the script (each test has its own: one of
+    // them kills it) and stops it at the end; exit 77 when none could start.
     static std::string withServer(const std::string& body) {
-        return std::string("export TUNEBOX_TEST_AUDIO_DIR=") + kServerDir + "\n" + "server='" +
+        return std::string("export TUNEBOX_TEST_AUDIO_DIR=/tmp/tunebox-e2e-") +
+               ::testing::UnitTest::GetInstance()->current_test_info()->name() + "\n" + "server='" +
                TUNEBOX_SOURCE_DIR + "/scripts/test-audio-server.sh'\n" +
                "bash \"$server\" start >/dev/null 2>&1 || exit 77\n" +
+               "trap 'bash \"$server\" stop >/dev/null 2>&1' EXIT\n" +
                "eval \"$(bash \"$server\" env)\"\n" + body;
     }
     void writeClicks() {
@@ -72,7 +73,7 @@ TEST_F(RecordingE2eTest, TheVoiceLinesUpWithTheAccompanimentWithinTwoMillisecond
     std::vector<double> errors;
     for (int run = 0; run < 3; ++run) {
         const auto result = runScript(withServer(
-            "exec timeout 60 \"$TUNEBOX\" record --accompaniment clicks.wav --output take.wav "
+            "timeout 60 \"$TUNEBOX\" record --accompaniment clicks.wav --output take.wav "
             "--no-echo"));
         REQUIRE_SERVER_SCRIPT(result);
         ASSERT_EQ(result.status, 0) << result.err;
@@ -97,6 +98,7 @@ TEST_F(RecordingE2eTest, AServerKilledMidTakeStopsItWithAFinishedFileAndOneMessa
     REQUIRE_SERVER_SCRIPT(result);
     EXPECT_NE(result.status, 0);
     EXPECT_EQ(test::lineCount(result.err), 1u) << result.err;
+    std::cout << "[ message ] " << result.err;
     expectFinishedTake("take.wav");
 }
 

@@ -13,9 +13,9 @@ inline constexpr int kExitBadInput = 2;
 void registerVersionCommand(CLI::App& app, int& status);
 void registerTuneCommand(CLI::App& app, int& status);
 void registerInfoCommand(CLI::App& app, int& status);
-void registerPlayCommand(CLI::App& app, int& status);
 void registerRecordCommand(CLI::App& app, int& status);
 void registerMonitorCommand(CLI::App& app, int& status);
 void registerDemoCommand(CLI::App& app, int& status);
+void registerPlayCommand(CLI::App& app, int& status);
 
 }  // namespace tunebox::cli
