@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
-# The main job: make the demo accompaniment and show what Tunebox reads in it.
+# The main job: record a take over the demo accompaniment with the default
+# devices (or the virtual loopback where no sound server answers), then show
+# what Tunebox reads in the take.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-./build/src/tunebox tune demo-tune.wav
-./build/src/tunebox info demo-tune.wav
+./build/src/tunebox demo --output demo-take.wav
+./build/src/tunebox info demo-take.wav

@@ -7,7 +7,7 @@ cd "$(dirname "$0")/.."
 packages=(
     cmake g++ clang make pkg-config
     googletest libgtest-dev libgmock-dev libbenchmark-dev
-    qt6-base-dev fonts-ipafont-gothic
+    qt6-base-dev qt6-svg-dev fonts-ipafont-gothic
     libpulse-dev pulseaudio
     libmpg123-dev libsoxr-dev libcli11-dev
     lame sox libsox-fmt-all

@@ -1,7 +1,6 @@
-#include <iostream>
-
 #include "app/cli/commands.h"
 #include "app/diagnostic_log.h"
+#include "app/gui/run_dialog.h"
 
 int main(int argc, char** argv) {
     tunebox::logInit(0);
@@ -15,6 +14,9 @@ int main(int argc, char** argv) {
     tunebox::cli::registerDecodeCommand(app, status);
     tunebox::cli::registerFxCommand(app, status);
     tunebox::cli::registerCalibrateCommand(app, status);
+    tunebox::cli::registerRecordCommand(app, status);
+    tunebox::cli::registerMonitorCommand(app, status);
+    tunebox::cli::registerDemoCommand(app, status);
     tunebox::cli::registerPlayCommand(app, status);
 
     try {
@@ -23,7 +25,7 @@ int main(int argc, char** argv) {
         return app.exit(error);
     }
     if (app.get_subcommands().empty()) {
-        std::cout << app.help();
+        return tunebox::gui::runMainDialog(argc, argv);
     }
     return status;
 }

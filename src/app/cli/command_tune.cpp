@@ -1,50 +1,16 @@
-#include <iostream>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "app/cli/commands.h"
-#include "app/demo_tune.h"
-#include "platform/little_endian.h"
-#include "playback/wav_length.h"
-#include "playback/wav_writer.h"
+#include "app/cli/demo_tune_file.h"
 
 namespace tunebox::cli {
-namespace {
-
-std::vector<uint8_t> littleEndianBytes(const std::vector<int16_t>& samples) {
-    std::vector<uint8_t> bytes(samples.size() * 2);
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        storeLe16(&bytes[2 * i], static_cast<uint16_t>(samples[i]));
-    }
-    return bytes;
-}
-
-int writeDemoTune(const std::string& path) {
-    const std::vector<uint8_t> bytes = littleEndianBytes(synthesiseDemoTune());
-    WaveWriter writer;
-    wavResetWriter(writer);
-    if (wavCreateFile(path, writer) != 1) {
-        std::cerr << "tunebox: " << path << ": cannot be created\n";
-        return kExitBadInput;
-    }
-    const int written = wavWrite(writer, bytes.data(), static_cast<uint32_t>(bytes.size()));
-    if (wavCloseFile(writer) != 1 || written != 1) {
-        std::cerr << "tunebox: " << path << ": could not be written completely\n";
-        return kExitBadInput;
-    }
-    std::cout << path << ": demo accompaniment, "
-              << formatSectorTime(static_cast<uint32_t>(bytes.size())) << "\n";
-    return 0;
-}
-
-}  // namespace
 
 void registerTuneCommand(CLI::App& app, int& status) {
     auto* command = app.add_subcommand("tune", "Write a short demo accompaniment as a WAV file");
     auto path = std::make_shared<std::string>();
     command->add_option("OUT", *path, "The WAV file to write")->required();
-    command->callback([&status, path] { status = writeDemoTune(*path); });
+    command->callback([&status, path] { status = writeDemoTuneFile(*path); });
 }
 
 }  // namespace tunebox::cli

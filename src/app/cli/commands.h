@@ -16,6 +16,9 @@ void registerInfoCommand(CLI::App& app, int& status);
 void registerDecodeCommand(CLI::App& app, int& status);
 void registerFxCommand(CLI::App& app, int& status);
 void registerCalibrateCommand(CLI::App& app, int& status);
+void registerRecordCommand(CLI::App& app, int& status);
+void registerMonitorCommand(CLI::App& app, int& status);
+void registerDemoCommand(CLI::App& app, int& status);
 void registerPlayCommand(CLI::App& app, int& status);
 
 }  // namespace tunebox::cli

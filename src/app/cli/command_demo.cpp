@@ -1,0 +1,73 @@
+#include <filesystem>
+#include <iostream>
+#include <memory>
+
+#include "app/cli/commands.h"
+#include "app/cli/demo_tune_file.h"
+#include "app/cli/take_loop.h"
+#include "app/demo_tune.h"
+#include "app/synthetic_voice.h"
+#include "platform/virtual_audio.h"
+#include "playback/wav_length.h"
+
+namespace tunebox::cli {
+namespace {
+
+constexpr uint32_t kVoiceSpareSeconds = 4;  // sung on while the stop drains
+
+// The default devices when a sound server answers; otherwise (or when the
+// virtual backend was asked for) the simulated loopback, where a synthetic
+// singer follows the accompaniment and the microphone hears only the voice.
+void chooseDevices() {
+    AudioBackend& backend = audioBackend();
+    const bool virtualAsked = backend.name() == "virtual";
+    if (!virtualAsked && backend.outputDeviceCount() > 0 && backend.inputDeviceCount() > 0) {
+        std::cout << "devices: the default output and input of the sound server (" << backend.name()
+                  << ")\n";
+        return;
+    }
+    if (!virtualAsked) {
+        std::cout << "no sound server could be reached\n";
+    }
+    VirtualAudioConfig config = virtualAudioConfigFromEnvironment();
+    config.voice = synthesiseVoice((kDemoTuneSeconds + kVoiceSpareSeconds) * 44100);
+    config.loopbackGain = 0.0f;
+    setAudioBackend(std::make_shared<VirtualAudio>(std::move(config)));
+    std::cout << "devices: the virtual loopback (a synthetic voice over the accompaniment)\n";
+}
+
+int demo(const std::string& output) {
+    const std::filesystem::path tune =
+        std::filesystem::path(output).parent_path() / "demo-tune.wav";
+    if (const int status = writeDemoTuneFile(tune.string()); status != 0) {
+        return status;
+    }
+    chooseDevices();
+    RecordingSession session;
+    RecordingOptions options;
+    options.accompaniment = tune.string();
+    options.output = output;
+    if (!session.rec(options)) {
+        std::cerr << "tunebox: " << session.error() << '\n';
+        return kExitBadInput;
+    }
+    const int status = runTake(session, true);
+    uint32_t length = 0;
+    if (wavGetLength(output, length) == 1) {
+        std::cout << output << ": the take, " << formatSectorTime(length) << ", delay "
+                  << session.capture().syncMx().alignedDelay() << " bytes\n";
+    }
+    return status;
+}
+
+}  // namespace
+
+void registerDemoCommand(CLI::App& app, int& status) {
+    auto* command = app.add_subcommand(
+        "demo", "Record a take over the demo accompaniment with the default devices");
+    auto output = std::make_shared<std::string>("demo-take.wav");
+    command->add_option("--output", *output, "The take, a WAV file (demo-tune.wav goes beside it)");
+    command->callback([&status, output] { status = demo(*output); });
+}
+
+}  // namespace tunebox::cli

@@ -1,0 +1,29 @@
+#include <iostream>
+
+#include "app/cli/commands.h"
+#include "app/cli/take_loop.h"
+#include "app/settings.h"
+
+namespace tunebox::cli {
+namespace {
+
+int monitor() {
+    SyncSettings settings;
+    readSyncSettings(settings);
+    RecordingSession session;
+    if (!session.monitor(settings.manualDelayFlag == 1 ? 1 : 0)) {
+        std::cerr << "tunebox: " << session.error() << '\n';
+        return kExitBadInput;
+    }
+    return runTake(session, false);
+}
+
+}  // namespace
+
+void registerMonitorCommand(CLI::App& app, int& status) {
+    auto* command = app.add_subcommand(
+        "monitor", "Show the microphone level on two bars, recording nothing (Ctrl-C stops)");
+    command->callback([&status] { status = monitor(); });
+}
+
+}  // namespace tunebox::cli

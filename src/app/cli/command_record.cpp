@@ -1,0 +1,83 @@
+#include <cmath>
+#include <cstdlib>
+#include <iostream>
+#include <memory>
+#include <optional>
+
+#include "app/cli/commands.h"
+#include "app/cli/take_loop.h"
+#include "app/settings.h"
+#include "playback/wav_length.h"
+
+namespace tunebox::cli {
+namespace {
+
+struct RecordArguments {
+    std::string accompaniment;
+    std::string output;
+    std::optional<int32_t> manualDelay;
+    bool noEcho = false;
+    double startSeconds = 0.0;
+};
+
+// The dialog reads the manual-delay box with "%ld": a sign and leading
+// digits, anything else (or nothing) is 0.
+int32_t parseDelayText(const std::string& text) {
+    return static_cast<int32_t>(std::strtol(text.c_str(), nullptr, 10));
+}
+
+RecordingOptions optionsFrom(const RecordArguments& arguments) {
+    RecordingOptions options;
+    options.accompaniment = arguments.accompaniment;
+    options.output = arguments.output;
+    options.echo = arguments.noEcho ? 0 : 1;
+    options.startBytes =
+        static_cast<uint32_t>(std::llround(arguments.startSeconds * 44100.0)) * kNativeFrameBytes;
+    if (arguments.manualDelay) {
+        options.manualFlag = 1;
+        options.manualDelay = *arguments.manualDelay;
+    } else {
+        SyncSettings settings;
+        readSyncSettings(settings);
+        options.manualFlag = settings.manualDelayFlag == 1 ? 1 : 0;
+        options.manualDelay = options.manualFlag ? parseDelayText(settings.manualDelayText) : 0;
+    }
+    return options;
+}
+
+int record(const RecordArguments& arguments) {
+    RecordingSession session;
+    if (!session.rec(optionsFrom(arguments))) {
+        std::cerr << "tunebox: " << session.error() << '\n';
+        return kExitBadInput;
+    }
+    const int status = runTake(session, !arguments.accompaniment.empty());
+    uint32_t length = 0;
+    if (wavGetLength(arguments.output, length) == 1) {
+        std::cout << arguments.output << ": " << formatSectorTime(length) << " recorded";
+        if (!arguments.accompaniment.empty()) {
+            std::cout << ", delay " << session.capture().syncMx().alignedDelay() << " bytes";
+        }
+        std::cout << ", " << lostCaptureBlocks() << " capture blocks lost\n";
+    }
+    return status;
+}
+
+}  // namespace
+
+void registerRecordCommand(CLI::App& app, int& status) {
+    auto* command =
+        app.add_subcommand("record", "Record the voice over an accompaniment (Ctrl-C stops)");
+    auto arguments = std::make_shared<RecordArguments>();
+    command->add_option("--accompaniment", arguments->accompaniment,
+                        "WAV or MP3 file to sing over; without it the voice is recorded alone");
+    command->add_option("--output", arguments->output, "The take, a WAV file")->required();
+    command->add_option("--manual-delay", arguments->manualDelay,
+                        "Voice bytes to drop instead of the measured delay");
+    command->add_flag("--no-echo", arguments->noEcho, "Record the voice without the echo");
+    command->add_option("--start", arguments->startSeconds, "Where the accompaniment starts")
+        ->check(CLI::NonNegativeNumber);
+    command->callback([&status, arguments] { status = record(*arguments); });
+}
+
+}  // namespace tunebox::cli

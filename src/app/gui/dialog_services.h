@@ -1,0 +1,38 @@
+#pragma once
+// What the dialog asks of the desktop: file pickers, the stop message box
+// and the default browser. The dialog takes them as a set so that a test can
+// answer in place of a user.
+
+#include <QString>
+#include <QStringList>
+#include <QUrl>
+#include <functional>
+
+class QWidget;
+
+namespace tunebox::gui {
+
+struct PickerRequest {
+    // Pairs of description and patterns separated by '|', ending in "||".
+    QString filter;
+    QString defaultSuffix;
+    QString initialFolder;
+    bool multiSelect = false;
+};
+
+struct DialogServices {
+    // The files chosen, or none when the user cancelled.
+    std::function<QStringList(QWidget* parent, const PickerRequest& request)> pickOpen;
+    // The file to save to, or empty when the user cancelled.
+    std::function<QString(QWidget* parent, const PickerRequest& request)> pickSave;
+    std::function<void(QWidget* parent, const QString& caption, const QString& text)> showStop;
+    std::function<void(const QUrl& url)> openUrl;
+};
+
+// Qt's own pickers, message box and QDesktopServices.
+DialogServices desktopServices();
+
+// "desc|patterns|...||" as Qt name filters: "desc (patterns)".
+QStringList qtNameFilters(const QString& filter);
+
+}  // namespace tunebox::gui

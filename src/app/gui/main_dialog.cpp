@@ -1,0 +1,332 @@
+#include "app/gui/main_dialog.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QEvent>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QLinearGradient>
+#include <QPainter>
+#include <QRegularExpressionValidator>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+#include "app/gui/app_icon.h"
+#include "app/gui/control_ids.h"
+#include "app/gui/image_button.h"
+#include "app/gui/level_meter.h"
+#include "app/gui/position_time.h"
+#include "app/settings.h"
+
+namespace tunebox::gui {
+namespace {
+
+const QColor kMediaText(0, 0, 255);
+const QColor kLinkText(96, 96, 255);
+
+QFont timeFont() {
+    QFont font;
+    // The gothic face the time was designed for, else an installed one.
+    font.setFamilies({QStringLiteral("ＭＳ ゴシック"), QStringLiteral("MS Gothic"),
+                      QStringLiteral("IPAGothic"), QStringLiteral("IPAゴシック"),
+                      QStringLiteral("Noto Sans Mono CJK JP")});
+    font.setPixelSize(16);
+    font.setStyleHint(QFont::TypeWriter);
+    return font;
+}
+
+template <class Widget>
+Widget* named(Widget* widget, ControlId id) {
+    widget->setObjectName(controlName(id));
+    return widget;
+}
+
+QLabel* staticText(const QString& text, QWidget* parent) {
+    auto* label = new QLabel(text, parent);
+    label->setAttribute(Qt::WA_TranslucentBackground);
+    return label;
+}
+
+QLabel* readout(ControlId id, QWidget* parent) {
+    auto* label = named(staticText(QString(), parent), id);
+    label->setMinimumWidth(70);
+    return label;
+}
+
+}  // namespace
+
+MainDialog::MainDialog(DialogServices services, QWidget* parent)
+    : QDialog(parent), services_(std::move(services)) {
+    setWindowTitle(QStringLiteral("Tunebox"));
+    createControls();
+    layOutControls();
+    setUpWindowMenu();
+    setWindowIcon(appIcon());
+    initialiseMembers();
+}
+
+MainDialog::~MainDialog() {
+    destroy();
+}
+
+ImageButton* MainDialog::makeButton(int id, const QString& caption, const QString& tip) {
+    auto* button = named(new ImageButton(caption, this), static_cast<ControlId>(id));
+    button->setToolTip(tip);
+    button->setAutoDefault(false);
+    return button;
+}
+
+void MainDialog::createControls() {
+    karaokePick_ = makeButton(kKaraokePick, QStringLiteral("ｶﾗｵｹﾌｧｲﾙ選択"), QString());
+    karaokePlay_ = makeButton(kKaraokePlay, QString(), QStringLiteral("PLAY"));
+    karaokeStop_ = makeButton(kKaraokeStop, QString(), QStringLiteral("STOP"));
+    karaokePause_ = makeButton(kKaraokePause, QString(), QStringLiteral("PAUSE"));
+    leftButton_ = makeButton(kLeftButton, QStringLiteral("←"), QString());
+    rightButton_ = makeButton(kRightButton, QStringLiteral("→"), QString());
+    recordedPick_ = makeButton(kRecordedPick, QStringLiteral("録音ﾌｧｲﾙ"), QString());
+    recordedPlay_ = makeButton(kRecordedPlay, QString(), QStringLiteral("PLAY"));
+    recorderStop_ = makeButton(kRecorderStop, QString(), QStringLiteral("STOP"));
+    recordedPause_ = makeButton(kRecordedPause, QString(), QStringLiteral("PAUSE"));
+    recordButton_ = makeButton(kRecord, QString(), QStringLiteral("REC"));
+    monitorButton_ = makeButton(kMonitor, QString(), QStringLiteral("ﾚﾍﾞﾙﾓﾆﾀｰ"));
+    aboutButton_ = makeButton(kAboutButton, QStringLiteral("ﾊﾞｰｼﾞｮﾝ情報"), QString());
+    helpButton_ = makeButton(kHelpButton, QStringLiteral("ﾍﾙﾌﾟ"), QString());
+
+    listView_ = named(new QTreeWidget(this), kTrackListView);
+    listView_->setColumnCount(2);
+    listView_->setHeaderLabels({QStringLiteral("No."), QStringLiteral("ﾌｧｲﾙ名")});
+    listView_->setRootIsDecorated(false);
+    listView_->hide();
+
+    karaokeNameEdit_ = named(new QLineEdit(this), kKaraokeName);
+    karaokeNameEdit_->setReadOnly(true);
+    recordedNameEdit_ = named(new QLineEdit(this), kRecordedName);
+    karaokeTrackbar_ = named(new PositionTrackbar(this), kKaraokeTrackbar);
+    recordedTrackbar_ = named(new PositionTrackbar(this), kRecordedTrackbar);
+
+    timeLabel_ = named(new QLabel(this), kTimeText);
+    timeLabel_->setFont(timeFont());
+    timeLabel_->setAlignment(Qt::AlignCenter);
+    timeLabel_->setAutoFillBackground(true);
+    QPalette timePalette = timeLabel_->palette();
+    timePalette.setColor(QPalette::Window, Qt::black);
+    timePalette.setColor(QPalette::WindowText, QColor(0, 255, 255));
+    timeLabel_->setPalette(timePalette);
+    timeLabel_->setMinimumSize(96, 26);
+
+    echoCheck_ = named(new QCheckBox(QStringLiteral("エコー効果"), this), kEchoCheck);
+    manualDelayCheck_ =
+        named(new QCheckBox(QStringLiteral("手動遅れ設定"), this), kManualDelayCheck);
+    manualDelayEdit_ = named(new QLineEdit(this), kManualDelayEdit);
+    manualDelayEdit_->setValidator(new QRegularExpressionValidator(
+        QRegularExpression(QStringLiteral("[0-9]*")), manualDelayEdit_));
+    manualDelayEdit_->setMaximumWidth(90);
+    manualDelayEdit_->installEventFilter(this);
+    delayLabel_ = readout(kDelayReadout, this);
+    captureStartLabel_ = readout(kCaptureStartReadout, this);
+    captureStartLabel_->setToolTip(QStringLiteral("録音開始時の入力位置 (バイト)"));
+    playbackStartLabel_ = readout(kPlaybackStartReadout, this);
+    playbackStartLabel_->setToolTip(QStringLiteral("録音開始時の再生位置 (バイト)"));
+    for (QLabel* label : {captureStartLabel_, playbackStartLabel_}) {
+        // Diagnostic figures: present but quieter than the controls.
+        QPalette quiet = label->palette();
+        quiet.setColor(QPalette::WindowText, QColor(110, 116, 130));
+        label->setPalette(quiet);
+    }
+    meter_ = named(new LevelMeter(this), kMeterFrame);
+    meter_->setMinimumHeight(26);
+
+    setUpImageButtons();
+
+    connect(karaokePick_, &QPushButton::clicked, this, &MainDialog::pickKaraoke);
+    connect(karaokePlay_, &QPushButton::clicked, this, [this] { playKaraoke(); });
+    connect(karaokeStop_, &QPushButton::clicked, this, [this] { stopKaraoke(true); });
+    connect(karaokePause_, &QPushButton::clicked, this, &MainDialog::pauseKaraoke);
+    connect(recordedPick_, &QPushButton::clicked, this, &MainDialog::pickRecorded);
+    connect(recordedNameEdit_, &QLineEdit::textChanged, this, &MainDialog::recordedNameChanged);
+    connect(recordButton_, &QPushButton::clicked, this, &MainDialog::record);
+    connect(recordedPlay_, &QPushButton::clicked, this, &MainDialog::playRecorded);
+    connect(recorderStop_, &QPushButton::clicked, this, &MainDialog::stopRecorder);
+    connect(recordedPause_, &QPushButton::clicked, this, &MainDialog::pauseRecorded);
+    connect(monitorButton_, &QPushButton::clicked, this, &MainDialog::toggleMonitor);
+    connect(echoCheck_, &QCheckBox::clicked, this, &MainDialog::echoChanged);
+    connect(manualDelayCheck_, &QCheckBox::clicked, this, &MainDialog::readFromControls);
+    connect(aboutButton_, &QPushButton::clicked, this, &MainDialog::showAbout);
+    connect(helpButton_, &QPushButton::clicked, this, &MainDialog::showHelp);
+    connect(karaokeTrackbar_, &PositionTrackbar::scrolled, this,
+            [this](TrackbarScroll kind, int value) { trackbarScrolled(karaoke_, kind, value); });
+    connect(recordedTrackbar_, &PositionTrackbar::scrolled, this,
+            [this](TrackbarScroll kind, int value) { trackbarScrolled(recorded_, kind, value); });
+
+    karaokeTimer_.setObjectName(QStringLiteral("101"));
+    recordedTimer_.setObjectName(QStringLiteral("102"));
+    connect(&karaokeTimer_, &QTimer::timeout, this, &MainDialog::karaokeTick);
+    connect(&recordedTimer_, &QTimer::timeout, this, &MainDialog::recordedTick);
+}
+
+void MainDialog::setUpImageButtons() {
+    for (ImageButton* button : findChildren<ImageButton*>()) {
+        button->setFrames(kFrameNormal, kFrameHovered, kFramePressed, kFrameFocused,
+                          kFrameDisabled);
+        const bool link = button == aboutButton_ || button == helpButton_;
+        button->setTextColour(link ? kLinkText : kMediaText);
+        button->setOption(link ? 0 : 1);
+    }
+    for (auto [button, face] : {std::pair{karaokePlay_, kFacePlay},
+                                {karaokeStop_, kFaceStop},
+                                {karaokePause_, kFacePause},
+                                {recordedPlay_, kFacePlay},
+                                {recorderStop_, kFaceStop},
+                                {recordedPause_, kFacePause},
+                                {recordButton_, kFaceRecord},
+                                {monitorButton_, kFaceMonitor}}) {
+        setFace(button, face);
+        button->setMinimumSize(48, 36);
+    }
+}
+
+void MainDialog::layOutControls() {
+    auto* karaokeFile = new QHBoxLayout;
+    karaokeFile->addWidget(karaokePick_);
+    karaokeFile->addWidget(karaokeNameEdit_, 1);
+
+    auto* karaokeTransport = new QHBoxLayout;
+    for (QWidget* widget :
+         {static_cast<QWidget*>(karaokePlay_), static_cast<QWidget*>(karaokeStop_),
+          static_cast<QWidget*>(karaokePause_), static_cast<QWidget*>(leftButton_),
+          static_cast<QWidget*>(rightButton_)}) {
+        karaokeTransport->addWidget(widget);
+    }
+    karaokeTransport->addStretch(1);
+    karaokeTransport->addWidget(timeLabel_);
+
+    auto* recordedFile = new QHBoxLayout;
+    recordedFile->addWidget(recordedPick_);
+    recordedFile->addWidget(recordedNameEdit_, 1);
+
+    auto* recorderTransport = new QHBoxLayout;
+    for (QWidget* widget :
+         {static_cast<QWidget*>(recordedPlay_), static_cast<QWidget*>(recorderStop_),
+          static_cast<QWidget*>(recordedPause_), static_cast<QWidget*>(recordButton_),
+          static_cast<QWidget*>(monitorButton_)}) {
+        recorderTransport->addWidget(widget);
+    }
+    recorderTransport->addSpacing(8);
+    recorderTransport->addWidget(meter_, 1);
+
+    auto* sync = new QGridLayout;
+    sync->addWidget(echoCheck_, 0, 0);
+    sync->addWidget(manualDelayCheck_, 0, 1);
+    sync->addWidget(staticText(QStringLiteral("手動固定："), this), 0, 2, Qt::AlignRight);
+    sync->addWidget(manualDelayEdit_, 0, 3);
+    sync->addWidget(staticText(QStringLiteral("再生遅れ："), this), 1, 2, Qt::AlignRight);
+    sync->addWidget(delayLabel_, 1, 3);
+    sync->addWidget(captureStartLabel_, 1, 0);
+    sync->addWidget(playbackStartLabel_, 1, 1);
+    sync->setColumnStretch(4, 1);
+
+    auto* links = new QHBoxLayout;
+    links->addStretch(1);
+    links->addWidget(aboutButton_);
+    links->addWidget(helpButton_);
+
+    auto* page = new QVBoxLayout(this);
+    page->setContentsMargins(12, 12, 12, 10);
+    page->setSpacing(8);
+    page->addLayout(karaokeFile);
+    page->addLayout(karaokeTransport);
+    page->addWidget(karaokeTrackbar_);
+    page->addSpacing(6);
+    page->addLayout(recordedFile);
+    page->addLayout(recorderTransport);
+    page->addWidget(recordedTrackbar_);
+    page->addSpacing(4);
+    page->addLayout(sync);
+    page->addLayout(links);
+    page->addWidget(listView_);
+    setMinimumWidth(520);
+}
+
+void MainDialog::setUpWindowMenu() {
+    // Qt has no portable window (system) menu, so the About entry sits in
+    // the dialog's own context menu.
+    auto* separator = new QAction(this);
+    separator->setSeparator(true);
+    auto* about = new QAction(QStringLiteral("ﾊﾞｰｼﾞｮﾝ情報(Tunebox) (&A)..."), this);
+    about->setObjectName(QString::number(kAboutCommand));
+    connect(about, &QAction::triggered, this, &MainDialog::showAbout);
+    addAction(separator);
+    addAction(about);
+    setContextMenuPolicy(Qt::ActionsContextMenu);
+}
+
+void MainDialog::initialiseMembers() {
+    karaokeTrackbar_->setValue(karaoke_.position);
+    recordedTrackbar_->setValue(recorded_.position);
+    echoFlag_ = 1;
+    setCaptureEffects();
+    manualDelayFlag_ = 0;
+    SyncSettings settings;
+    readSyncSettings(settings);
+    manualDelayText_ = QString::fromStdString(settings.manualDelayText);
+    manualDelayFlag_ = settings.manualDelayFlag;
+    timeText_ = QString::fromStdString(formatPositionTime(karaoke_.position));
+    pushToControls();
+}
+
+void MainDialog::pushToControls() {
+    karaokeNameEdit_->setText(karaokeName_);
+    timeLabel_->setText(timeText_);
+    if (recordedNameEdit_->text() != recordedName_) {
+        recordedNameEdit_->setText(recordedName_);
+    }
+    echoCheck_->setChecked(echoFlag_ == 1);
+    manualDelayCheck_->setChecked(manualDelayFlag_ == 1);
+    delayLabel_->setText(delayReadout_);
+    manualDelayEdit_->setText(manualDelayText_);
+    captureStartLabel_->setText(captureStartText_);
+    playbackStartLabel_->setText(playbackStartText_);
+}
+
+void MainDialog::readFromControls() {
+    karaokeName_ = karaokeNameEdit_->text();
+    recordedName_ = recordedNameEdit_->text();
+    echoFlag_ = echoCheck_->isChecked() ? 1 : 0;
+    manualDelayFlag_ = manualDelayCheck_->isChecked() ? 1 : 0;
+    manualDelayText_ = manualDelayEdit_->text();
+}
+
+void MainDialog::setFace(ImageButton* button, int face) {
+    button->setFace(face);
+    button->update();
+}
+
+void MainDialog::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    QLinearGradient backdrop(0, 0, 0, height());
+    backdrop.setColorAt(0, QColor(244, 246, 252));
+    backdrop.setColorAt(1, QColor(222, 228, 240));
+    painter.fillRect(rect(), backdrop);
+}
+
+bool MainDialog::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == manualDelayEdit_ && event->type() == QEvent::FocusOut) {
+        manualDelayLeft();
+    }
+    return QDialog::eventFilter(watched, event);
+}
+
+void MainDialog::destroy() {
+    if (karaoke_.state != kIdle) {
+        stopKaraoke(false);
+    }
+    SyncSettings settings;
+    settings.manualDelayText = manualDelayEdit_->text().toStdString();
+    settings.manualDelayFlag = manualDelayCheck_->isChecked() ? 1 : 0;
+    writeSyncSettings(settings);
+}
+
+}  // namespace tunebox::gui

@@ -1,0 +1,357 @@
+#include "capture/rec_wav.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstring>
+#include <thread>
+
+#include "app/diagnostic_log.h"
+#include "effects/effect_chain.h"
+#include "platform/audio_backend.h"
+#include "platform/heap.h"
+#include "platform/little_endian.h"
+#include "playback/mixing_wave_ctl.h"
+
+namespace tunebox {
+
+struct CaptureInbox {
+    CRecWav* engine;  // null once the run that posted here has closed
+};
+
+namespace {
+
+std::atomic<uint32_t> handledNotices{0};
+
+constexpr int kMicrophoneSampleRate = 44100;
+constexpr int kFlatBand = 24;
+constexpr int kUnprepareTries = 100;
+constexpr auto kStopWait = std::chrono::milliseconds(10);
+constexpr auto kCloseRetryWait = std::chrono::milliseconds(500);
+// Beyond the time the outstanding buffers need to fill, a stop waits this
+// long before it takes them back from a device that stopped returning them.
+constexpr uint32_t kStopGraceMs = 2000;
+
+int32_t peakOf(const uint8_t* block, uint32_t length, uint32_t channel) {
+    int32_t peak = 0;
+    for (uint32_t i = channel * 2; i + 1 < length; i += kNativeFrameBytes) {
+        const int32_t sample = static_cast<int16_t>(loadLe16(block + i));
+        peak = std::max(peak, std::min(sample < 0 ? -sample : sample, int32_t{32767}));
+    }
+    return peak;
+}
+
+}  // namespace
+
+uint32_t handledCaptureNotices() {
+    return handledNotices.load(std::memory_order_relaxed);
+}
+
+CRecWav::CRecWav(Dispatcher& dispatcher) : dispatcher_(dispatcher) {}
+
+CRecWav::~CRecWav() {
+    close();
+}
+
+void CRecWav::registerLevelMeter(LevelMeterCallback callback, void* context) {
+    levelMeter_ = callback;
+    levelMeterContext_ = context;
+}
+
+int CRecWav::startRecording(const WaveFormat& format, uint32_t slotSize, int32_t bufferCount,
+                            MixingWaveCtl* playback, int32_t manualFlag, int32_t manualDelay) {
+    return start(kSinkWavFile, format, slotSize, bufferCount, playback, manualFlag, manualDelay);
+}
+
+int CRecWav::startLevelMonitor(const WaveFormat& format, uint32_t slotSize, int32_t bufferCount,
+                               MixingWaveCtl* playback, int32_t manualFlag, int32_t manualDelay) {
+    return start(kSinkDiscard, format, slotSize, bufferCount, playback, manualFlag, manualDelay);
+}
+
+int CRecWav::start(SinkMode mode, const WaveFormat& format, uint32_t slotSize, int32_t bufferCount,
+                   MixingWaveCtl* playback, int32_t manualFlag, int32_t manualDelay) {
+    if (state_ != kRecClosed) {
+        return 0;
+    }
+    fault_ = CaptureFault::kNone;
+    lastError_.clear();
+    inbox_ = std::make_shared<CaptureInbox>(CaptureInbox{this});
+    if (!RecBuf.allocate(slotSize, bufferCount)) {
+        return failStart("out of memory for the capture buffers");
+    }
+    cpybuf_ = heapAllocZeroed<uint8_t>(slotSize);
+    if (!cpybuf_) {
+        logAlways("ﾒﾓﾘ確保失敗:RecBuf.cpybuf");
+        return failStart("out of memory for the capture buffers");
+    }
+    format_ = format;
+    if (!syncMx_.allocate(slotSize, slotSize, manualDelay, playback, manualFlag)) {
+        return failStart("out of memory for the mixer");
+    }
+    if (!openInput()) {
+        return failStart("no microphone: " + device_->lastError());
+    }
+    syncMx_.setInputDevice(device_.get());
+    sink_.setMode(mode);
+    if (!sink_.open(outputFileName_)) {
+        return failStart(outputFileName_ + ": cannot be created");
+    }
+    if (!initialiseEffects(slotSize)) {
+        return failStart("out of memory for the echo effect");
+    }
+    RecBuf.setFilledCount(RecBuf.slotCount());
+    if (!queueAll() || device_->start() != kAudioOk) {
+        return failStart("the microphone did not start: " + device_->lastError());
+    }
+    state_ = kRecCapturing;
+    playback_ = playback;
+    return 1;
+}
+
+int CRecWav::failStart(std::string reason) {
+    lastError_ = std::move(reason);
+    freeAll();
+    return 0;
+}
+
+// The callback runs on the device's thread and only posts; the notice is
+// handled on the owning thread, and only while this run is still open.
+int CRecWav::openInput() {
+    device_ = audioBackend().makeInput();
+    Dispatcher* dispatcher = &dispatcher_;
+    std::shared_ptr<CaptureInbox> inbox = inbox_;
+    const auto onDone = [dispatcher, inbox](WaveHeader& header) {
+        dispatcher->post([inbox, notice = &header] {
+            if (inbox->engine != nullptr) {
+                inbox->engine->onCaptureDone(*notice);
+            }
+        });
+    };
+    return device_->open(format_, onDone) == kAudioOk ? 1 : 0;
+}
+
+// The microphone's chain: no level, no equaliser, the reverb only when the
+// echo is on at the start.
+int CRecWav::initialiseEffects(uint32_t slotSize) {
+    micCtl_.level = 100;
+    micCtl_.centreRemovalFlag = 0;
+    micCtl_.reverbFlag = effectsEnabled_;
+    micCtl_.equaliserFlag = 0;
+    micCtl_.levelFlag = 0;
+    micCtl_.playRange = PlayRange{};
+    micCtl_.blockSize = slotSize;
+    BandValues flat;
+    flat.fill(kFlatBand);
+    if (!fltEqualizerInit(micCtl_, flat, kMicrophoneSampleRate)) {
+        return 0;
+    }
+    effectsReady_ = 1;
+    return 1;
+}
+
+int CRecWav::queueAll() {
+    for (int32_t i = 0; i < RecBuf.slotCount(); ++i) {
+        WaveHeader& header = RecBuf.ling[i].whdr;
+        header.bufferLength = RecBuf.slotSize();
+        header.flags = 0;
+        if (device_->prepare(header) != kAudioOk || device_->addBuffer(header) != kAudioOk) {
+            return 0;
+        }
+    }
+    queued_ = RecBuf.slotCount();
+    return 1;
+}
+
+// A buffer that comes back short (a stop, a device that went away) is still
+// passed on at the full slot size; its unrecorded tail is silence rather
+// than what the buffer held the time before.
+void CRecWav::onCaptureDone(WaveHeader& header) {
+    const uint32_t slotSize = RecBuf.slotSize();
+    const uint32_t recorded = std::min(header.bytesRecorded, slotSize);
+    std::memset(header.data + recorded, 0, slotSize - recorded);
+    const uint32_t length = std::max(header.bytesRecorded, slotSize);
+    uint32_t endFlag = 0;
+    if (state_ == kRecStopping || state_ == kRecClosed) {
+        --pending_;
+        endFlag = pending_ < 1 ? 1 : 0;
+    }
+    RecBuf.put(&header, length, endFlag);
+    pump();
+    handledNotices.fetch_add(1, std::memory_order_relaxed);
+}
+
+void CRecWav::pump() {
+    if (!pumpVoice() || playback_ == nullptr) {
+        return;
+    }
+    pumpMix();
+}
+
+// Returns 0 once a block with the end flag has closed the engine.
+int CRecWav::pumpVoice() {
+    RecLingSlot* slot = nullptr;
+    while (RecBuf.get(slot)) {
+        if (effectsEnabled_ == 1) {
+            fltEffectChain(micCtl_, reinterpret_cast<int16_t*>(slot->buf.get()), slot->length);
+        }
+        reportLevels(slot->buf.get(), slot->length);
+        if (playback_ == nullptr) {
+            writeToSink(slot->buf.get(), slot->length);
+        } else if (!syncMx_.P1_WriteBuf(slot->buf.get(), slot->length, slot->endFlag)) {
+            logAlways("ﾊﾞｯﾌｧｵｰﾊﾞｰﾌﾛｰ:SyncMx.P1_WriteBuf");
+        }
+        if (state_ == kRecCapturing && slot->header != nullptr) {
+            requeue(*slot->header);
+        }
+        if (slot->endFlag == 1) {
+            close();
+            return 0;
+        }
+    }
+    return 1;
+}
+
+// Each MixBuf block is copied out before the next get, which is what keeps
+// the player from refilling it meanwhile.
+void CRecWav::pumpMix() {
+    LingSlot* played = nullptr;
+    while (playback_->mixBuf().get(played)) {
+        syncMx_.P2_WriteBuf(played->buf.get(), played->length, played->endFlag);
+    }
+    uint32_t length = 0;
+    uint32_t endFlag = 0;
+    do {
+        if (syncMx_.mixBlock(cpybuf_.get(), length, endFlag) != 1) {
+            return;
+        }
+        writeToSink(cpybuf_.get(), length);
+    } while (endFlag != 1);
+    close();
+}
+
+void CRecWav::requeue(WaveHeader& header) {
+    for (int tries = 0; device_->unprepare(header) == kAudioStillPlaying && tries < kUnprepareTries;
+         ++tries) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    header.flags = 0;
+    if (device_->prepare(header) != kAudioOk || device_->addBuffer(header) != kAudioOk) {
+        --queued_;
+        if (fault_ == CaptureFault::kNone) {
+            fault_ = CaptureFault::kInputDevice;
+            lastError_ = "the microphone stopped: " + device_->lastError();
+        }
+    }
+}
+
+void CRecWav::reportLevels(const uint8_t* block, uint32_t length) {
+    if (levelMeter_ != nullptr) {
+        levelMeter_(peakOf(block, length, 0), peakOf(block, length, 1), levelMeterContext_);
+    }
+}
+
+void CRecWav::writeToSink(const uint8_t* bytes, uint32_t count) {
+    if (!sink_.write(bytes, count) && sink_.mode() == kSinkWavFile &&
+        fault_ == CaptureFault::kNone) {
+        fault_ = CaptureFault::kOutputWrite;
+        lastError_ = outputFileName_ + ": could not be written (disk full?)";
+    }
+}
+
+uint32_t CRecWav::capturePosition() {
+    uint32_t bytes = 0;
+    if (!device_ || device_->position(bytes) != kAudioOk) {
+        return 0;
+    }
+    return bytes;
+}
+
+int CRecWav::stop() {
+    std::lock_guard lock(stopLock_);
+    if (state_ == kRecCapturing) {
+        state_ = kRecStopping;
+        pending_ = queued_;
+        waitForOutstanding();
+        if (device_) {
+            device_->stop();
+        }
+        stopRetry_ = 0;
+        close();
+    }
+    return 1;
+}
+
+// Pumps the notices by hand until the last outstanding buffer (the one that
+// carries the end flag) has closed the engine. A device that no longer hands
+// buffers back is reset once their time is well past, which returns them.
+void CRecWav::waitForOutstanding() {
+    const uint64_t fillMs = uint64_t{RecBuf.slotSize()} * static_cast<uint64_t>(pending_ + 1) *
+                            1000 / kNativeBytesPerSecond;
+    const auto retryLimit =
+        static_cast<uint32_t>((fillMs + kStopGraceMs) / static_cast<uint64_t>(kStopWait.count()));
+    while (pending_ > 0 && state_ == kRecStopping) {
+        if (dispatcher_.pumpPending() > 0) {
+            continue;
+        }
+        dispatcher_.waitForWork(kStopWait);
+        if (++stopRetry_ == retryLimit && device_) {
+            device_->reset();
+        }
+    }
+}
+
+void CRecWav::unprepareAll() {
+    for (int32_t i = 0; i < RecBuf.slotCount(); ++i) {
+        WaveHeader& header = RecBuf.ling[i].whdr;
+        for (int tries = 0;
+             device_->unprepare(header) == kAudioStillPlaying && tries < kUnprepareTries; ++tries) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    }
+}
+
+int CRecWav::close() {
+    if (state_ == kRecClosed) {
+        return 0;
+    }
+    device_->reset();
+    unprepareAll();
+    if (device_->close() != kAudioOk) {
+        device_->reset();
+        std::this_thread::sleep_for(kCloseRetryWait);
+        device_->close();
+    }
+    device_.reset();
+    freeAll();
+    state_ = kRecClosed;
+    return 1;
+}
+
+void CRecWav::freeAll() {
+    if (device_) {
+        device_->reset();
+        unprepareAll();
+        device_->close();
+        device_.reset();
+    }
+    if (!sink_.close() && sink_.mode() == kSinkWavFile && fault_ == CaptureFault::kNone) {
+        fault_ = CaptureFault::kOutputWrite;
+        lastError_ = outputFileName_ + ": could not be finished";
+    }
+    sink_.setMode(kSinkNone);
+    if (inbox_) {
+        inbox_->engine = nullptr;
+        inbox_.reset();
+    }
+    if (effectsReady_) {
+        fltEqualizerFree(micCtl_);
+    }
+    syncMx_.free();
+    RecBuf.release();
+    cpybuf_.reset();
+    effectsReady_ = 0;
+    playback_ = nullptr;
+    queued_ = 0;
+}
+
+}  // namespace tunebox

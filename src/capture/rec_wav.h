@@ -1,0 +1,123 @@
+#pragma once
+// CRecWav, the capture engine: records the microphone through the input
+// device while the accompaniment plays, and turns every returned capture
+// buffer into output: mixed with the accompaniment (SyncMx) into the output
+// WAV, written alone when there is no accompaniment, or measured and thrown
+// away (level monitor).
+//
+// Threads: the input device's callback only posts a capture notice to the
+// dispatcher; everything else (ring puts and gets, effects, mixing, file
+// writes, start, stop) runs on the thread that owns the dispatcher. A stop
+// pumps that dispatcher by hand until every queued buffer is back.
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "capture/output_sink.h"
+#include "capture/rec_ling_buffer.h"
+#include "capture/sync_mx.h"
+#include "effects/effect_control.h"
+#include "platform/audio_device.h"
+#include "platform/dispatcher.h"
+#include "platform/wave_format.h"
+
+namespace tunebox {
+
+class MixingWaveCtl;
+
+enum RecState : int32_t { kRecClosed = 0, kRecCapturing = 1, kRecStopping = 2 };
+
+// Why a running capture could not go on; the owner stops it and reports.
+enum class CaptureFault { kNone, kOutputWrite, kInputDevice };
+
+// The levels of each captured block (peak magnitudes of the left and right
+// channel, 0..32767) and the context given at registration.
+using LevelMeterCallback = void (*)(int32_t first, int32_t second, void* context);
+
+// Where the capture notices of one run go: a run's leftovers still queued
+// after it closed find no engine and are dropped.
+struct CaptureInbox;
+
+class CRecWav {
+  public:
+    explicit CRecWav(Dispatcher& dispatcher);
+    ~CRecWav();
+    CRecWav(const CRecWav&) = delete;
+    CRecWav& operator=(const CRecWav&) = delete;
+
+    // The file the next recording is written to.
+    void setOutputFileName(std::string path) { outputFileName_ = std::move(path); }
+
+    // Starts capture into the output WAV; `playback` (null: the voice alone)
+    // supplies the accompaniment and its position. Returns 1, or 0 (with
+    // everything freed) when anything could not be set up.
+    int startRecording(const WaveFormat& format, uint32_t slotSize, int32_t bufferCount,
+                       MixingWaveCtl* playback, int32_t manualFlag, int32_t manualDelay);
+    // The same capture with every block measured and discarded.
+    int startLevelMonitor(const WaveFormat& format, uint32_t slotSize, int32_t bufferCount,
+                          MixingWaveCtl* playback, int32_t manualFlag, int32_t manualDelay);
+    // Waits for every queued buffer, then closes. Returns 1.
+    int stop();
+
+    void setEffectsEnabled(int32_t enabled) { effectsEnabled_ = enabled; }
+    void registerLevelMeter(LevelMeterCallback callback, void* context);
+
+    int32_t state() const { return state_; }
+    int isActive() const { return state_ != kRecClosed; }
+    // The input device's position in bytes; 0 without a device.
+    uint32_t capturePosition();
+    SyncMx& syncMx() { return syncMx_; }
+    CaptureFault fault() const { return fault_; }
+    // One line saying why the last start failed or what the fault was.
+    const std::string& lastError() const { return lastError_; }
+    int32_t queuedCount() const { return queued_; }
+
+  private:
+    int start(SinkMode mode, const WaveFormat& format, uint32_t slotSize, int32_t bufferCount,
+              MixingWaveCtl* playback, int32_t manualFlag, int32_t manualDelay);
+    int openInput();
+    int initialiseEffects(uint32_t slotSize);
+    int queueAll();
+    int failStart(std::string reason);
+    void onCaptureDone(WaveHeader& header);
+    void pump();
+    int pumpVoice();
+    void pumpMix();
+    void requeue(WaveHeader& header);
+    void reportLevels(const uint8_t* block, uint32_t length);
+    void writeToSink(const uint8_t* bytes, uint32_t count);
+    void waitForOutstanding();
+    void unprepareAll();
+    int close();
+    void freeAll();
+
+    SyncMx syncMx_;
+    RecLingBuffer RecBuf;
+    int32_t queued_ = 0;  // buffers at the device or on their way back
+    std::unique_ptr<InputDevice> device_;
+    WaveFormat format_{};
+    std::unique_ptr<uint8_t[]> cpybuf_;
+    int32_t state_ = kRecClosed;
+    std::recursive_mutex stopLock_;
+    OutputSink sink_;
+    int32_t pending_ = 0;
+    uint32_t stopRetry_ = 0;
+    Dispatcher& dispatcher_;
+    std::shared_ptr<CaptureInbox> inbox_;
+    int32_t effectsReady_ = 0;
+    EffectControl micCtl_;
+    MixingWaveCtl* playback_ = nullptr;
+    int32_t effectsEnabled_ = 1;
+    LevelMeterCallback levelMeter_ = nullptr;
+    void* levelMeterContext_ = nullptr;
+    std::string outputFileName_;
+    CaptureFault fault_ = CaptureFault::kNone;
+    std::string lastError_;
+};
+
+// Capture notices handled by every engine since the program started.
+uint32_t handledCaptureNotices();
+
+}  // namespace tunebox

@@ -1,0 +1,90 @@
+#pragma once
+// SyncMx lines the voice (P1Buf) up with the accompaniment that was actually
+// heard (P2Buf) and adds the two into blocks for the output file. The lag is
+// the capture position minus the playback position, or a fixed manual value;
+// it is applied once, before the first mixed block.
+//
+// Owning thread only (the capture pump); no locks.
+
+#include <cstdint>
+#include <memory>
+
+#include "capture/ling_buffer.h"
+
+namespace tunebox {
+
+class InputDevice;
+class WaveCtl;
+
+class SyncMx {
+  public:
+    SyncMx() = default;
+    SyncMx(const SyncMx&) = delete;
+    SyncMx& operator=(const SyncMx&) = delete;
+
+    // Sets up P1Buf and P2Buf (30 slots each) and pBuf. `playback` is queried
+    // for its output position; null records without accompaniment.
+    int allocate(uint32_t p1SlotSize, uint32_t p2SlotSize, int32_t manualDelay, WaveCtl* playback,
+                 int32_t manualFlag);
+    void setInputDevice(InputDevice* device) { input_ = device; }
+    // The two device positions taken right after the accompaniment started;
+    // kept for the read-outs, the mix does not use them.
+    void setStartPositions(uint32_t playbackBytes, uint32_t captureBytes);
+
+    // Queues a voice block; 0 when P1Buf is full (the block is lost, but
+    // still counted in the voice byte total).
+    int P1_WriteBuf(const uint8_t* bytes, uint32_t length, uint32_t endFlag);
+    // Queues an accompaniment block; a full ring drops it silently.
+    void P2_WriteBuf(const uint8_t* bytes, uint32_t length, uint32_t endFlag);
+
+    // Mixes one block of the block size into `destination`. Returns 1 with
+    // the block's length and the accompaniment's end flag, or 0 while the
+    // delay cannot be applied yet or either ring lacks a full block.
+    int mixBlock(uint8_t* destination, uint32_t& length, uint32_t& endFlag);
+
+    // The delay (bytes, whole frames) the last mix step measured or took.
+    int32_t currentDelay() const { return currentDelay_; }
+    uint32_t microphoneBytes() const { return microphoneBytes_; }
+    uint32_t startPlaybackPosition() const { return startPlayback_; }
+    uint32_t startCapturePosition() const { return startCapture_; }
+    int32_t aligned() const { return aligned_; }
+    // The delay the one-time alignment applied.
+    int32_t alignedDelay() const { return alignedDelay_; }
+
+    void free();
+
+  private:
+    int32_t measuredDelay();
+    void align(int32_t delay);
+    int bothHaveABlock() const;
+    void readMicrophone(uint32_t& endFlag);
+    void addInto(uint8_t* destination) const;
+
+    int32_t currentDelay_ = 0;
+    int32_t manualDelay_ = 0;
+    uint32_t microphoneBytes_ = 0;
+    int32_t discardSelector_ = 1;  // 1: the alignment discards voice bytes
+    uint32_t blockSize_ = 0;
+    std::unique_ptr<uint8_t[]> pBuf_;
+    int32_t aligned_ = 0;
+    WaveCtl* playback_ = nullptr;
+    InputDevice* input_ = nullptr;
+    int32_t manualFlag_ = 0;
+    LingBuffer P1Buf;
+    LingBuffer P2Buf;
+    int32_t microphoneGain_ = 100;  // percent
+    int32_t accompanimentGain_ = 100;
+    uint32_t startPlayback_ = 0;
+    uint32_t startCapture_ = 0;
+    // Silence still owed in front of the voice when the voice was captured
+    // ahead of the accompaniment (a negative delay).
+    uint32_t leadSilence_ = 0;
+    int32_t alignedDelay_ = 0;
+};
+
+// Adds two 16-bit samples scaled by percent gains, truncating toward zero and
+// clipping to +-32767 (never -32768).
+int16_t mixSample(int16_t microphone, int16_t accompaniment, int32_t microphoneGain,
+                  int32_t accompanimentGain);
+
+}  // namespace tunebox

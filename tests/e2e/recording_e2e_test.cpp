@@ -1,0 +1,106 @@
+// Whole takes through a private sound server whose null-sink monitor is the
+// microphone: the microphone hears the accompaniment itself, so after the
+// alignment the take minus the accompaniment is the accompaniment again,
+// lined up to within the delay's error.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+
+#include "app/measurement_signal.h"
+#include "app/offset_finder.h"
+#include "support/native_wav.h"
+#include "support/take_runner.h"
+#include "support/test_audio_server.h"
+#include "support/tool_fixture.h"
+
+namespace tunebox {
+namespace {
+
+constexpr std::size_t kWavHeaderBytes = 44;
+
+// In CI a missing server is a failure; elsewhere the test is skipped.
+#define REQUIRE_SERVER_SCRIPT(run)                                          \
+    do {                                                                    \
+        if ((run).status == 77) {                                           \
+            if (std::getenv("CI") != nullptr) {                             \
+                FAIL() << "no sound server (scripts/test-audio-server.sh)"; \
+            }                                                               \
+            GTEST_SKIP() << "no sound server";                              \
+        }                                                                   \
+    } while (false)
+
+class RecordingE2eTest : public ::testing::Test, protected test::TakeRunner {
+  protected:
+    // Starts a private server for the script (each test has its own: one of
+    // them kills it) and stops it at the end; exit 77 when none could start.
+    static std::string withServer(const std::string& body) {
+        return std::string("export TUNEBOX_TEST_AUDIO_DIR=/tmp/tunebox-e2e-") +
+               ::testing::UnitTest::GetInstance()->current_test_info()->name() + "\n" + "server='" +
+               TUNEBOX_SOURCE_DIR + "/scripts/test-audio-server.sh'\n" +
+               "bash \"$server\" start >/dev/null 2>&1 || exit 77\n" +
+               "trap 'bash \"$server\" stop >/dev/null 2>&1' EXIT\n" +
+               "eval \"$(bash \"$server\" env)\"\n" + body;
+    }
+    void writeClicks() {
+        auto clicks = measurementClicks(44100 * 4, 22050);
+        for (int16_t& sample : clicks) {
+            sample = static_cast<int16_t>(sample / 2);  // room for the sum
+        }
+        accompaniment_ = clicks;
+        test::writeNativeWav((dir() / "clicks.wav").string(), clicks);
+    }
+    // The offset in ms of the voice part against the accompaniment.
+    double voiceOffsetMs() {
+        const auto bytes = test::readBytes(dir() / "take.wav");
+        const auto take = test::toSamples({bytes.begin() + kWavHeaderBytes, bytes.end()});
+        std::vector<int16_t> residual(take.size());
+        for (std::size_t k = 0; k < take.size(); ++k) {
+            residual[k] = static_cast<int16_t>(take[k] - accompaniment_[k]);
+        }
+        const auto search =
+            findOffset(leftChannel(accompaniment_), leftChannel(residual), -4410, 4410);
+        EXPECT_TRUE(search.found) << search.reason;
+        return search.offsetFrames / 44.1;
+    }
+
+    std::vector<int16_t> accompaniment_;
+};
+
+TEST_F(RecordingE2eTest, TheVoiceLinesUpWithTheAccompanimentWithinTwoMilliseconds) {
+    writeClicks();
+    std::vector<double> errors;
+    for (int run = 0; run < 3; ++run) {
+        const auto result = runScript(withServer(
+            "timeout 60 \"$TUNEBOX\" record --accompaniment clicks.wav --output take.wav "
+            "--no-echo"));
+        REQUIRE_SERVER_SCRIPT(result);
+        ASSERT_EQ(result.status, 0) << result.err;
+        expectFinishedTake("take.wav");
+        errors.push_back(voiceOffsetMs());
+        EXPECT_LE(std::abs(errors.back()), 2.0) << result.out;
+        std::cout << "[ take ] " << result.out;
+    }
+    std::vector<double> magnitudes;
+    for (double e : errors)
+        magnitudes.push_back(std::abs(e));
+    std::sort(magnitudes.begin(), magnitudes.end());
+    std::cout << "[ alignment ] runs " << magnitudes.size() << ", median "
+              << magnitudes[magnitudes.size() / 2] << " ms, worst " << magnitudes.back() << " ms\n";
+}
+
+TEST_F(RecordingE2eTest, AServerKilledMidTakeStopsItWithAFinishedFileAndOneMessage) {
+    writeClicks();
+    const auto result = runScript(withServer(
+        "timeout 60 \"$TUNEBOX\" record --accompaniment clicks.wav --output take.wav & pid=$!\n"
+        "sleep 1.5; bash \"$server\" stop >/dev/null 2>&1; wait $pid"));
+    REQUIRE_SERVER_SCRIPT(result);
+    EXPECT_NE(result.status, 0);
+    EXPECT_EQ(test::lineCount(result.err), 1u) << result.err;
+    std::cout << "[ message ] " << result.err;
+    expectFinishedTake("take.wav");
+}
+
+}  // namespace
+}  // namespace tunebox

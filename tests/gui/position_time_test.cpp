@@ -1,0 +1,33 @@
+#include <gtest/gtest.h>
+
+#include "app/gui/position_time.h"
+
+namespace tunebox::gui {
+namespace {
+
+TEST(PositionTime, ShowsMinutesSecondsAndHundredths) {
+    EXPECT_EQ(formatPositionTime(11536560), "01:05:40");  // 4905 sectors
+    EXPECT_EQ(formatPositionTime(2351), "00:00:00");
+    EXPECT_EQ(formatPositionTime(74 * 2352), "00:00:99");
+}
+
+TEST(PositionTime, MinutesWrapAfter255) {
+    const uint32_t minute = 4500 * 2352;
+    EXPECT_EQ(formatPositionTime(255 * minute), "255:00:00");
+    EXPECT_EQ(formatPositionTime(256 * minute + 75 * 2352), "00:01:00");
+}
+
+TEST(PositionTime, TrackbarValueRoundsToTheNearestByte) {
+    EXPECT_EQ(trackbarToBytes(0, 1000), 0u);
+    EXPECT_EQ(trackbarToBytes(10000, 4000000000u), 4000000000u);
+    EXPECT_EQ(trackbarToBytes(5, 1000), 1u);  // 0.5 rounds up
+    EXPECT_EQ(trackbarToBytes(4, 1000), 0u);
+}
+
+TEST(PositionTime, ClockFieldsAreBytes) {
+    EXPECT_EQ(clockToBytes(1, 5, 30), 4905u * 2352);
+    EXPECT_EQ(clockToBytes(256 + 1, 0, 0), 4500u * 2352);
+}
+
+}  // namespace
+}  // namespace tunebox::gui
