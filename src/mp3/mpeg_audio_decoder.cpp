@@ -132,10 +132,7 @@ void MpegAudioDecoder::decodeGranule(int granule, std::span<int16_t> pcm) {
         reorderShortBlocks(info, bands, work.spectra[ch]);
         reduceAliasing(info, work.spectra[ch]);
         filterBanks_[ch].process(work.spectra[ch], info, work.subbandSamples);
-        for (int slot = 0; slot < kSlotsPerGranule; ++slot) {
-            synthesis_[ch].synthesize(work.subbandSamples[slot].data(),
-                                      pcm.data() + slot * 32 * channels + ch, channels);
-        }
+        synthesis_[ch].synthesize(work.subbandSamples, pcm.data() + ch, channels);
     }
 }
 
