@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "mp3/frame_crc.h"
 #include "mp3/huffman_decoder.h"
 #include "mp3/layer3_side_info.h"
 #include "mp3/requantizer.h"
@@ -82,6 +83,9 @@ int MpegAudioDecoder::decodeFrame(std::span<const uint8_t> frame, std::span<int1
         static_cast<std::size_t>(header.samplesPerChannel() * header.channels());
     if (header.frameBytes() < mainStart || pcm.size() < frameSamples) {
         return 0;
+    }
+    if (!frameCrcMatches(frame, header)) {
+        ++crcMismatches_;
     }
     Work& work = *work_;
     BitReader sideReader(frame.subspan(sideStart, header.sideInfoBytes()));
