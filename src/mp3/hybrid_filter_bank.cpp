@@ -209,10 +209,21 @@ void HybridFilterBank::process(const Spectrum& spectrum, const GranuleChannelInf
     }
     for (int i = 0; i < kSlotsPerGranule; ++i) {
         for (int sb = 0; sb < kSubbands; ++sb) {
-            // Frequency inversion: odd subbands negated in odd slots.
-            const float sign = (i & sb & 1) ? -1.0f : 1.0f;
-            out[i][sb] = (samples[i][sb] + overlap_[i][sb]) * sign;
+            out[i][sb] = samples[i][sb] + overlap_[i][sb];
             overlap_[i][sb] = samples[18 + i][sb];
+        }
+    }
+    // Frequency inversion: odd subbands negated in odd slots.
+    static constexpr Lanes kOddNegated = [] {
+        Lanes signs{};
+        for (int sb = 0; sb < kSubbands; ++sb) {
+            signs[sb] = (sb & 1) ? -1.0f : 1.0f;
+        }
+        return signs;
+    }();
+    for (int i = 1; i < kSlotsPerGranule; i += 2) {
+        for (int sb = 0; sb < kSubbands; ++sb) {
+            out[i][sb] *= kOddNegated[sb];
         }
     }
 }
