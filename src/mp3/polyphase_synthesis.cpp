@@ -49,23 +49,17 @@ std::array<int32_t, kDctLanes> toPcm(DctLanes values) {
     return rounded;
 }
 
-// One output index for every slot: four lanes at a time, which keeps each
-// sum in a register.
+// One output index for every slot, the taps outermost so that each pair
+// of weights is loaded once for the whole row.
 DctLanes windowedSums(const float* low, const float* high, int j) {
     const WindowWeights& weights = windowWeights();
-    constexpr int kChunk = 4;
-    DctLanes sums;
-    for (int first = 0; first < kDctLanes; first += kChunk) {
-        std::array<float, kChunk> sum{};
-        for (int i = 0; i < 8; ++i) {
-            const float lowWeight = weights.low[i][j];
-            const float highWeight = weights.high[i][j];
-            for (int lane = 0; lane < kChunk; ++lane) {
-                sum[lane] +=
-                    low[first + lane - 2 * i] * lowWeight + high[first + lane - 2 * i] * highWeight;
-            }
+    DctLanes sums{};
+    for (int i = 0; i < 8; ++i) {
+        const float lowWeight = weights.low[i][j];
+        const float highWeight = weights.high[i][j];
+        for (int lane = 0; lane < kDctLanes; ++lane) {
+            sums[lane] += low[lane - 2 * i] * lowWeight + high[lane - 2 * i] * highWeight;
         }
-        std::copy(sum.begin(), sum.end(), sums.begin() + first);
     }
     return sums;
 }
