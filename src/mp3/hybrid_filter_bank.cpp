@@ -28,7 +28,11 @@ struct TransformTables {
     std::array<float, 18> dct4Twiddles{};
     // The DCT-II's even outputs are a 9-point DCT-II of folded sums, its
     // odd outputs a 9-point DCT-IV of folded differences.
-    std::array<std::array<float, kHalf>, kHalf> evenCosines{};
+    // The 9-point DCT-II folds once more, as its cosine E[m][k] satisfies
+    // E[m][8 - k] = (-1)^m E[m][k]: even m from the sums of lines k and
+    // 8 - k (and line 4), odd m from their differences.
+    std::array<std::array<float, 5>, 5> evenFromSums{};
+    std::array<std::array<float, 4>, 4> oddFromDifferences{};
     std::array<std::array<float, kHalf>, kHalf> oddCosines{};
     // The 6-point DCT-IV of a short block.
     std::array<std::array<float, kShortLines>, kShortLines> shortCosines{};
@@ -69,7 +73,12 @@ TransformTables buildTables() {
     }
     for (int m = 0; m < kHalf; ++m) {
         for (int k = 0; k < kHalf; ++k) {
-            t.evenCosines[m][k] = static_cast<float>(std::cos(pi * m * (2 * k + 1) / 18.0));
+            const double cosine = std::cos(pi * m * (2 * k + 1) / 18.0);
+            if (m % 2 == 0 && k <= 4) {
+                t.evenFromSums[m / 2][k] = static_cast<float>(cosine);
+            } else if (m % 2 == 1 && k < 4) {
+                t.oddFromDifferences[m / 2][k] = static_cast<float>(cosine);
+            }
             t.oddCosines[m][k] =
                 static_cast<float>(std::cos(pi * (2 * m + 1) * (2 * k + 1) / 36.0));
         }
@@ -128,20 +137,39 @@ void longTransform(const std::array<Lanes, 18>& lines, const std::array<float, k
             differences[k][sb] = a - b;
         }
     }
-    std::array<Lanes, kHalf> even;
+    std::array<Lanes, 5> foldedSums;
+    std::array<Lanes, 4> foldedDifferences;
+    for (int k = 0; k < 4; ++k) {
+        for (int sb = 0; sb < kSubbands; ++sb) {
+            foldedSums[k][sb] = sums[k][sb] + sums[8 - k][sb];
+            foldedDifferences[k][sb] = sums[k][sb] - sums[8 - k][sb];
+        }
+    }
+    foldedSums[4] = sums[4];
+    std::array<Lanes, 5> evenOfEven;
+    std::array<Lanes, 4> oddOfEven;
     std::array<Lanes, kHalf> odd;
-    multiply(t.evenCosines, sums.data(), even.data());
+    multiply(t.evenFromSums, foldedSums.data(), evenOfEven.data());
+    multiply(t.oddFromDifferences, foldedDifferences.data(), oddOfEven.data());
     multiply(t.oddCosines, differences.data(), odd.data());
+    // C[j]: j = 4r from evenOfEven[r], j = 4r + 2 from oddOfEven[r], odd j
+    // from odd[j / 2].
+    auto dctOutput = [&](int j) -> const Lanes& {
+        if (j & 1) {
+            return odd[j / 2];
+        }
+        return (j & 2) ? oddOfEven[j / 4] : evenOfEven[j / 4];
+    };
     // The recurrence runs in double: its rounding errors would otherwise
     // pile up along the 18 steps.
     std::array<Lanes, 18> y;
     std::array<double, kSubbands> running;
     for (int sb = 0; sb < kSubbands; ++sb) {
-        running[sb] = 0.5 * even[0][sb];
+        running[sb] = 0.5 * dctOutput(0)[sb];
         y[0][sb] = static_cast<float>(running[sb]);
     }
     for (int j = 1; j < 18; ++j) {
-        const Lanes& c = (j & 1) ? odd[j / 2] : even[j / 2];
+        const Lanes& c = dctOutput(j);
         for (int sb = 0; sb < kSubbands; ++sb) {
             running[sb] = c[sb] - running[sb];
             y[j][sb] = static_cast<float>(running[sb]);
