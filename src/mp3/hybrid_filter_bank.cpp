@@ -10,9 +10,8 @@ namespace {
 // Every step below runs over all subbands at once, one subband per lane:
 // the subbands of a granule share their transform, so loops over the lane
 // index vectorise, and the result lands in the [time slot][subband] layout
-// the synthesis reads. The loops always cover all lanes: a fixed count is
-// what lets the compiler vectorise them at -O2, and it costs less than
-// skipping silent subbands would save.
+// the synthesis reads. The loops always cover all lanes, silent subbands
+// included: a fixed count is what lets the compiler vectorise them at -O2.
 using Lanes = std::array<float, kSubbands>;
 
 constexpr int kLongPoints = 36;
@@ -27,10 +26,10 @@ struct TransformTables {
     // 2 cos((2k + 1) pi / 72): turns the 18-point DCT-IV into a DCT-II.
     std::array<float, 18> dct4Twiddles{};
     // The DCT-II's even outputs are a 9-point DCT-II of folded sums, its
-    // odd outputs a 9-point DCT-IV of folded differences.
-    // The 9-point DCT-II folds once more, as its cosine E[m][k] satisfies
-    // E[m][8 - k] = (-1)^m E[m][k]: even m from the sums of lines k and
-    // 8 - k (and line 4), odd m from their differences.
+    // odd outputs a 9-point DCT-IV of folded differences. The 9-point
+    // DCT-II folds once more, as its cosine E[m][k] satisfies
+    // E[m][8 - k] = (-1)^m E[m][k]: even m from the sums of inputs k and
+    // 8 - k (and input 4), odd m from their differences.
     std::array<std::array<float, 5>, 5> evenFromSums{};
     std::array<std::array<float, 4>, 4> oddFromDifferences{};
     std::array<std::array<float, kHalf>, kHalf> oddCosines{};
