@@ -29,33 +29,42 @@ const DctTables& dctTables() {
 }
 
 template <int N>
-void dct(float* x, const float* inverseCosines) {
+void dct(DctLanes* x, const float* inverseCosines) {
     if constexpr (N == 1) {
         (void)x;
         (void)inverseCosines;
     } else {
         constexpr int kHalf = N / 2;
-        std::array<float, kHalf> sums;
-        std::array<float, kHalf> differences;
+        std::array<DctLanes, kHalf> sums;
+        std::array<DctLanes, kHalf> differences;
         for (int k = 0; k < kHalf; ++k) {
-            const float a = x[k];
-            const float b = x[N - 1 - k];
-            sums[k] = a + b;
-            differences[k] = (a - b) * inverseCosines[k];
+            const float scale = inverseCosines[k];
+            const DctLanes& a = x[k];
+            const DctLanes& b = x[N - 1 - k];
+            for (int lane = 0; lane < kDctLanes; ++lane) {
+                sums[k][lane] = a[lane] + b[lane];
+                differences[k][lane] = (a[lane] - b[lane]) * scale;
+            }
         }
         dct<kHalf>(sums.data(), inverseCosines + kHalf);
         dct<kHalf>(differences.data(), inverseCosines + kHalf);
         for (int m = 0; m < kHalf; ++m) {
             x[2 * m] = sums[m];
-            x[2 * m + 1] = differences[m] + (m + 1 < kHalf ? differences[m + 1] : 0.0f);
+            if (m + 1 < kHalf) {
+                for (int lane = 0; lane < kDctLanes; ++lane) {
+                    x[2 * m + 1][lane] = differences[m][lane] + differences[m + 1][lane];
+                }
+            } else {
+                x[2 * m + 1] = differences[m];
+            }
         }
     }
 }
 
 }  // namespace
 
-void dct32(float* values) {
-    dct<32>(values, dctTables().inverseCosines.data());
+void dct32(std::array<DctLanes, 32>& values) {
+    dct<32>(values.data(), dctTables().inverseCosines.data());
 }
 
 }  // namespace tunebox

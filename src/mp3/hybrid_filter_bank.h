@@ -23,7 +23,8 @@ class HybridFilterBank {
     void reset() { overlap_ = {}; }
 
   private:
-    std::array<std::array<float, kSlotsPerGranule>, kSubbands> overlap_{};
+    // [time slot][subband], the layout of the output.
+    SubbandSamples overlap_{};
 };
 
 }  // namespace tunebox

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "mp3/frame_crc.h"
 #include "mp3/huffman_decoder.h"
 #include "mp3/layer3_side_info.h"
 #include "mp3/requantizer.h"
@@ -83,6 +84,9 @@ int MpegAudioDecoder::decodeFrame(std::span<const uint8_t> frame, std::span<int1
     if (header.frameBytes() < mainStart || pcm.size() < frameSamples) {
         return 0;
     }
+    if (!frameCrcMatches(frame, header)) {
+        ++crcMismatches_;
+    }
     Work& work = *work_;
     BitReader sideReader(frame.subspan(sideStart, header.sideInfoBytes()));
     if (!readSideInfo(sideReader, header, work.sideInfo)) {
@@ -132,10 +136,7 @@ void MpegAudioDecoder::decodeGranule(int granule, std::span<int16_t> pcm) {
         reorderShortBlocks(info, bands, work.spectra[ch]);
         reduceAliasing(info, work.spectra[ch]);
         filterBanks_[ch].process(work.spectra[ch], info, work.subbandSamples);
-        for (int slot = 0; slot < kSlotsPerGranule; ++slot) {
-            synthesis_[ch].synthesize(work.subbandSamples[slot].data(),
-                                      pcm.data() + slot * 32 * channels + ch, channels);
-        }
+        synthesis_[ch].synthesize(work.subbandSamples, pcm.data() + ch, channels);
     }
 }
 

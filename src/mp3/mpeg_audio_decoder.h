@@ -51,6 +51,9 @@ class MpegAudioDecoder {
 
     // The header of the last frame that decoded.
     const MpegFrameHeader& lastHeader() const { return header_; }
+    // Protected frames whose check word did not match. Such frames are
+    // still decoded: a damaged bit more often costs a click than silence.
+    std::size_t crcMismatches() const { return crcMismatches_; }
     void reset();
 
   private:
@@ -58,6 +61,7 @@ class MpegAudioDecoder {
     bool takeMainData(std::span<const uint8_t> frameMainData, int mainDataBegin);
 
     MpegFrameHeader header_;
+    std::size_t crcMismatches_ = 0;
     std::vector<uint8_t> reservoir_;
     std::vector<uint8_t> mainData_;
     std::array<ScaleFactors, 2> factors_{};

@@ -16,16 +16,19 @@ constexpr int kLowestExponent = -512;
 constexpr int kHighestExponent = 64;
 
 struct PowerTables {
-    std::vector<float> pow43;        // |q|^(4/3)
+    // sign(q) |q|^(4/3), indexed by q + kLargestMagnitude: no sign handling
+    // per line.
+    std::vector<float> pow43;
     std::vector<float> pow2Quarter;  // 2^(e/4) for e from kLowestExponent
 };
 
 const PowerTables& powerTables() {
     static const PowerTables tables = [] {
         PowerTables built;
-        built.pow43.resize(kLargestMagnitude + 1);
-        for (int i = 0; i <= kLargestMagnitude; ++i) {
-            built.pow43[i] = static_cast<float>(std::pow(static_cast<double>(i), 4.0 / 3.0));
+        built.pow43.resize(2 * kLargestMagnitude + 1);
+        for (int q = -kLargestMagnitude; q <= kLargestMagnitude; ++q) {
+            const double magnitude = std::pow(std::abs(q), 4.0 / 3.0);
+            built.pow43[q + kLargestMagnitude] = static_cast<float>(q < 0 ? -magnitude : magnitude);
         }
         built.pow2Quarter.resize(kHighestExponent - kLowestExponent);
         for (int e = kLowestExponent; e < kHighestExponent; ++e) {
@@ -41,11 +44,10 @@ void scaleLines(const RequantizeInput& input, int begin, int end, int exponent, 
     const int index = std::clamp(exponent, kLowestExponent, kHighestExponent - 1) - kLowestExponent;
     const float scale = tables.pow2Quarter[index];
     end = std::min(end, input.nonZeroEnd);
+    // Huffman decoding never yields more than kLargestMagnitude.
+    const float* pow43 = tables.pow43.data() + kLargestMagnitude;
     for (int i = begin; i < end; ++i) {
-        const int32_t q = input.lines[i];
-        // Huffman decoding never yields more than kLargestMagnitude.
-        const float magnitude = tables.pow43[std::abs(q)] * scale;
-        out[i] = q < 0 ? -magnitude : magnitude;
+        out[i] = pow43[input.lines[i]] * scale;
     }
 }
 
