@@ -61,10 +61,12 @@ set-default-sink tunebox_null
 set-default-source tunebox_null.monitor
 PA
     # Runs as root in containers and CI; --system=false keeps it a private
-    # per-user server on our own runtime directory.
+    # per-user server on our own runtime directory. A desktop's sound server
+    # runs at raised (real-time) priority; so does this one, or a busy machine
+    # starves it and the null sink's clock falls behind the streams' timing.
     with_server_env pulseaudio --daemonize=yes --system=false --exit-idle-time=-1 \
         --disallow-exit=no -n -F "$base/server.pa" --use-pid-file=yes \
-        --realtime=no --high-priority=no --log-target="file:$base/server.log"
+        --realtime=yes --high-priority=yes --log-target="file:$base/server.log"
     for _ in $(seq 50); do
         reachable && break
         sleep 0.1
