@@ -45,9 +45,10 @@ class RecordingTakeTest : public ::testing::Test {
     }
 
     // Every sample of the take is the clipped sum of the accompaniment and
-    // the voice sung to it; only the last part-block of the accompaniment
-    // may be missing.
-    void expectSampleExactTake() {
+    // the voice sung to it, `voiceLag` samples late (silence before the
+    // voice); only the last part-block of the accompaniment, which the
+    // player cuts, may be missing.
+    void expectSampleExactTake(std::ptrdiff_t voiceLag = 0) {
         const auto bytes = test::readBytes(options_.output);
         ASSERT_GT(bytes.size(), kWavHeaderBytes);
         const auto take = test::toSamples({bytes.begin() + kWavHeaderBytes, bytes.end()});
@@ -56,7 +57,9 @@ class RecordingTakeTest : public ::testing::Test {
         std::size_t wrong = 0;
         std::size_t firstWrong = 0;
         for (std::size_t k = 0; k < take.size(); ++k) {
-            if (take[k] != mixSample(voice_[k], accompaniment_[k], 100, 100) && wrong++ == 0) {
+            const auto sung = static_cast<std::ptrdiff_t>(k) - voiceLag;
+            const int16_t voice = sung >= 0 ? voice_[static_cast<std::size_t>(sung)] : 0;
+            if (take[k] != mixSample(voice, accompaniment_[k], 100, 100) && wrong++ == 0) {
                 firstWrong = k;
             }
         }
@@ -91,6 +94,22 @@ TEST_F(RecordingTakeTest, ManualDelayAlignsEverySample) {
     runToTheEnd(session);
     EXPECT_EQ(session.capture().syncMx().alignedDelay(), static_cast<int32_t>(kOutputLatency));
     expectSampleExactTake();
+}
+
+// A delay typed too small, below zero, cannot drop voice bytes: the voice is
+// put that much later behind silence instead, and the take still ends with
+// the accompaniment.
+TEST_F(RecordingTakeTest, NegativeManualDelayDelaysTheVoiceBehindSilence) {
+    constexpr int32_t kTyped = -4000;
+    options_.manualFlag = 1;
+    options_.manualDelay = kTyped;
+    cli::RecordingSession session;
+    audio_->setClockStalled(true);
+    ASSERT_EQ(session.rec(options_), 1) << session.error();
+    audio_->setClockStalled(false);
+    runToTheEnd(session);
+    EXPECT_EQ(session.capture().syncMx().alignedDelay(), kTyped);
+    expectSampleExactTake((kOutputLatency - kTyped) / 2);
 }
 
 }  // namespace
