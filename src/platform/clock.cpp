@@ -8,7 +8,7 @@ Clock::Duration SteadyClock::now() {
     return std::chrono::steady_clock::now() - origin_;
 }
 
-bool SteadyClock::sleepUntil(Duration deadline, const std::atomic<bool>& cancelled) {
+bool SteadyClock::sleepUntil(Duration deadline, const std::atomic<bool>& cancelled, bool) {
     std::unique_lock lock(mutex_);
     return !wake_.wait_until(lock, origin_ + deadline, [&] { return cancelled.load(); });
 }
@@ -22,9 +22,14 @@ Clock::Duration VirtualClock::now() {
     return Duration(now_.load());
 }
 
-bool VirtualClock::sleepUntil(Duration deadline, const std::atomic<bool>& cancelled) {
+bool VirtualClock::sleepUntil(Duration deadline, const std::atomic<bool>& cancelled,
+                              bool afterWork) {
     std::unique_lock lock(mutex_);
     const auto entry = deadlines_.insert(deadline.count());
+    if (afterWork) {
+        --working_;
+        changed_.notify_all();
+    }
     changed_.wait(lock, [&] { return cancelled.load() || now_.load() >= deadline.count(); });
     deadlines_.erase(entry);
     const bool due = !cancelled.load();

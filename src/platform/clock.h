@@ -19,8 +19,10 @@ class Clock {
     virtual Duration now() = 0;
     // Sleeps until now() reaches `deadline` (true) or `cancelled` is set and
     // wake() called (false). After true, the caller does the work due at that
-    // moment and then calls workDone().
-    virtual bool sleepUntil(Duration deadline, const std::atomic<bool>& cancelled) = 0;
+    // moment, then either sleeps again with `afterWork` set, which ends that
+    // work in the same step, or calls workDone().
+    virtual bool sleepUntil(Duration deadline, const std::atomic<bool>& cancelled,
+                            bool afterWork) = 0;
     virtual void wake() = 0;
     virtual void workDone() {}
 };
@@ -29,7 +31,7 @@ class SteadyClock final : public Clock {
   public:
     SteadyClock();
     Duration now() override;
-    bool sleepUntil(Duration deadline, const std::atomic<bool>& cancelled) override;
+    bool sleepUntil(Duration deadline, const std::atomic<bool>& cancelled, bool afterWork) override;
     void wake() override;
 
   private:
@@ -40,11 +42,13 @@ class SteadyClock final : public Clock {
 
 // Advanced only by its owner; a sleeper whose moment has come holds the clock
 // at that moment until it reports its work done, so a timer tick sees the
-// simulated devices exactly where they are at that tick, at any speed.
+// simulated devices exactly where they are at that tick, at any speed. A
+// sleeper going back to sleep ends its work and sets its next moment in one
+// step: were there a gap between, the clock could run past that moment.
 class VirtualClock final : public Clock {
   public:
     Duration now() override;
-    bool sleepUntil(Duration deadline, const std::atomic<bool>& cancelled) override;
+    bool sleepUntil(Duration deadline, const std::atomic<bool>& cancelled, bool afterWork) override;
     void wake() override;
     void workDone() override;
 

@@ -100,12 +100,14 @@ void TimerService::run(Clock& clock, Event& event) {
     // Deadlines advance by whole periods from the start, so a late tick does
     // not shift the ones after it.
     auto deadline = clock.now() + event.period;
-    while (clock.sleepUntil(deadline, event.killed)) {
+    bool afterWork = false;
+    while (clock.sleepUntil(deadline, event.killed, afterWork)) {
         event.tick();
-        clock.workDone();
         if (event.killed) {
+            clock.workDone();
             return;
         }
+        afterWork = true;
         deadline += event.period;
     }
 }
