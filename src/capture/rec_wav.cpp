@@ -58,6 +58,11 @@ void CRecWav::registerLevelMeter(LevelMeterCallback callback, void* context) {
     levelMeterContext_ = context;
 }
 
+void CRecWav::registerFaultNotice(FaultNoticeCallback callback, void* context) {
+    faultNotice_ = callback;
+    faultNoticeContext_ = context;
+}
+
 int CRecWav::startRecording(const WaveFormat& format, uint32_t slotSize, int32_t bufferCount,
                             MixingWaveCtl* playback, int32_t manualFlag, int32_t manualDelay) {
     return start(kSinkWavFile, format, slotSize, bufferCount, playback, manualFlag, manualDelay);
@@ -237,10 +242,7 @@ void CRecWav::requeue(WaveHeader& header) {
     header.flags = 0;
     if (device_->prepare(header) != kAudioOk || device_->addBuffer(header) != kAudioOk) {
         --queued_;
-        if (fault_ == CaptureFault::kNone) {
-            fault_ = CaptureFault::kInputDevice;
-            lastError_ = "the microphone stopped: " + device_->lastError();
-        }
+        recordFault(CaptureFault::kInputDevice, "the microphone stopped: " + device_->lastError());
     }
 }
 
@@ -251,10 +253,23 @@ void CRecWav::reportLevels(const uint8_t* block, uint32_t length) {
 }
 
 void CRecWav::writeToSink(const uint8_t* bytes, uint32_t count) {
-    if (!sink_.write(bytes, count) && sink_.mode() == kSinkWavFile &&
-        fault_ == CaptureFault::kNone) {
-        fault_ = CaptureFault::kOutputWrite;
-        lastError_ = outputFileName_ + ": could not be written (disk full?)";
+    if (!sink_.write(bytes, count) && sink_.mode() == kSinkWavFile) {
+        recordFault(CaptureFault::kOutputWrite,
+                    outputFileName_ + ": could not be written (disk full?)");
+    }
+}
+
+// Only the first fault of a run counts: it is the cause, the rest follow.
+void CRecWav::recordFault(CaptureFault fault, std::string reason) {
+    if (fault_ != CaptureFault::kNone) {
+        return;
+    }
+    fault_ = fault;
+    lastError_ = std::move(reason);
+    if (faultNotice_ != nullptr) {
+        dispatcher_.post([callback = faultNotice_, context = faultNoticeContext_, fault] {
+            callback(fault, context);
+        });
     }
 }
 
@@ -334,9 +349,8 @@ void CRecWav::freeAll() {
         device_->close();
         device_.reset();
     }
-    if (!sink_.close() && sink_.mode() == kSinkWavFile && fault_ == CaptureFault::kNone) {
-        fault_ = CaptureFault::kOutputWrite;
-        lastError_ = outputFileName_ + ": could not be finished";
+    if (!sink_.close() && sink_.mode() == kSinkWavFile) {
+        recordFault(CaptureFault::kOutputWrite, outputFileName_ + ": could not be finished");
     }
     sink_.setMode(kSinkNone);
     if (inbox_) {

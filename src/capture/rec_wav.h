@@ -36,6 +36,11 @@ enum class CaptureFault { kNone, kOutputWrite, kInputDevice };
 // channel, 0..32767) and the context given at registration.
 using LevelMeterCallback = void (*)(int32_t first, int32_t second, void* context);
 
+// Told once per run, when its first fault is recorded, as a task of its own
+// on the owning thread (never in the middle of a capture step). It may arrive
+// while a stop is already waiting for buffers; stopping again does nothing.
+using FaultNoticeCallback = void (*)(CaptureFault fault, void* context);
+
 // Where the capture notices of one run go: a run's leftovers still queued
 // after it closed find no engine and are dropped.
 struct CaptureInbox;
@@ -63,6 +68,7 @@ class CRecWav {
 
     void setEffectsEnabled(int32_t enabled) { effectsEnabled_ = enabled; }
     void registerLevelMeter(LevelMeterCallback callback, void* context);
+    void registerFaultNotice(FaultNoticeCallback callback, void* context);
 
     int32_t state() const { return state_; }
     int isActive() const { return state_ != kRecClosed; }
@@ -88,6 +94,7 @@ class CRecWav {
     void requeue(WaveHeader& header);
     void reportLevels(const uint8_t* block, uint32_t length);
     void writeToSink(const uint8_t* bytes, uint32_t count);
+    void recordFault(CaptureFault fault, std::string reason);
     void waitForOutstanding();
     void unprepareAll();
     int close();
@@ -112,6 +119,8 @@ class CRecWav {
     int32_t effectsEnabled_ = 1;
     LevelMeterCallback levelMeter_ = nullptr;
     void* levelMeterContext_ = nullptr;
+    FaultNoticeCallback faultNotice_ = nullptr;
+    void* faultNoticeContext_ = nullptr;
     std::string outputFileName_;
     CaptureFault fault_ = CaptureFault::kNone;
     std::string lastError_;

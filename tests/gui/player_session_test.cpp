@@ -3,6 +3,7 @@
 
 #include <QTreeWidget>
 
+#include "app/gui/position_time.h"
 #include "app/settings.h"
 #include "gui/session_fixture.h"
 
@@ -11,7 +12,23 @@ namespace {
 
 using namespace gui;
 
-class PlayerSessionTest : public SessionTest {};
+class PlayerSessionTest : public SessionTest {
+  protected:
+    // Stops the simulated clock late in a second of playback and says how
+    // much had been heard then; 0 when that moment kept slipping past.
+    uint32_t stallLateInASecond(WaveCtl& player) {
+        const auto late = [&] { return player.wavGetDevicePosition() % 176400 > 0.6 * 176400; };
+        for (int attempt = 0; attempt < 10; ++attempt) {
+            waitFor(late);
+            audio_->setClockStalled(true);
+            if (late()) {
+                return player.wavGetDevicePosition();
+            }
+            audio_->setClockStalled(false);
+        }
+        return 0;
+    }
+};
 
 TEST_F(PlayerSessionTest, PlayWithNoFilePickedDoesNothing) {
     start(2, 1);
@@ -22,29 +39,35 @@ TEST_F(PlayerSessionTest, PlayWithNoFilePickedDoesNothing) {
     EXPECT_EQ(fresh.karaokePlayer().state(), kPlayerStopped);
 }
 
-TEST_F(PlayerSessionTest, PauseKeepsThePositionAndPlayReopensFromIt) {
+// Paused late in a second, where a clock rounded to whole seconds would read
+// a second ahead: the kept position is what had been heard, and PLAY goes
+// on from there.
+TEST_F(PlayerSessionTest, PauseKeepsWhereItWasHeardAndPlayReopensFromThere) {
     start(20, 2);
     click(kKaraokePlay);
     ASSERT_EQ(karaoke().state, kPlaying);
     EXPECT_EQ(face(kKaraokePlay), kFacePlaying);
-    ASSERT_TRUE(waitFor([&] { return enginePosition() > 3 * 176400; }));
+    WaveCtl& player = dialog_->karaokePlayer();
+    ASSERT_TRUE(waitFor([&] { return player.wavGetDevicePosition() > 3 * 176400; }));
     QTest::qWait(600);  // one tick of the time display
     saveScreenshot(*dialog_, "playing");
+    const uint32_t heard = stallLateInASecond(player);
+    ASSERT_GT(heard, 0u);
 
     click(kKaraokePause);
+    audio_->setClockStalled(false);
     EXPECT_EQ(karaoke().state, kIdle);
-    EXPECT_EQ(dialog_->karaokePlayer().state(), kPlayerStopped);
+    EXPECT_EQ(player.state(), kPlayerStopped);
     EXPECT_EQ(face(kKaraokePlay), kFacePlay);
     EXPECT_EQ(face(kKaraokePause), kFacePause);
-    const uint32_t kept = karaoke().position;
-    EXPECT_GT(kept, 3u * 176400);
+    EXPECT_EQ(karaoke().position, heard);
+    EXPECT_EQ(control<QLabel>(kTimeText)->text().toStdString(), gui::formatPositionTime(heard));
 
     click(kKaraokePlay);
     ASSERT_EQ(karaoke().state, kPlaying);
-    // The player's clock rounds to whole seconds and keeps the frames of the
-    // fraction, so it may read up to one second ahead of the true position.
-    EXPECT_GE(enginePosition(), kept - 2352) << "a fresh open at the kept position";
-    EXPECT_LT(enginePosition(), kept + 2 * 176400);
+    QTest::qWait(600);
+    EXPECT_GE(karaoke().position, heard) << "a fresh open at the kept position";
+    EXPECT_LT(karaoke().position, heard + 2 * 176400) << "a tick later, a tick on";
 }
 
 TEST_F(PlayerSessionTest, PickingAnotherFileReplacesTheOnlyEntry) {

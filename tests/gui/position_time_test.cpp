@@ -24,10 +24,5 @@ TEST(PositionTime, TrackbarValueRoundsToTheNearestByte) {
     EXPECT_EQ(trackbarToBytes(4, 1000), 0u);
 }
 
-TEST(PositionTime, ClockFieldsAreBytes) {
-    EXPECT_EQ(clockToBytes(1, 5, 30), 4905u * 2352);
-    EXPECT_EQ(clockToBytes(256 + 1, 0, 0), 4500u * 2352);
-}
-
 }  // namespace
 }  // namespace tunebox::gui

@@ -1,8 +1,11 @@
 // REC, the level monitor and the audition of the take, through the
 // simulated sound card.
 
+#include <sys/resource.h>
+
 #include <QElapsedTimer>
 #include <algorithm>
+#include <csignal>
 #include <iostream>
 
 #include "app/gui/level_meter.h"
@@ -17,13 +20,71 @@ using namespace gui;
 
 constexpr uint32_t kWavHeaderBytes = 44;
 
+// A file size limit stands in for a full disk: writes past it fail, and the
+// signal that would end the process meanwhile is ignored.
+class FileSizeLimit {
+  public:
+    explicit FileSizeLimit(rlim_t bytes) : previous_(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &saved_);
+        rlimit limit = saved_;
+        limit.rlim_cur = bytes;
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() {
+        setrlimit(RLIMIT_FSIZE, &saved_);
+        std::signal(SIGXFSZ, previous_);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+  private:
+    rlimit saved_{};
+    void (*previous_)(int);
+};
+
 class RecordingSessionTest : public SessionTest {
   protected:
     bool meterLit() const {
         const QImage& frame = dialog_->meter().frame();
         return frame.pixelColor(5, frame.height() / 4) == QColor(0, 255, 0);
     }
+
+    // Nobody presses STOP: the take must end by itself, say why once, and
+    // leave a finished file.
+    void expectFullDiskEndsTheTake(bool withSong) {
+        constexpr rlim_t kDiskBytes = 300 * 1024;
+        start(20, 4, withSong);
+        {
+            const FileSizeLimit disk(kDiskBytes);
+            click(kRecord);
+            ASSERT_TRUE(dialog_->capture().isActive());
+            ASSERT_TRUE(waitFor([&] { return !desktop_.messages.isEmpty(); }, 10000));
+        }
+        EXPECT_FALSE(dialog_->capture().isActive());
+        EXPECT_EQ(karaoke().state, kIdle);
+        EXPECT_EQ(face(kRecord), kFaceRecord);
+        QTest::qWait(100);
+        ASSERT_EQ(desktop_.messages.size(), 1) << desktop_.messages.join('\n').toStdString();
+        const QString& message = desktop_.messages.first();
+        EXPECT_TRUE(message.startsWith(QStringLiteral("録音の中断|録音ﾌｧｲﾙに書き込めません")))
+            << message.toStdString();
+        EXPECT_TRUE(message.endsWith(QString::fromStdString(take_))) << message.toStdString();
+
+        uint32_t length = 0;
+        ASSERT_EQ(wavGetLength(take_, length), 1);
+        EXPECT_EQ(readBytes(take_).size(), kWavHeaderBytes + length);
+        EXPECT_GT(length, 0u);
+        EXPECT_LE(kWavHeaderBytes + length, kDiskBytes);
+    }
 };
+
+TEST_F(RecordingSessionTest, AFullDiskEndsAVoiceOnlyTakeAtOnce) {
+    expectFullDiskEndsTheTake(false);
+}
+
+TEST_F(RecordingSessionTest, AFullDiskEndsATakeOverTheSongAtOnce) {
+    expectFullDiskEndsTheTake(true);
+}
 
 TEST_F(RecordingSessionTest, RecWithTheMonitorOnSwitchesToRecordingInOnePress) {
     start(20, 1);
@@ -79,6 +140,9 @@ TEST_F(RecordingSessionTest, AccompanimentEndFinishesTheTakeWhichThenPlaysBack) 
     EXPECT_EQ(readBytes(take_).size(), kWavHeaderBytes + length) << "sizes written at close";
     EXPECT_GT(length, 2u * 176400);
     EXPECT_LE(length, 4u * 176400);
+    EXPECT_EQ(control<QLabel>(kDelayReadout)->text().toStdString(),
+              std::to_string(dialog_->capture().syncMx().alignedDelay()))
+        << "the delay the take was lined up with, not one measured after the song's end";
 
     click(kRecordedPlay);
     EXPECT_EQ(recorded().state, kPlaying);

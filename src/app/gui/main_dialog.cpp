@@ -267,7 +267,7 @@ void MainDialog::initialiseMembers() {
     karaokeTrackbar_->setValue(karaoke_.position);
     recordedTrackbar_->setValue(recorded_.position);
     echoFlag_ = 1;
-    setCaptureEffects();
+    connectCapture();
     manualDelayFlag_ = 0;
     SyncSettings settings;
     readSyncSettings(settings);

@@ -55,6 +55,8 @@ class MainDialog : public QDialog {
 
     // The capture engine's level callback lands here.
     void drawLevels(int first, int second);
+    // And its fault notice.
+    void captureFaulted(CaptureFault fault);
 
   protected:
     void paintEvent(QPaintEvent* event) override;
@@ -98,6 +100,7 @@ class MainDialog : public QDialog {
     void recordedTick();
     void trackbarScrolled(PlayerStatus& status, TrackbarScroll kind, int value);
     void refreshKaraokeDisplay();
+    int32_t takeDelay();
     void refreshRecordedTrackbar();
     bool playersIdle() const;
 
@@ -105,7 +108,8 @@ class MainDialog : public QDialog {
     int captureActive() const { return capture_.isActive(); }
     void stopMonitor();
     void startSyncOffsets();
-    void setCaptureEffects();
+    void connectCapture();
+    void endFaultedTake(CaptureFault fault);
     void destroy();
 
     DialogServices services_;
@@ -118,6 +122,10 @@ class MainDialog : public QDialog {
     CRecWav capture_{dispatcher_};
     TrackList list_;
     int currentIndex_ = -1;
+    // Where the accompaniment's current run started, in bytes.
+    uint32_t karaokeRunStart_ = 0;
+    // The delay the mixer lined the take up with, for the read-out.
+    int32_t takeDelay_ = 0;
     int monitorFlag_ = 0;
 
     // Members exchanged with controls.

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include "app/diagnostic_log.h"
 #include "app/gui/about_dialog.h"
 #include "app/gui/image_button.h"
 #include "app/gui/level_meter.h"
@@ -21,6 +22,16 @@ void meterCallback(int32_t first, int32_t second, void* context) {
     static_cast<MainDialog*>(context)->drawLevels(first, second);
 }
 
+void faultCallback(CaptureFault fault, void* context) {
+    static_cast<MainDialog*>(context)->captureFaulted(fault);
+}
+
+QString faultText(CaptureFault fault) {
+    return fault == CaptureFault::kOutputWrite
+               ? QStringLiteral("録音ﾌｧｲﾙに書き込めません(ﾃﾞｨｽｸの空き不足?)。")
+               : QStringLiteral("ﾏｲｸからの入力が止まりました。");
+}
+
 // "%ld" of the manual-delay text: leading digits, 0 for none.
 int32_t parseDelay(const QString& text) {
     return static_cast<int32_t>(std::strtol(text.toStdString().c_str(), nullptr, 10));
@@ -28,9 +39,32 @@ int32_t parseDelay(const QString& text) {
 
 }  // namespace
 
-void MainDialog::setCaptureEffects() {
+void MainDialog::connectCapture() {
     capture_.setEffectsEnabled(echoFlag_);
     capture_.registerLevelMeter(meterCallback, this);
+    capture_.registerFaultNotice(faultCallback, this);
+}
+
+// A full disk or a microphone that went away ends the take at once, with or
+// without the accompaniment: waiting for STOP would only lose more of it.
+void MainDialog::captureFaulted(CaptureFault fault) {
+    logAlways(capture_.lastError());
+    // The notice may be run by a stop that is waiting for its buffers; the
+    // take is ended from the event loop instead, outside that stop.
+    QMetaObject::invokeMethod(
+        this, [this, fault] { endFaultedTake(fault); }, Qt::QueuedConnection);
+}
+
+void MainDialog::endFaultedTake(CaptureFault fault) {
+    const bool recording = monitorFlag_ == 0;
+    if (captureActive()) {
+        stopRecorder();
+    }
+    QString text = faultText(fault);
+    if (recording) {
+        text += QStringLiteral("ここまでの録音は保存しました:") + recordedName_;
+    }
+    services_.showStop(this, QStringLiteral("録音の中断"), text);
 }
 
 void MainDialog::record() {
@@ -48,6 +82,7 @@ void MainDialog::record() {
     if (capture_.startRecording(kNativeFormat, kRecordSlotBytes, kCaptureBuffers, source,
                                 manualDelayFlag_, delay) == 1) {
         setFace(recordButton_, kFaceRecording);
+        takeDelay_ = 0;
         // Capture runs before the accompaniment starts, so that nothing the
         // singer hears is missing from the take.
         playKaraoke();

@@ -5,13 +5,13 @@
 #include <QTreeWidget>
 #include <algorithm>
 
-#include "app/diagnostic_log.h"
 #include "app/gui/image_button.h"
 #include "app/gui/main_dialog.h"
 #include "app/gui/position_time.h"
 #include "app/settings.h"
 #include "capture/ling_buffer.h"
 #include "platform/wave_format.h"
+#include "playback/playback_clock.h"
 #include "playback/wav_length.h"
 
 namespace tunebox::gui {
@@ -93,6 +93,7 @@ int MainDialog::playKaraoke() {
         return 0;
     }
     karaoke_.state = kPlaying;
+    karaokeRunStart_ = adjustStartPosition(karaoke_.position);
     karaokeTimer_.start(kTickMilliseconds);
     karaokePlayer_.wavPlay();
     return 1;
@@ -213,10 +214,6 @@ void MainDialog::pauseRecorded() {
 }
 
 void MainDialog::karaokeTick() {
-    if (capture_.fault() != CaptureFault::kNone && captureActive()) {
-        logAlways(capture_.lastError());
-        stopRecorder();
-    }
     if (karaokePlayer_.wavIsStopped()) {
         karaoke_.state = kIdle;
         karaokeTimer_.stop();
@@ -259,20 +256,32 @@ void MainDialog::refreshKaraokeDisplay() {
     if (karaoke_.state == kIdle) {
         karaokeTrackbar_->setValue(0);
     } else {
-        uint32_t minutes = 0;
-        uint32_t seconds = 0;
-        uint32_t frames = 0;
-        if (karaokePlayer_.wavGetTime(minutes, seconds, frames) == 1) {
-            karaoke_.position = clockToBytes(minutes, seconds, frames);
+        // Where the singer is: the start of this run plus what the device
+        // has played. The player's own clock rounds to whole seconds and so
+        // reads up to a second ahead, which PAUSE would keep and PLAY skip.
+        if (karaokePlayer_.state() != kPlayerStopped) {
+            karaoke_.position = karaokeRunStart_ + karaokePlayer_.wavGetDevicePosition();
         }
         if (karaoke_.dragged == 0) {
             karaokeTrackbar_->setValue(static_cast<int>(karaokePlayer_.wavGetSliderPos()));
         }
     }
-    delayReadout_ = QString::number(capture_.syncMx().currentDelay());
+    delayReadout_ = QString::number(takeDelay());
     delayLabel_->setText(delayReadout_);
     timeText_ = QString::fromStdString(formatPositionTime(karaoke_.position));
     timeLabel_->setText(timeText_);
+}
+
+// The mixer measures the delay afresh at every block, also while a take winds
+// down after the accompaniment's device has closed, when the figure is the
+// capture position alone. The read-out follows the mixer only while both
+// devices run, and keeps the delay the take was lined up with after it.
+int32_t MainDialog::takeDelay() {
+    const SyncMx& mixer = capture_.syncMx();
+    if (captureActive() && karaoke_.state == kPlaying) {
+        takeDelay_ = mixer.aligned() ? mixer.alignedDelay() : mixer.currentDelay();
+    }
+    return takeDelay_;
 }
 
 void MainDialog::refreshRecordedTrackbar() {

@@ -28,12 +28,4 @@ uint32_t trackbarToBytes(int value, uint32_t length) {
     return static_cast<uint32_t>(value / double(kTrackbarMax) * length + 0.5);
 }
 
-uint32_t clockToBytes(uint32_t minutes, uint32_t seconds, uint32_t frames) {
-    const auto byte = [](uint32_t field) {
-        return static_cast<uint32_t>(static_cast<uint8_t>(field));
-    };
-    return (byte(minutes) * kSectorsPerMinute + byte(seconds) * kSectorsPerSecond + byte(frames)) *
-           kSectorBytes;
-}
-
 }  // namespace tunebox::gui

@@ -17,7 +17,4 @@ std::string formatPositionTime(uint32_t bytes);
 // round(value / 10000 x length): where a trackbar value points in a file.
 uint32_t trackbarToBytes(int value, uint32_t length);
 
-// Minutes, seconds and 1/75 s frames (each one byte) back to bytes.
-uint32_t clockToBytes(uint32_t minutes, uint32_t seconds, uint32_t frames);
-
 }  // namespace tunebox::gui
