@@ -152,23 +152,27 @@ void decodePairs(BitReader& reader, int tableSelect, int begin, int end, Quantiz
     }
 }
 
+// Where v, w, x and y sit in a count1 symbol (x << 4 | y of its code book).
+constexpr std::array<int, 4> kQuadShifts{5, 4, 1, 0};
+
 int decodeQuads(BitReader& reader, int table, int begin, std::size_t part23End,
                 QuantizedSpectrum& lines) {
     const HuffmanLookup& lookup = lookups().count1[table];
     int line = begin;
     while (line + 4 <= kGranuleLines && reader.position() < part23End) {
         const int symbol = lookup.decode(reader);
-        // v, w, x, y are 0 or 1; their sign bits follow in one read.
-        const std::array<int32_t, 4> values{(symbol >> 5) & 1, (symbol >> 4) & 1, (symbol >> 1) & 1,
-                                            symbol & 1};
-        const int signCount = values[0] + values[1] + values[2] + values[3];
-        const uint32_t signs = reader.read(signCount);
-        int signsLeft = signCount;
+        // v, w, x, y are 0 or 1, each followed in turn by its sign bit if
+        // it is 1. Computed without branches: which quadruples are zero is
+        // what the stream cannot predict.
+        const uint32_t signs = reader.peek(4);
+        int used = 0;
         for (int k = 0; k < 4; ++k) {
-            signsLeft -= values[k];
-            const bool negative = values[k] != 0 && ((signs >> signsLeft) & 1) != 0;
-            lines[line + k] = negative ? -values[k] : values[k];
+            const int present = (symbol >> kQuadShifts[k]) & 1;
+            const int negative = static_cast<int>(signs >> (3 - used)) & present;
+            lines[line + k] = present - 2 * negative;
+            used += present;
         }
+        reader.skip(used);
         if (reader.position() > part23End) {
             // A quadruple that runs past the end was never coded.
             std::fill(lines.begin() + line, lines.begin() + line + 4, 0);

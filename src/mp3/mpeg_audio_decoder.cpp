@@ -16,6 +16,20 @@ namespace {
 // main_data_begin reaches back at most 511 bytes.
 constexpr std::size_t kReservoirBytes = 511;
 
+// The end of the non-zero lines once short blocks are reordered: lines
+// move only within their band, so a band's end bounds them.
+int reorderedLineEnd(const GranuleChannelInfo& info, const ScaleFactorBands& bands, int codedEnd) {
+    if (!info.shortBlocks()) {
+        return codedEnd;
+    }
+    for (int band = 0; band < kShortBands; ++band) {
+        if (3 * bands.shortBounds[band + 1] >= codedEnd) {
+            return 3 * bands.shortBounds[band + 1];
+        }
+    }
+    return kGranuleLines;
+}
+
 }  // namespace
 
 struct MpegAudioDecoder::Work {
@@ -127,15 +141,18 @@ void MpegAudioDecoder::decodeGranule(int granule, std::span<int16_t> pcm) {
             {work.quantized[ch], work.nonZeroEnd[ch], info, factors_[ch], bands, header_.isMpeg1()},
             work.spectra[ch]);
     }
-    if (channels == 2) {
+    if (header_.mode == ChannelMode::JointStereo) {
         processJointStereo({header_, work.sideInfo.granule[granule][1], factors_[1], bands},
                            work.spectra[0], work.spectra[1]);
+        // Mid/side and intensity coding give each side the other's lines.
+        work.nonZeroEnd[0] = work.nonZeroEnd[1] = std::max(work.nonZeroEnd[0], work.nonZeroEnd[1]);
     }
     for (int ch = 0; ch < channels; ++ch) {
         const GranuleChannelInfo& info = work.sideInfo.granule[granule][ch];
         reorderShortBlocks(info, bands, work.spectra[ch]);
-        reduceAliasing(info, work.spectra[ch]);
-        filterBanks_[ch].process(work.spectra[ch], info, work.subbandSamples);
+        const int subbands = subbandsInUse(reorderedLineEnd(info, bands, work.nonZeroEnd[ch]));
+        reduceAliasing(info, subbands, work.spectra[ch]);
+        filterBanks_[ch].process(work.spectra[ch], info, subbands, work.subbandSamples);
         synthesis_[ch].synthesize(work.subbandSamples, pcm.data() + ch, channels);
     }
 }
