@@ -256,13 +256,14 @@ void HybridFilterBank::process(const Spectrum& spectrum, const GranuleChannelInf
         std::fill(row.begin() + width, row.end(), 0.0f);
     }
     kTransformsByChunks[chunks - 1](spectrum, info, samples);
-    for (int i = 0; i < kSlotsPerGranule; ++i) {
-        for (int sb = 0; sb < kSubbands; ++sb) {
-            out[i][sb] = samples[i][sb] + overlap_[i][sb];
-            overlap_[i][sb] = samples[18 + i][sb];
-        }
-    }
-    // Frequency inversion: odd subbands negated in odd slots.
+    // Overlap-add and the frequency inversion (odd subbands negated in odd
+    // slots) in one pass, into a local array: the compiler cannot vectorise
+    // a loop whose output might overlap the state it reads.
+    static constexpr Lanes kOnes = [] {
+        Lanes ones{};
+        ones.fill(1.0f);
+        return ones;
+    }();
     static constexpr Lanes kOddNegated = [] {
         Lanes signs{};
         for (int sb = 0; sb < kSubbands; ++sb) {
@@ -270,11 +271,15 @@ void HybridFilterBank::process(const Spectrum& spectrum, const GranuleChannelInf
         }
         return signs;
     }();
-    for (int i = 1; i < kSlotsPerGranule; i += 2) {
+    SubbandSamples summed;
+    for (int i = 0; i < kSlotsPerGranule; ++i) {
+        const Lanes& signs = (i & 1) ? kOddNegated : kOnes;
         for (int sb = 0; sb < kSubbands; ++sb) {
-            out[i][sb] *= kOddNegated[sb];
+            summed[i][sb] = (samples[i][sb] + overlap_[i][sb]) * signs[sb];
         }
     }
+    out = summed;
+    std::copy(samples.begin() + kSlotsPerGranule, samples.end(), overlap_.begin());
 }
 
 }  // namespace tunebox
