@@ -41,7 +41,7 @@ class MpegAudioDecoder {
     // output too small for it.
     int decodeFrame(std::span<const uint8_t> frame, std::span<uint8_t> out,
                     std::size_t& bytesWritten);
-    // The same for 16-bit output, counting samples.
+    // The same for 16-bit output, counting samples; 0 when set up for 8.
     int decodeFrame(std::span<const uint8_t> frame, std::span<int16_t> pcm, std::size_t& written);
 
     // Finds the frames in a byte stream by their headers and lengths and
