@@ -1,5 +1,6 @@
 // Arbitrary bytes through the Layer III decoder, both as a byte stream and as
-// one frame handed over whole.
+// one frame handed over whole. The first byte picks the set-up: rate
+// reduction (3 is out of range and clamped), output mode and frequency limit.
 
 #include <array>
 #include <cstddef>
@@ -7,16 +8,29 @@
 #include <span>
 #include <vector>
 
+#include "mp3/builtin_decoder_feed.h"
 #include "mp3/mpeg_audio_decoder.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const std::span<const uint8_t> bytes(data, size);
+    if (size == 0) {
+        return 0;
+    }
+    const uint8_t choice = data[0];
+    const tunebox::DecodingOptions options{choice & 3, (choice >> 2) & 0x0B,
+                                           ((choice >> 6) & 3) * 8000};
+    const std::span<const uint8_t> bytes(data + 1, size - 1);
+
+    tunebox::BuiltinDecoderState state;
+    tunebox::mpegGetDecodeInfo(state, bytes);
+
     tunebox::MpegAudioDecoder streamDecoder;
-    std::vector<int16_t> pcm;
-    streamDecoder.decodeStream(bytes, pcm);
+    streamDecoder.configure(options);
+    std::vector<uint8_t> out;
+    streamDecoder.decodeStream(bytes, out);
 
     tunebox::MpegAudioDecoder frameDecoder;
-    std::array<int16_t, tunebox::MpegAudioDecoder::kMaxFrameSamples> frame{};
+    frameDecoder.configure(options);
+    std::array<uint8_t, tunebox::MpegAudioDecoder::kMaxFrameBytes> frame{};
     std::size_t written = 0;
     frameDecoder.decodeFrame(bytes, frame, written);
     frameDecoder.decodeFrame(bytes, frame, written);

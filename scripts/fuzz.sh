@@ -4,6 +4,9 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds="${1:-60}"
+# Stop at undefined behaviour: by default it is only reported and the run
+# goes on, so a finding would leave no crashing input behind.
+export UBSAN_OPTIONS="${UBSAN_OPTIONS:-halt_on_error=1:print_stacktrace=1}"
 mkdir -p fuzz/artifacts
 for source in fuzz/fuzz_*.cpp; do
     name=$(basename "$source" .cpp)

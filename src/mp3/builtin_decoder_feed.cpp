@@ -1,14 +1,11 @@
 #include "mp3/builtin_decoder_feed.h"
 
-#include <algorithm>
-#include <array>
 #include <cstdio>
 #include <cstring>
 
 #include "app/diagnostic_log.h"
 #include "mp3/mpeg_frame_length.h"
 #include "platform/heap.h"
-#include "platform/little_endian.h"
 #include "platform/mpeg_codec.h"
 #include "playback/audio_source.h"
 
@@ -86,17 +83,24 @@ int mpegGetDecodeInfo(BuiltinDecoderState& state, std::span<const uint8_t> first
     DecoderHeader header;
     uint32_t bitRate = 0;
     uint32_t offset = 0;
-    if (mpegParseFirstFrame(firstBytes, header, bitRate, offset) == 0 || header.layer != 1) {
+    const uint32_t frameLength = mpegParseFirstFrame(firstBytes, header, bitRate, offset);
+    DecodingSetup setup;
+    const DecodingOptions options;  // full rate, 16 bits, the stream's channels
+    if (mpegSetUpDecoding(header, frameLength, options.reduction, options.outputMode,
+                          options.frequencyLimit, setup) != 1) {
         return 0;
     }
+    // The decoding proper takes only frames with a known bit rate.
     MpegFrameHeader frame;
     if (parseFrameHeader(firstBytes.subspan(offset), frame) != 1) {
         return 0;
     }
-    const MpegOutputDescription output = describeOutput(frame);
     state.decoder = std::make_unique<MpegAudioDecoder>();
+    state.decoder->configure(options);
+    const MpegOutputDescription& output = setup.description;
     state.info = {static_cast<uint32_t>(output.channels), static_cast<uint32_t>(output.sampleRate),
-                  16, kLongestFrameBytes, static_cast<uint32_t>(output.pcmBytesPerFrame)};
+                  static_cast<uint32_t>(output.bitsPerSample), kLongestFrameBytes,
+                  static_cast<uint32_t>(output.pcmBytesPerFrame)};
     return 1;
 }
 
@@ -159,18 +163,15 @@ int mp3ConvertMyDecoder(AudioSource& source) {
     stage.acmhead.sourceLength = frameBytes;
     dropFront(state, length);
 
-    std::array<int16_t, MpegAudioDecoder::kMaxFrameSamples> pcm{};
-    std::size_t samples = 0;
-    if (state.decoder->decodeFrame({stage.sourceBuffer.get(), frameBytes}, pcm, samples) != 1) {
+    std::size_t written = 0;
+    if (state.decoder->decodeFrame({stage.sourceBuffer.get(), frameBytes},
+                                   {stage.destinationBuffer.get(), stage.destinationSize},
+                                   written) != 1) {
         state.cvtsize = 0;
         stage.acmhead.sourceLengthUsed = appended;
         return 0;
     }
-    samples = std::min<std::size_t>(samples, stage.destinationSize / 2);
-    for (std::size_t i = 0; i < samples; ++i) {
-        storeLe16(stage.destinationBuffer.get() + 2 * i, static_cast<uint16_t>(pcm[i]));
-    }
-    stage.acmhead.destinationLengthUsed = static_cast<uint32_t>(samples * 2);
+    stage.acmhead.destinationLengthUsed = static_cast<uint32_t>(written);
     return 1;
 }
 

@@ -152,23 +152,43 @@ void decodePairs(BitReader& reader, int tableSelect, int begin, int end, Quantiz
     }
 }
 
+// Every count1 quadruple, by which of v, w, x, y are 1 (a mask, v in bit
+// 3) and the next four bits of the stream, where each 1 is followed in
+// turn by its sign bit. A lookup in place of branches: which quadruples
+// are zero is what the stream cannot predict.
+struct QuadTable {
+    std::array<std::array<std::array<int32_t, 4>, 16>, 16> values{};
+    std::array<int, 16> signBits{};
+};
+
+constexpr QuadTable kQuads = [] {
+    QuadTable table;
+    for (int mask = 0; mask < 16; ++mask) {
+        for (int next = 0; next < 16; ++next) {
+            int used = 0;
+            for (int k = 0; k < 4; ++k) {
+                const int present = (mask >> (3 - k)) & 1;
+                const int negative = (next >> (3 - used)) & present;
+                table.values[mask][next][k] = present - 2 * negative;
+                used += present;
+            }
+            table.signBits[mask] = used;
+        }
+    }
+    return table;
+}();
+
 int decodeQuads(BitReader& reader, int table, int begin, std::size_t part23End,
                 QuantizedSpectrum& lines) {
     const HuffmanLookup& lookup = lookups().count1[table];
     int line = begin;
     while (line + 4 <= kGranuleLines && reader.position() < part23End) {
+        // The symbol holds v, w in bits 5, 4 and x, y in bits 1, 0.
         const int symbol = lookup.decode(reader);
-        // v, w, x, y are 0 or 1; their sign bits follow in one read.
-        const std::array<int32_t, 4> values{(symbol >> 5) & 1, (symbol >> 4) & 1, (symbol >> 1) & 1,
-                                            symbol & 1};
-        const int signCount = values[0] + values[1] + values[2] + values[3];
-        const uint32_t signs = reader.read(signCount);
-        int signsLeft = signCount;
-        for (int k = 0; k < 4; ++k) {
-            signsLeft -= values[k];
-            const bool negative = values[k] != 0 && ((signs >> signsLeft) & 1) != 0;
-            lines[line + k] = negative ? -values[k] : values[k];
-        }
+        const int mask = ((symbol >> 2) & 0xC) | (symbol & 3);
+        const auto& values = kQuads.values[mask][reader.peek(4)];
+        std::copy(values.begin(), values.end(), lines.begin() + line);
+        reader.skip(kQuads.signBits[mask]);
         if (reader.position() > part23End) {
             // A quadruple that runs past the end was never coded.
             std::fill(lines.begin() + line, lines.begin() + line + 4, 0);

@@ -12,7 +12,11 @@ namespace {
 // index vectorise, and the result lands in the [time slot][subband] layout
 // the synthesis reads. The loops always cover all lanes, silent subbands
 // included: a fixed count is what lets the compiler vectorise them at -O2.
+// Only the lanes below a width (a whole number of chunks) that covers
+// the subbands with any non-zero line are transformed: above it the
+// transform of zeros is zero.
 using Lanes = std::array<float, kSubbands>;
+constexpr int kChunk = 8;
 
 constexpr int kLongPoints = 36;
 constexpr int kShortPoints = 12;
@@ -96,12 +100,11 @@ const TransformTables& tables() {
     return built;
 }
 
-template <std::size_t Rows, std::size_t Columns>
+template <int Width, std::size_t Rows, std::size_t Columns>
 void multiply(const std::array<std::array<float, Columns>, Rows>& matrix, const Lanes* in,
               Lanes* out) {
     // Eight lanes at a time keep the sums in registers.
-    constexpr int kChunk = 8;
-    for (int first = 0; first < kSubbands; first += kChunk) {
+    for (int first = 0; first < Width; first += kChunk) {
         for (std::size_t row = 0; row < Rows; ++row) {
             std::array<float, kChunk> sum{};
             for (std::size_t column = 0; column < Columns; ++column) {
@@ -121,6 +124,7 @@ using TimeSamples = std::array<Lanes, kLongPoints>;
 // y read out with its symmetries: x[i] = y[i + 9] for i < 9, -y[26 - i]
 // below 27, -y[i - 27] above. The DCT-IV comes from the DCT-II C of the
 // twiddled lines through y[j] = C[j] - y[j - 1], y[0] = C[0] / 2.
+template <int Width>
 void longTransform(const std::array<Lanes, 18>& lines, const std::array<float, kLongPoints>& window,
                    TimeSamples& out) {
     const TransformTables& t = tables();
@@ -129,7 +133,7 @@ void longTransform(const std::array<Lanes, 18>& lines, const std::array<float, k
     for (int k = 0; k < kHalf; ++k) {
         const float low = t.dct4Twiddles[k];
         const float high = t.dct4Twiddles[17 - k];
-        for (int sb = 0; sb < kSubbands; ++sb) {
+        for (int sb = 0; sb < Width; ++sb) {
             const float a = lines[k][sb] * low;
             const float b = lines[17 - k][sb] * high;
             sums[k][sb] = a + b;
@@ -139,7 +143,7 @@ void longTransform(const std::array<Lanes, 18>& lines, const std::array<float, k
     std::array<Lanes, 5> foldedSums;
     std::array<Lanes, 4> foldedDifferences;
     for (int k = 0; k < 4; ++k) {
-        for (int sb = 0; sb < kSubbands; ++sb) {
+        for (int sb = 0; sb < Width; ++sb) {
             foldedSums[k][sb] = sums[k][sb] + sums[8 - k][sb];
             foldedDifferences[k][sb] = sums[k][sb] - sums[8 - k][sb];
         }
@@ -148,9 +152,9 @@ void longTransform(const std::array<Lanes, 18>& lines, const std::array<float, k
     std::array<Lanes, 5> evenOfEven;
     std::array<Lanes, 4> oddOfEven;
     std::array<Lanes, kHalf> odd;
-    multiply(t.evenFromSums, foldedSums.data(), evenOfEven.data());
-    multiply(t.oddFromDifferences, foldedDifferences.data(), oddOfEven.data());
-    multiply(t.oddCosines, differences.data(), odd.data());
+    multiply<Width>(t.evenFromSums, foldedSums.data(), evenOfEven.data());
+    multiply<Width>(t.oddFromDifferences, foldedDifferences.data(), oddOfEven.data());
+    multiply<Width>(t.oddCosines, differences.data(), odd.data());
     // C[j]: j = 4r from evenOfEven[r], j = 4r + 2 from oddOfEven[r], odd j
     // from odd[j / 2].
     auto dctOutput = [&](int j) -> const Lanes& {
@@ -162,14 +166,14 @@ void longTransform(const std::array<Lanes, 18>& lines, const std::array<float, k
     // The recurrence runs in double: its rounding errors would otherwise
     // pile up along the 18 steps.
     std::array<Lanes, 18> y;
-    std::array<double, kSubbands> running;
-    for (int sb = 0; sb < kSubbands; ++sb) {
+    std::array<double, Width> running;
+    for (int sb = 0; sb < Width; ++sb) {
         running[sb] = 0.5 * dctOutput(0)[sb];
         y[0][sb] = static_cast<float>(running[sb]);
     }
     for (int j = 1; j < 18; ++j) {
         const Lanes& c = dctOutput(j);
-        for (int sb = 0; sb < kSubbands; ++sb) {
+        for (int sb = 0; sb < Width; ++sb) {
             running[sb] = c[sb] - running[sb];
             y[j][sb] = static_cast<float>(running[sb]);
         }
@@ -178,7 +182,7 @@ void longTransform(const std::array<Lanes, 18>& lines, const std::array<float, k
         const bool negated = i >= 9;
         const int j = i < 9 ? i + 9 : (i < 27 ? 26 - i : i - 27);
         const float w = negated ? -window[i] : window[i];
-        for (int sb = 0; sb < kSubbands; ++sb) {
+        for (int sb = 0; sb < Width; ++sb) {
             out[i][sb] = y[j][sb] * w;
         }
     }
@@ -186,6 +190,7 @@ void longTransform(const std::array<Lanes, 18>& lines, const std::array<float, k
 
 // Three interleaved windows of 6 lines, each a 12-point inverse MDCT (a
 // 6-point DCT-IV read out as the long one is), overlapped in place.
+template <int Width>
 void shortTransforms(const std::array<Lanes, 18>& lines, TimeSamples& out) {
     const TransformTables& t = tables();
     out = {};
@@ -195,52 +200,70 @@ void shortTransforms(const std::array<Lanes, 18>& lines, TimeSamples& out) {
             in[k] = lines[3 * k + window];
         }
         std::array<Lanes, kShortLines> y;
-        multiply(t.shortCosines, in.data(), y.data());
+        multiply<Width>(t.shortCosines, in.data(), y.data());
         for (int i = 0; i < kShortPoints; ++i) {
             const bool negated = i >= 3;
             const int j = i < 3 ? i + 3 : (i < 9 ? 8 - i : i - 9);
             const float w = negated ? -t.shortWindow[i] : t.shortWindow[i];
             Lanes& target = out[6 + 6 * window + i];
-            for (int sb = 0; sb < kSubbands; ++sb) {
+            for (int sb = 0; sb < Width; ++sb) {
                 target[sb] += y[j][sb] * w;
             }
         }
     }
 }
 
-}  // namespace
-
-void HybridFilterBank::process(const Spectrum& spectrum, const GranuleChannelInfo& info,
-                               SubbandSamples& out) {
+// The transforms of one granule over the lanes below Width; the lanes
+// above are left as they are.
+template <int Width>
+void transformLanes(const Spectrum& spectrum, const GranuleChannelInfo& info,
+                    TimeSamples& samples) {
     const TransformTables& t = tables();
     std::array<Lanes, 18> lines;
     for (int k = 0; k < 18; ++k) {
-        for (int sb = 0; sb < kSubbands; ++sb) {
+        for (int sb = 0; sb < Width; ++sb) {
             lines[k][sb] = spectrum[18 * sb + k];
         }
     }
-    TimeSamples samples;
     if (info.shortBlocks()) {
-        shortTransforms(lines, samples);
+        shortTransforms<Width>(lines, samples);
     } else {
-        longTransform(lines, t.longWindows[static_cast<int>(info.blockType)], samples);
+        longTransform<Width>(lines, t.longWindows[static_cast<int>(info.blockType)], samples);
     }
     if (info.mixedBlock) {
         // The two lowest subbands take the normal window whatever the block
         // type says for the rest.
         TimeSamples normal;
-        longTransform(lines, t.longWindows[0], normal);
+        longTransform<kChunk>(lines, t.longWindows[0], normal);
         for (int i = 0; i < kLongPoints; ++i) {
             std::copy_n(normal[i].begin(), 2, samples[i].begin());
         }
     }
-    for (int i = 0; i < kSlotsPerGranule; ++i) {
-        for (int sb = 0; sb < kSubbands; ++sb) {
-            out[i][sb] = samples[i][sb] + overlap_[i][sb];
-            overlap_[i][sb] = samples[18 + i][sb];
-        }
+}
+
+using TransformRoutine = void (*)(const Spectrum&, const GranuleChannelInfo&, TimeSamples&);
+constexpr std::array<TransformRoutine, kSubbands / kChunk> kTransformsByChunks{
+    transformLanes<8>, transformLanes<16>, transformLanes<24>, transformLanes<32>};
+
+}  // namespace
+
+void HybridFilterBank::process(const Spectrum& spectrum, const GranuleChannelInfo& info,
+                               int subbands, SubbandSamples& out) {
+    const int chunks = std::clamp((subbands + kChunk - 1) / kChunk, 1, kSubbands / kChunk);
+    const int width = chunks * kChunk;
+    TimeSamples samples;
+    for (Lanes& row : samples) {
+        std::fill(row.begin() + width, row.end(), 0.0f);
     }
-    // Frequency inversion: odd subbands negated in odd slots.
+    kTransformsByChunks[chunks - 1](spectrum, info, samples);
+    // Overlap-add and the frequency inversion (odd subbands negated in odd
+    // slots) in one pass, into a local array: the compiler cannot vectorise
+    // a loop whose output might overlap the state it reads.
+    static constexpr Lanes kOnes = [] {
+        Lanes ones{};
+        ones.fill(1.0f);
+        return ones;
+    }();
     static constexpr Lanes kOddNegated = [] {
         Lanes signs{};
         for (int sb = 0; sb < kSubbands; ++sb) {
@@ -248,11 +271,15 @@ void HybridFilterBank::process(const Spectrum& spectrum, const GranuleChannelInf
         }
         return signs;
     }();
-    for (int i = 1; i < kSlotsPerGranule; i += 2) {
+    SubbandSamples summed;
+    for (int i = 0; i < kSlotsPerGranule; ++i) {
+        const Lanes& signs = (i & 1) ? kOddNegated : kOnes;
         for (int sb = 0; sb < kSubbands; ++sb) {
-            out[i][sb] *= kOddNegated[sb];
+            summed[i][sb] = (samples[i][sb] + overlap_[i][sb]) * signs[sb];
         }
     }
+    out = summed;
+    std::copy(samples.begin() + kSlotsPerGranule, samples.end(), overlap_.begin());
 }
 
 }  // namespace tunebox

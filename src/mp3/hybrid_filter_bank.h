@@ -19,7 +19,10 @@ using SubbandSamples = std::array<std::array<float, kSubbands>, kSlotsPerGranule
 
 class HybridFilterBank {
   public:
-    void process(const Spectrum& spectrum, const GranuleChannelInfo& info, SubbandSamples& out);
+    // Lines of subbands from `subbands` up must be zero; their transform
+    // is skipped, only their overlap still comes out.
+    void process(const Spectrum& spectrum, const GranuleChannelInfo& info, int subbands,
+                 SubbandSamples& out);
     void reset() { overlap_ = {}; }
 
   private:

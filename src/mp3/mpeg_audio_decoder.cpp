@@ -16,6 +16,20 @@ namespace {
 // main_data_begin reaches back at most 511 bytes.
 constexpr std::size_t kReservoirBytes = 511;
 
+// The end of the non-zero lines once short blocks are reordered: lines
+// move only within their band, so a band's end bounds them.
+int reorderedLineEnd(const GranuleChannelInfo& info, const ScaleFactorBands& bands, int codedEnd) {
+    if (!info.shortBlocks()) {
+        return codedEnd;
+    }
+    for (int band = 0; band < kShortBands; ++band) {
+        if (3 * bands.shortBounds[band + 1] >= codedEnd) {
+            return 3 * bands.shortBounds[band + 1];
+        }
+    }
+    return kGranuleLines;
+}
+
 }  // namespace
 
 struct MpegAudioDecoder::Work {
@@ -24,18 +38,8 @@ struct MpegAudioDecoder::Work {
     std::array<QuantizedSpectrum, 2> quantized{};
     std::array<int, 2> nonZeroEnd{};
     std::array<Spectrum, 2> spectra{};
-    SubbandSamples subbandSamples{};
+    FrameSubbands subbandSamples{};
 };
-
-MpegOutputDescription describeOutput(const MpegFrameHeader& header) {
-    MpegOutputDescription description;
-    description.channels = header.channels();
-    description.sampleRate = header.sampleRate();
-    description.samplesPerFrame = static_cast<std::size_t>(header.samplesPerChannel());
-    description.pcmBytesPerFrame =
-        description.samplesPerFrame * static_cast<std::size_t>(description.channels) * 2;
-    return description;
-}
 
 MpegAudioDecoder::MpegAudioDecoder() : work_(std::make_unique<Work>()) {
     reservoir_.reserve(4096);
@@ -50,6 +54,13 @@ void MpegAudioDecoder::reset() {
     for (auto& bank : filterBanks_) {
         bank.reset();
     }
+    for (auto& synthesis : synthesis_) {
+        synthesis.reset();
+    }
+}
+
+void MpegAudioDecoder::configure(const DecodingOptions& options) {
+    options_ = options;
     for (auto& synthesis : synthesis_) {
         synthesis.reset();
     }
@@ -70,18 +81,17 @@ bool MpegAudioDecoder::takeMainData(std::span<const uint8_t> frameMainData, int 
     return available;
 }
 
-int MpegAudioDecoder::decodeFrame(std::span<const uint8_t> frame, std::span<int16_t> pcm,
-                                  std::size_t& written) {
-    written = 0;
+int MpegAudioDecoder::decodeFrame(std::span<const uint8_t> frame, std::span<uint8_t> out,
+                                  std::size_t& bytesWritten) {
+    bytesWritten = 0;
     MpegFrameHeader header;
     if (!parseFrameHeader(frame, header) || frame.size() < header.frameBytes()) {
         return 0;
     }
     const std::size_t sideStart = kFrameHeaderBytes + (header.crcProtected ? kCrcBytes : 0);
     const std::size_t mainStart = sideStart + header.sideInfoBytes();
-    const std::size_t frameSamples =
-        static_cast<std::size_t>(header.samplesPerChannel() * header.channels());
-    if (header.frameBytes() < mainStart || pcm.size() < frameSamples) {
+    const DecodingSetup setup = setUpDecoding(header, options_);
+    if (header.frameBytes() < mainStart || out.size() < setup.description.pcmBytesPerFrame) {
         return 0;
     }
     if (!frameCrcMatches(frame, header)) {
@@ -93,19 +103,33 @@ int MpegAudioDecoder::decodeFrame(std::span<const uint8_t> frame, std::span<int1
         return 0;
     }
     header_ = header;
+    setup_ = setup;
     if (!takeMainData(frame.subspan(mainStart, header.frameBytes() - mainStart),
                       work.sideInfo.mainDataBegin)) {
         return 1;
     }
     work.reader = BitReader(mainData_);
     for (int gr = 0; gr < header.granules(); ++gr) {
-        decodeGranule(gr, pcm.subspan(static_cast<std::size_t>(gr * 576 * header.channels())));
+        decodeGranule(gr);
     }
-    written = frameSamples;
+    bytesWritten = setup.output({header.granules(), &work.subbandSamples, &synthesis_, out});
     return 1;
 }
 
-void MpegAudioDecoder::decodeGranule(int granule, std::span<int16_t> pcm) {
+int MpegAudioDecoder::decodeFrame(std::span<const uint8_t> frame, std::span<int16_t> pcm,
+                                  std::size_t& written) {
+    written = 0;
+    if (options_.outputMode & kOutputMode8Bit) {
+        return 0;
+    }
+    std::size_t bytes = 0;
+    const int result = decodeFrame(
+        frame, {reinterpret_cast<uint8_t*>(pcm.data()), pcm.size() * sizeof(int16_t)}, bytes);
+    written = bytes / sizeof(int16_t);
+    return result;
+}
+
+void MpegAudioDecoder::decodeGranule(int granule) {
     Work& work = *work_;
     const int channels = header_.channels();
     const ScaleFactorBands& bands = scaleFactorBands(header_.rateTableIndex());
@@ -127,24 +151,35 @@ void MpegAudioDecoder::decodeGranule(int granule, std::span<int16_t> pcm) {
             {work.quantized[ch], work.nonZeroEnd[ch], info, factors_[ch], bands, header_.isMpeg1()},
             work.spectra[ch]);
     }
-    if (channels == 2) {
+    if (header_.mode == ChannelMode::JointStereo) {
         processJointStereo({header_, work.sideInfo.granule[granule][1], factors_[1], bands},
                            work.spectra[0], work.spectra[1]);
+        // Mid/side and intensity coding give each side the other's lines.
+        work.nonZeroEnd[0] = work.nonZeroEnd[1] = std::max(work.nonZeroEnd[0], work.nonZeroEnd[1]);
     }
+    const int limitLines = setup_.decodedSubbands * kSlotsPerGranule;
     for (int ch = 0; ch < channels; ++ch) {
         const GranuleChannelInfo& info = work.sideInfo.granule[granule][ch];
-        reorderShortBlocks(info, bands, work.spectra[ch]);
-        reduceAliasing(info, work.spectra[ch]);
-        filterBanks_[ch].process(work.spectra[ch], info, work.subbandSamples);
-        synthesis_[ch].synthesize(work.subbandSamples, pcm.data() + ch, channels);
+        Spectrum& spectrum = work.spectra[ch];
+        reorderShortBlocks(info, bands, spectrum);
+        int lineEnd = reorderedLineEnd(info, bands, work.nonZeroEnd[ch]);
+        if (lineEnd > limitLines) {
+            std::fill(spectrum.begin() + limitLines, spectrum.end(), 0.0f);
+            lineEnd = limitLines;
+        }
+        // No butterfly across the limit either, so nothing leaks above it.
+        const int subbands = std::min(subbandsInUse(lineEnd), setup_.decodedSubbands);
+        reduceAliasing(info, subbands, spectrum);
+        filterBanks_[ch].process(spectrum, info, subbands, work.subbandSamples[granule][ch]);
     }
 }
 
-std::size_t MpegAudioDecoder::decodeStream(std::span<const uint8_t> bytes,
-                                           std::vector<int16_t>& pcm) {
+template <typename Sample>
+std::size_t MpegAudioDecoder::decodeStreamInto(std::span<const uint8_t> bytes,
+                                               std::vector<Sample>& out) {
     std::size_t decoded = 0;
     std::size_t position = 0;
-    std::array<int16_t, kMaxFrameSamples> frameSamples{};
+    std::array<Sample, kMaxFrameBytes / sizeof(Sample)> frameOutput;
     while (position + kFrameHeaderBytes <= bytes.size()) {
         const auto rest = bytes.subspan(position);
         MpegFrameHeader header;
@@ -153,14 +188,24 @@ std::size_t MpegAudioDecoder::decodeStream(std::span<const uint8_t> bytes,
             continue;
         }
         std::size_t written = 0;
-        if (decodeFrame(rest.first(header.frameBytes()), frameSamples, written)) {
+        if (decodeFrame(rest.first(header.frameBytes()), frameOutput, written)) {
             ++decoded;
-            pcm.insert(pcm.end(), frameSamples.begin(),
-                       frameSamples.begin() + static_cast<std::ptrdiff_t>(written));
+            out.insert(out.end(), frameOutput.begin(),
+                       frameOutput.begin() + static_cast<std::ptrdiff_t>(written));
         }
         position += header.frameBytes();
     }
     return decoded;
+}
+
+std::size_t MpegAudioDecoder::decodeStream(std::span<const uint8_t> bytes,
+                                           std::vector<uint8_t>& out) {
+    return decodeStreamInto(bytes, out);
+}
+
+std::size_t MpegAudioDecoder::decodeStream(std::span<const uint8_t> bytes,
+                                           std::vector<int16_t>& pcm) {
+    return decodeStreamInto(bytes, pcm);
 }
 
 }  // namespace tunebox

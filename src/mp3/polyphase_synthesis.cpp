@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include "mp3/synthesis_window.h"
 
@@ -49,19 +50,36 @@ std::array<int32_t, kDctLanes> toPcm(DctLanes values) {
     return rounded;
 }
 
+// Four slots' sums in one vector register (a GCC and Clang extension):
+// with plain arrays the compiler keeps the sums in memory and pays a load
+// and a store for every tap.
+using FloatX4 = float __attribute__((vector_size(16)));
+constexpr int kGroups = kDctLanes / 4;
+static_assert(kDctLanes % 4 == 0);
+
+FloatX4 load4(const float* from) {
+    FloatX4 v;
+    std::memcpy(&v, from, sizeof v);
+    return v;
+}
+
 // One output index for every slot, the taps outermost so that each pair
 // of weights is loaded once for the whole row.
 DctLanes windowedSums(const float* low, const float* high, int j) {
     const WindowWeights& weights = windowWeights();
-    DctLanes sums{};
+    std::array<FloatX4, kGroups> sums{};
     for (int i = 0; i < 8; ++i) {
         const float lowWeight = weights.low[i][j];
         const float highWeight = weights.high[i][j];
-        for (int lane = 0; lane < kDctLanes; ++lane) {
-            sums[lane] += low[lane - 2 * i] * lowWeight + high[lane - 2 * i] * highWeight;
+#pragma GCC unroll 8
+        for (int g = 0; g < kGroups; ++g) {
+            sums[g] +=
+                load4(low + 4 * g - 2 * i) * lowWeight + load4(high + 4 * g - 2 * i) * highWeight;
         }
     }
-    return sums;
+    DctLanes result;
+    std::memcpy(result.data(), sums.data(), sizeof result);
+    return result;
 }
 
 }  // namespace

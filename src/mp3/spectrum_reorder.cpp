@@ -49,11 +49,16 @@ void reorderShortBlocks(const GranuleChannelInfo& info, const ScaleFactorBands& 
     std::copy(reordered.begin() + begin, reordered.end(), spectrum.begin() + begin);
 }
 
-void reduceAliasing(const GranuleChannelInfo& info, Spectrum& spectrum) {
+int subbandsInUse(int lineEnd) {
+    // Each butterfly reaches 8 lines into the subband above.
+    return std::min(32, (lineEnd + 8 + 17) / 18);
+}
+
+void reduceAliasing(const GranuleChannelInfo& info, int subbands, Spectrum& spectrum) {
     if (info.allShort()) {
         return;
     }
-    const int boundaries = info.shortBlocks() ? 1 : 31;
+    const int boundaries = info.shortBlocks() ? 1 : std::min(31, subbands - 1);
     const AliasButterfly& butterfly = aliasButterfly();
     for (int boundary = 1; boundary <= boundaries; ++boundary) {
         float* below = &spectrum[18 * boundary - 1];

@@ -13,7 +13,12 @@ namespace tunebox {
 void reorderShortBlocks(const GranuleChannelInfo& info, const ScaleFactorBands& bands,
                         Spectrum& spectrum);
 
-// Butterflies across each subband boundary of the long-block part.
-void reduceAliasing(const GranuleChannelInfo& info, Spectrum& spectrum);
+// Butterflies across each subband boundary of the long-block part, below
+// `subbands` (the boundaries above it join lines that are all zero).
+void reduceAliasing(const GranuleChannelInfo& info, int subbands, Spectrum& spectrum);
+
+// How many subbands can hold a non-zero line once the lines from `lineEnd`
+// up are zero, counting what alias reduction spreads across a boundary.
+int subbandsInUse(int lineEnd);
 
 }  // namespace tunebox

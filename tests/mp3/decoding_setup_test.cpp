@@ -1,0 +1,180 @@
+// The decoder's set-up: rate reduction, channel handling, 8-bit output and
+// the frequency limit, on a lame stream with a different tone per channel.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <string>
+
+#include "mp3/mpeg_audio_decoder.h"
+#include "pcm_comparison.h"
+#include "support/signal_measure.h"
+#include "support/temp_dir.h"
+
+namespace tunebox {
+namespace {
+
+DecoderHeader layer3Header(uint32_t id, uint32_t versionKind, uint32_t samplingIndex,
+                           uint32_t mode) {
+    DecoderHeader header;
+    header.versionKind = versionKind;
+    header.id = id;
+    header.layer = 1;
+    header.samplingIndex = samplingIndex;
+    header.mode = mode;
+    return header;
+}
+
+TEST(DecodingSetup, FiguresFollowFromReductionModeAndLimit) {
+    const DecoderHeader stereo44k = layer3Header(1, 1, 0, 1);
+    DecodingSetup setup;
+    ASSERT_EQ(mpegSetUpDecoding(stereo44k, 417, 0, 0, 24000, setup), 1);
+    EXPECT_EQ(setup.decodedSubbands, 32);
+    EXPECT_EQ(setup.description.channels, 2);
+    EXPECT_EQ(setup.description.sampleRate, 44100);
+    EXPECT_EQ(setup.description.bitsPerSample, 16);
+    EXPECT_EQ(setup.description.pcmBytesPerFrame, 4608u);
+
+    // Reduction clamped to 2; one channel duplicated into two, 8 bits.
+    ASSERT_EQ(mpegSetUpDecoding(stereo44k, 417, 7, 1 | kOutputMode8Bit, 24000, setup), 1);
+    EXPECT_EQ(setup.reduction, 2);
+    EXPECT_EQ(setup.sampleMultiplier, 2);
+    EXPECT_EQ(setup.decodedSubbands, 8);
+    EXPECT_EQ(setup.description.sampleRate, 11025);
+    EXPECT_EQ(setup.description.channels, 2);
+    EXPECT_EQ(setup.description.pcmBytesPerFrame, 288u * 2);
+
+    ASSERT_EQ(mpegSetUpDecoding(stereo44k, 417, -3, 2, 24000, setup), 1);
+    EXPECT_EQ(setup.reduction, 0);
+    EXPECT_EQ(setup.description.channels, 1);
+    ASSERT_EQ(mpegSetUpDecoding(stereo44k, 417, 1, 0, 24000, setup), 1);
+    EXPECT_EQ(setup.decodedSubbands, 16);
+
+    // A limit below 1 kHz counts as 1 kHz: subbands 0 and 1 (up to 1.38 kHz).
+    ASSERT_EQ(mpegSetUpDecoding(stereo44k, 417, 0, 0, 10, setup), 1);
+    EXPECT_EQ(setup.decodedSubbands, 2);
+
+    // MPEG 2.5 at 8 kHz: the ID 0 table read at half its rate.
+    const DecoderHeader mono8k = layer3Header(0, 2, 2, 3);
+    ASSERT_EQ(mpegSetUpDecoding(mono8k, 208, 0, 1, 1000, setup), 1);
+    EXPECT_EQ(setup.description.sampleRate, 8000);
+    EXPECT_EQ(setup.description.channels, 1);  // a one-channel stream ignores the handling
+    EXPECT_EQ(setup.decodedSubbands, 9);
+    EXPECT_EQ(setup.description.pcmBytesPerFrame, 1152u);
+
+    EXPECT_EQ(mpegSetUpDecoding(stereo44k, 1, 0, 0, 24000, setup), 0);
+    EXPECT_EQ(mpegSetUpDecoding(layer3Header(1, 1, 3, 1), 417, 0, 0, 24000, setup), 0);
+    DecoderHeader layer2 = stereo44k;
+    layer2.layer = 2;
+    EXPECT_EQ(mpegSetUpDecoding(layer2, 417, 0, 0, 24000, setup), 0);
+}
+
+constexpr double kLeftTone = 1000.0;
+constexpr double kRightTone = 2500.0;
+
+// One second of 1 kHz on the left and 2.5 kHz on the right, as 44.1 kHz
+// stereo at 192 kbit/s.
+class ConfiguredDecoding : public ::testing::Test {
+  protected:
+    static void SetUpTestSuite() {
+        test::TempDir dir;
+        const std::string wav = (dir / "tones.wav").string();
+        const std::string mp3 = (dir / "tones.mp3").string();
+        const std::string make = "sox -n -r 44100 -c 2 -b 16 " + wav +
+                                 " synth 1 sine 1000 sine 2500 vol 0.5 >/dev/null 2>&1 && "
+                                 "lame --quiet -t -m s -b 192 " +
+                                 wav + " " + mp3 + " >/dev/null 2>&1";
+        if (std::system(make.c_str()) == 0) {
+            stream_ = new std::vector<uint8_t>(test::readBytes(mp3));
+        }
+    }
+    static void TearDownTestSuite() {
+        delete stream_;
+        stream_ = nullptr;
+    }
+    void SetUp() override { ASSERT_NE(stream_, nullptr) << "sox or lame failed"; }
+
+    static std::vector<int16_t> decode16(const DecodingOptions& options, int& rate) {
+        MpegAudioDecoder decoder;
+        decoder.configure(options);
+        std::vector<int16_t> pcm;
+        decoder.decodeStream(*stream_, pcm);
+        rate = decoder.lastSetup().description.sampleRate;
+        return pcm;
+    }
+
+    static double rms(const std::vector<int16_t>& pcm, int channels, int channel) {
+        double sum = 0.0;
+        std::size_t count = 0;
+        for (std::size_t i = static_cast<std::size_t>(channel); i < pcm.size(); i += channels) {
+            sum += double(pcm[i]) * pcm[i];
+            ++count;
+        }
+        return count ? std::sqrt(sum / count) : 0.0;
+    }
+
+    static std::vector<uint8_t>* stream_;
+};
+
+std::vector<uint8_t>* ConfiguredDecoding::stream_ = nullptr;
+
+TEST_F(ConfiguredDecoding, ReductionHalvesOrQuartersTheRateAndKeepsTonesAndLevels) {
+    int fullRate = 0;
+    const auto full = decode16({}, fullRate);
+    ASSERT_EQ(fullRate, 44100);
+    for (int reduction : {1, 2}) {
+        SCOPED_TRACE(reduction);
+        int rate = 0;
+        const auto reduced = decode16({reduction, 0, 24000}, rate);
+        EXPECT_EQ(rate, 44100 >> reduction);
+        EXPECT_EQ(reduced.size(), full.size() >> reduction);
+        EXPECT_NEAR(test::toneFrequency(reduced, 2, 0, rate), kLeftTone, 5.0);
+        EXPECT_NEAR(rms(reduced, 2, 0) / rms(full, 2, 0), 1.0, 0.05);
+        EXPECT_NEAR(test::toneFrequency(reduced, 2, 1, rate), kRightTone, 20.0);
+        EXPECT_NEAR(rms(reduced, 2, 1) / rms(full, 2, 1), 1.0, 0.05);
+    }
+}
+
+TEST_F(ConfiguredDecoding, ChannelHandlingsAndEightBitOutput) {
+    int rate = 0;
+    const auto both = decode16({}, rate);
+    const auto mixed = decode16({0, 1, 24000}, rate);
+    const auto left = decode16({0, 2, 24000}, rate);
+    const auto right = decode16({0, 3, 24000}, rate);
+    ASSERT_EQ(mixed.size(), both.size());
+    ASSERT_EQ(left.size(), both.size() / 2);
+    ASSERT_EQ(right.size(), both.size() / 2);
+    int mixError = 0;
+    for (std::size_t i = 0; i < left.size(); ++i) {
+        ASSERT_EQ(left[i], both[2 * i]);
+        ASSERT_EQ(right[i], both[2 * i + 1]);
+        ASSERT_EQ(mixed[2 * i], mixed[2 * i + 1]);
+        const int expected = (both[2 * i] + both[2 * i + 1]) / 2;
+        mixError = std::max(mixError, std::abs(mixed[2 * i] - expected));
+    }
+    EXPECT_LE(mixError, 1);
+
+    MpegAudioDecoder decoder;
+    decoder.configure({0, kOutputMode8Bit, 24000});
+    std::vector<uint8_t> eightBit;
+    decoder.decodeStream(*stream_, eightBit);
+    EXPECT_EQ(decoder.lastSetup().description.bitsPerSample, 8);
+    ASSERT_EQ(eightBit.size(), both.size());
+    for (std::size_t i = 0; i < both.size(); ++i) {
+        ASSERT_EQ(eightBit[i], (both[i] >> 8) + 128);
+    }
+}
+
+TEST_F(ConfiguredDecoding, FrequencyLimitRemovesWhatLiesAboveIt) {
+    int rate = 0;
+    const auto full = decode16({}, rate);
+    // 1 kHz keeps subbands 0 and 1, up to 1.38 kHz.
+    const auto limited = decode16({0, 0, 1000}, rate);
+    ASSERT_EQ(limited.size(), full.size());
+    EXPECT_NEAR(rms(limited, 2, 0) / rms(full, 2, 0), 1.0, 0.02);
+    EXPECT_LT(rms(limited, 2, 1), 0.01 * rms(full, 2, 1));
+}
+
+}  // namespace
+}  // namespace tunebox
