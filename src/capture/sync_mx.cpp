@@ -97,6 +97,12 @@ int32_t SyncMx::measuredDelay() {
         const uint32_t before = capturePosition(input_);
         const uint32_t played = playbackPosition(playback_);
         const uint32_t after = capturePosition(input_);
+        // A running player's position only grows, so after the alignment a
+        // 0 means its device has closed (the song ended or was stopped):
+        // the delay the take was lined up with still stands.
+        if (played == 0 && aligned_) {
+            return currentDelay_;
+        }
         delay = int64_t{after} - int64_t{played};
         if (before == after) {
             break;
