@@ -51,12 +51,17 @@ uint32_t xingFrameCount(RiffFile& file, const MpegLayer3Format& format) {
     return 0;
 }
 
+// A hostile header can claim more playing time than a 32-bit length holds;
+// such a length stops at the largest one.
+uint32_t clampedLength(double bytes) {
+    return static_cast<uint32_t>(std::min(bytes, double{UINT32_MAX}));
+}
+
 // The frames' playing time in native-PCM bytes; the sample count is kept to
 // 32 bits as the count's own width.
 uint32_t lengthFromFrames(uint32_t frames, const MpegHeader& header) {
     const uint32_t samples = frames * header.samplesPerFrame;
-    return static_cast<uint32_t>(static_cast<double>(samples) / header.sampleRate *
-                                 kNativeBytesPerSecond);
+    return clampedLength(static_cast<double>(samples) / header.sampleRate * kNativeBytesPerSecond);
 }
 
 uint32_t lengthFromBitRate(const AudioSource& source, const MpegHeader& header,
@@ -65,7 +70,8 @@ uint32_t lengthFromBitRate(const AudioSource& source, const MpegHeader& header,
     if (header.padding != 0) {
         audioBytes -= 2;
     }
-    return static_cast<uint32_t>(std::max<int64_t>(audioBytes, 0) * (1411.2 / header.bitRate));
+    return clampedLength(static_cast<double>(std::max<int64_t>(audioBytes, 0)) *
+                         (1411.2 / header.bitRate));
 }
 
 // Opens the built-in decoder or a codec stream as the first stage. Returns
