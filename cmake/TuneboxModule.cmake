@@ -19,7 +19,7 @@ function(tunebox_test_suite name folder)
     target_link_libraries(${name} PRIVATE tunebox_all GTest::gtest GTest::gtest_main GTest::gmock)
     target_compile_definitions(${name} PRIVATE
         TUNEBOX_SOURCE_DIR="${CMAKE_SOURCE_DIR}"
-        TUNEBOX_TESTDATA_DIR="${CMAKE_SOURCE_DIR}/../shared/testdata"
+        TUNEBOX_TESTDATA_DIR="${CMAKE_SOURCE_DIR}/tests/data"
         TUNEBOX_EXE="$<TARGET_FILE:tunebox>")
     get_filename_component(label ${folder} NAME)
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS ${label})

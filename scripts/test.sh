@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Runs every test: the full suite on ./build, the unit tests again under
-# AddressSanitizer and UndefinedBehaviorSanitizer, and a short run of each
-# fuzz target when clang is present. Expects scripts/setup.sh to have run.
+# AddressSanitizer and UndefinedBehaviorSanitizer and in an optimised Clang
+# build, and a short run of each fuzz target when clang is present. Expects
+# scripts/setup.sh to have run.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -17,15 +18,21 @@ ctest --test-dir build --output-on-failure -j2 -LE e2e --repeat until-pass:3
 ctest --test-dir build --output-on-failure -L e2e --repeat until-pass:3
 
 echo "== Unit tests under AddressSanitizer and UndefinedBehaviorSanitizer"
-cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DTUNEBOX_SANITIZE=ON -DTUNEBOX_BENCH=OFF >/dev/null
+cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DTUNEBOX_SANITIZE=ON -DTUNEBOX_WERROR=ON -DTUNEBOX_BENCH=OFF >/dev/null
 cmake --build build-asan -j2
 ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
     ctest --test-dir build-asan --output-on-failure -j2 -LE 'e2e|gui' --repeat until-pass:3
 
+echo "== Unit tests of an optimised (-O3) Clang build"
+cmake -S . -B build-release -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_COMPILER=clang++ \
+    -DTUNEBOX_WERROR=ON -DTUNEBOX_BENCH=OFF >/dev/null
+cmake --build build-release -j2
+ctest --test-dir build-release --output-on-failure -j2 -LE 'e2e|gui' --repeat until-pass:3
+
 if command -v clang++ >/dev/null && ls fuzz/fuzz_*.cpp >/dev/null 2>&1; then
     echo "== Short fuzz runs"
     cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++ \
-        -DTUNEBOX_FUZZ=ON -DTUNEBOX_TESTS=OFF -DTUNEBOX_BENCH=OFF >/dev/null
+        -DTUNEBOX_FUZZ=ON -DTUNEBOX_WERROR=ON -DTUNEBOX_TESTS=OFF -DTUNEBOX_BENCH=OFF >/dev/null
     cmake --build build-fuzz -j2
     bash scripts/fuzz.sh "${TUNEBOX_FUZZ_SECONDS:-20}"
 fi

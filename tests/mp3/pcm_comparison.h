@@ -6,9 +6,9 @@
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <vector>
+
+#include "support/test_files.h"
 
 namespace tunebox::test {
 
@@ -33,18 +33,8 @@ inline PcmDifference comparePcm(const std::vector<int16_t>& decoded,
     return result;
 }
 
-inline std::vector<uint8_t> readBytes(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
 inline std::vector<int16_t> readPcm(const std::filesystem::path& path) {
-    const std::vector<uint8_t> bytes = readBytes(path);
-    std::vector<int16_t> samples(bytes.size() / 2);
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        samples[i] = static_cast<int16_t>(bytes[2 * i] | (bytes[2 * i + 1] << 8));
-    }
-    return samples;
+    return toSamples(readBytes(path));
 }
 
 }  // namespace tunebox::test
