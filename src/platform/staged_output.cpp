@@ -37,7 +37,7 @@ std::string makeStagingFile(const fs::path& directory, const std::string& name, 
     std::string pattern = (directory / ("." + name + ".XXXXXX")).string();
     const int descriptor = ::mkstemp(pattern.data());
     if (descriptor < 0) {
-        error = "cannot be created (" + systemReason() + " in " + directory.string() + ")";
+        error = "cannot be created (" + systemReason() + ")";
         return {};
     }
     ::fchmod(descriptor, permissions);
