@@ -47,8 +47,8 @@ int runPlayer(WaveCtl& player, PlayProgress& progress) {
     const bool onTerminal = isatty(STDOUT_FILENO) == 1;
     for (;;) {
         const uint32_t played = player.wavGetDevicePosition();
-        // Read after the position: a player that stopped meanwhile has no
-        // device, and its position says nothing.
+        // The state is read after the position: a player that stopped in
+        // between has closed its device, whose position reads 0.
         if (player.wavIsStopped() == 1) {
             break;
         }
@@ -67,8 +67,8 @@ int runPlayer(WaveCtl& player, PlayProgress& progress) {
             player.wavPause(player.state() == kPlayerPlaying ? 1 : 0);
         }
     }
-    // The player stops once the last block is queued, a moment before it is
-    // heard out, but the file has been played to its end.
+    // The player's end is cut at buffer granularity, so the clock stops
+    // short of the length; the file has been played through all the same.
     progress.finish();
     if (onTerminal) {
         showProgress(progress, false);
