@@ -96,23 +96,27 @@ std::unique_ptr<StagedOutput> StagedOutput::create(const std::string& target, st
         return nullptr;
     }
     std::error_code ignored;
-    const bool stream = target == kStandardOutput || (exists && !S_ISREG(status.st_mode));
-    if (stream) {
-        const std::string staging =
-            makeStagingFile(fs::temp_directory_path(ignored), "tunebox", 0600, error);
-        return staging.empty() ? nullptr
-                               : std::unique_ptr<StagedOutput>(
-                                     new StagedOutput(target, staging, Delivery::copy));
+    std::string destination = target;
+    fs::path folder = fs::temp_directory_path(ignored);
+    std::string name = "tunebox";
+    mode_t permissions = 0600;
+    Delivery delivery = Delivery::copy;
+    if (target != kStandardOutput && (!exists || S_ISREG(status.st_mode))) {
+        // A symbolic link is written through: the file it names is replaced.
+        const fs::path resolved = fs::weakly_canonical(target, ignored);
+        const fs::path file = resolved.empty() ? fs::path(target) : resolved;
+        destination = file.string();
+        folder = file.parent_path().empty() ? fs::path(".") : file.parent_path();
+        name = file.filename().string();
+        permissions = permissionsFor(exists ? &status : nullptr);
+        delivery = Delivery::rename;
     }
-    // A symbolic link is written through: the file it names is replaced.
-    const fs::path resolved = fs::weakly_canonical(target, ignored);
-    const fs::path final = resolved.empty() ? fs::path(target) : resolved;
-    const std::string staging = makeStagingFile(
-        final.parent_path().empty() ? fs::path(".") : final.parent_path(),
-        final.filename().string(), permissionsFor(exists ? &status : nullptr), error);
-    return staging.empty() ? nullptr
-                           : std::unique_ptr<StagedOutput>(
-                                 new StagedOutput(final.string(), staging, Delivery::rename));
+    std::string staging = makeStagingFile(folder, name, permissions, error);
+    if (staging.empty()) {
+        return nullptr;
+    }
+    return std::unique_ptr<StagedOutput>(
+        new StagedOutput(std::move(destination), std::move(staging), delivery));
 }
 
 StagedOutput::StagedOutput(std::string target, std::string staging, Delivery delivery)
