@@ -1,11 +1,36 @@
+#include <cstdlib>
+#include <iostream>
+
 #include "app/cli/commands.h"
 #include "app/diagnostic_log.h"
 #include "app/gui/run_dialog.h"
+
+namespace {
+
+// Without any of these Qt finds no platform to open a window on and aborts
+// the process.
+bool displayAvailable() {
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+        const char* value = std::getenv(name);
+        if (value != nullptr && *value != '\0') {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Every parse error is one line, like every other refusal.
+std::string oneLineFailure(const CLI::App*, const CLI::Error& error) {
+    return std::string("tunebox: ") + error.what() + " (see --help)\n";
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
     tunebox::logInit(0);
 
     CLI::App app{"Tunebox: sing over an accompaniment and record the take"};
+    app.failure_message(oneLineFailure);  // before the subcommands, which copy it
     app.require_subcommand(0, 1);
     int status = 0;
     tunebox::cli::registerVersionCommand(app, status);
@@ -24,8 +49,13 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return app.exit(error);
     }
-    if (app.get_subcommands().empty()) {
-        return tunebox::gui::runMainDialog(argc, argv);
+    if (!app.get_subcommands().empty()) {
+        return status;
     }
-    return status;
+    if (!displayAvailable()) {
+        std::cerr << "tunebox: no display: the main window cannot open here; use a subcommand, "
+                     "see --help\n";
+        return 1;
+    }
+    return tunebox::gui::runMainDialog(argc, argv);
 }

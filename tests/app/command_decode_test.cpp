@@ -37,7 +37,7 @@ TEST_F(CommandDecodeTest, BuiltinRawOutputMatchesTheConformanceReference) {
         const auto run = test::runTunebox(dir_, "decode --decoder builtin --raw '" + streams_ +
                                                     name + ".bit' '" + out.string() + "'");
         ASSERT_EQ(run.status, 0) << run.err;
-        EXPECT_NE(run.out.find("(built-in decoder)"), std::string::npos);
+        EXPECT_NE(run.err.find("(built-in decoder)"), std::string::npos);
         const auto decoded = samplesOf(out);
         const auto reference = test::toSamples(test::readBytes(streams_ + name + ".pcm"));
         // One frame is decoded per block read, so the last frames may be missing.
@@ -60,7 +60,7 @@ TEST_F(CommandDecodeTest, NativeOutputIsStereo44100AndBadInputIsOneLine) {
     const auto run =
         test::runTunebox(dir_, "decode '" + streams_ + "M2L3_compl24.bit' '" + out.string() + "'");
     ASSERT_EQ(run.status, 0) << run.err;
-    EXPECT_NE(run.out.find("44100 Hz, 2 channels"), std::string::npos) << run.out;
+    EXPECT_NE(run.err.find("44100 Hz, 2 channels"), std::string::npos) << run.err;
     test::runTool("sox --i '" + out.string() + "'");
 
     const auto text = dir_ / "notes.txt";

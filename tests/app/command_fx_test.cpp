@@ -84,19 +84,32 @@ TEST_F(CommandFxTest, RefusedInputGivesOneLineStatusTwoAndNoOutput) {
         EXPECT_EQ(errorText(), "tunebox: " + reason + "\n");
         EXPECT_FALSE(std::filesystem::exists(path("fx.wav")));
     };
-    const std::string mono = path("mono.wav");
-    ASSERT_EQ(test::run("sox -n -r 8000 -c 1 -b 16 '" + mono + "' synth 0.1 sine 440"), 0);
-    expectRefusal(mono, path("fx.wav"),
-                  mono + ": not native PCM (fx reads only 44100 Hz 16-bit stereo PCM)");
-
     const test::Bytes whole = test::nativeWave(test::Bytes(400));
     test::writeFile(path("cut.wav"), test::Bytes(whole.begin(), whole.end() - 3));
     expectRefusal(path("cut.wav"), path("fx.wav"), path("cut.wav") + ": damaged WAVE file");
     expectRefusal(path("missing.wav"), path("fx.wav"), path("missing.wav") + ": no such file");
 
     test::writeFile(path("in.wav"), whole);
-    expectRefusal(path("in.wav"), path("in.wav"), path("in.wav") + ": is the input file");
+    expectRefusal(path("in.wav"), path("in.wav"),
+                  path("in.wav") + ": is the input file; choose another output");
     EXPECT_EQ(test::readFile(path("in.wav")), whole);
+}
+
+// Whatever the players take, fx takes: other rates and channel counts, MP3.
+TEST_F(CommandFxTest, AnyAccompanimentIsReadAsTheNativeFormat) {
+    const std::string mono = path("mono.wav");
+    const std::string mp3 = path("song.mp3");
+    ASSERT_EQ(test::run("sox -n -r 8000 -c 1 -b 16 '" + mono + "' synth 1 sine 440 && " +
+                        "lame --quiet '" + mono + "' '" + mp3 + "'"),
+              0);
+    for (const std::string& input : {mono, mp3}) {
+        SCOPED_TRACE(input);
+        ASSERT_EQ(fx("'" + input + "' '" + path("fx.wav") + "' --echo"), 0) << errorText();
+        const test::Bytes written = test::readFile(path("fx.wav"));
+        ASSERT_GT(written.size(), kHeaderBytes + kNativeBytesPerSecond / 2);
+        EXPECT_EQ(test::loadLe32At(written, 24), kNativeFormat.samplesPerSec);
+        EXPECT_EQ(test::loadLe32At(written, 40), written.size() - kHeaderBytes);
+    }
 }
 
 TEST_F(CommandFxTest, BandValuesMustBeTenInRange) {

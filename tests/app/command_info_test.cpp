@@ -65,7 +65,7 @@ TEST_F(CommandInfoTest, TuneReportsAnOutputThatCannotBeCreated) {
     const std::string path = (dir_ / "no" / "such" / "dir.wav").string();
     const test::RunResult run = tunebox("tune '" + path + "'");
     EXPECT_EQ(run.status, 2);
-    EXPECT_EQ(run.err, "tunebox: " + path + ": cannot be created\n");
+    EXPECT_EQ(run.err, "tunebox: " + path + ": cannot be created (No such file or directory)\n");
 }
 
 }  // namespace

@@ -33,7 +33,7 @@ std::string slotText(const std::vector<char>& bytes, int slot) {
 }
 
 class DiagnosticLogTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         dir_.enter();
         logInit(0);

@@ -1,39 +1,33 @@
 #include <unistd.h>
 
+#include <algorithm>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
-#include <vector>
 
 #include "app/cli/commands.h"
+#include "app/cli/input_checks.h"
+#include "app/cli/opened_source.h"
+#include "app/cli/source_to_wav.h"
 #include "mp3/mp3_open.h"
-#include "playback/source_reader.h"
 #include "playback/wav_length.h"
-#include "playback/wav_reader.h"
-#include "playback/wav_writer.h"
 
 namespace tunebox::cli {
 namespace {
 
 struct DecodeOptions {
     std::string input;
-    std::string output;
+    std::string output;   // "-": standard output
     std::string decoder;  // "", "system" or "builtin"
     bool raw = false;
 };
 
-int fail(const std::string& path, const std::string& reason, int status = kExitBadInput) {
-    std::cerr << "tunebox: " << path << ": " << reason << "\n";
-    return status;
-}
-
-bool openInput(const DecodeOptions& options, RiffHandle& file, uint32_t& length,
-               AudioSource& source) {
-    mp3ResetSource(source);
-    if (!options.decoder.empty()) {
-        source.ownDecoderFlag = options.decoder == "builtin" ? 1 : 0;
+std::optional<uint32_t> decoderChoice(const std::string& decoder) {
+    if (decoder.empty()) {
+        return std::nullopt;
     }
-    return wavOpenResetSource(options.input, file, length, source) == 1;
+    return decoder == "builtin" ? 1u : 0u;
 }
 
 // With --raw the first stage's output is written as it comes: the stream's
@@ -46,62 +40,63 @@ WaveFormat outputFormatOf(AudioSource& source, bool raw) {
     return acmDestinationFormat(source.acm);
 }
 
-void showProgress(uint32_t done, uint32_t total) {
-    const unsigned percent = total == 0 ? 100 : static_cast<unsigned>(100.0 * done / total);
-    std::cout << "\rdecode " << formatSectorTime(done) << " / " << formatSectorTime(total) << "  "
-              << std::min(percent, 100u) << "%" << std::flush;
-}
+// Progress and the closing line go to stderr: stdout may carry the WAV.
+class DecodeProgress {
+  public:
+    DecodeProgress(uint32_t total, const WaveFormat& format)
+        : shown_(isatty(STDERR_FILENO) == 1),
+          total_(total),
+          nativePerByte_(static_cast<double>(kNativeBytesPerSecond) / format.avgBytesPerSec) {}
+    DecodeProgress(const DecodeProgress&) = delete;
+    DecodeProgress& operator=(const DecodeProgress&) = delete;
+    ~DecodeProgress() {
+        if (shown_) {
+            std::cerr << "\n";
+        }
+    }
+
+    void add(uint32_t count) {
+        done_ += count;
+        if (!shown_) {
+            return;
+        }
+        // Progress counts native-PCM bytes, the unit of the source's length.
+        const auto native = static_cast<uint32_t>(std::min(done_ * nativePerByte_, 4294967295.0));
+        const unsigned percent =
+            total_ == 0 ? 100 : static_cast<unsigned>(std::min(100.0, 100.0 * native / total_));
+        std::cerr << "\rdecode " << formatSectorTime(native) << " / " << formatSectorTime(total_)
+                  << "  " << percent << "%" << std::flush;
+    }
+
+  private:
+    bool shown_;
+    uint32_t total_;
+    double nativePerByte_;
+    double done_ = 0;
+};
 
 int decode(const DecodeOptions& options) {
-    AudioSource source;
-    RiffHandle file;
-    uint32_t length = 0;
-    if (!openInput(options, file, length, source)) {
-        return fail(options.input, "cannot be decoded (not a readable WAVE or MP3 file)");
+    if (const int refused = checkInputAndOutput(options.input, options.output); refused != 0) {
+        return refused;
     }
-    WaveWriter writer;
-    wavResetWriter(writer);
-    writer.format = outputFormatOf(source, options.raw);
-    if (wavCreateFile(options.output, writer) != 1) {
-        wavCloseSource(file, source);
-        return fail(options.output, "cannot be created");
+    OpenedSource opened;
+    if (!opened.open(options.input, decoderChoice(options.decoder))) {
+        return refuse(options.input, openRefusal(options.input), kExitBadInput);
     }
-    // Progress counts native-PCM bytes, the unit of the source's length.
-    const double nativePerByte =
-        static_cast<double>(kNativeBytesPerSecond) / writer.format.avgBytesPerSec;
-    const bool terminal = isatty(STDOUT_FILENO) == 1;
-    std::vector<uint8_t> block(kEngineBlockBytes);
+    AudioSource& source = opened.source();
+    WavJob job{options.input, options.output, outputFormatOf(source, options.raw), {}};
     uint64_t written = 0;
     int status = 0;
-    for (uint32_t end = 0; end == 0;) {
-        uint32_t count = 0;
-        const int read = sourceRead(*file, block.data(), kEngineBlockBytes, count, end, source);
-        if (count > 0 && wavWrite(writer, block.data(), count) != 1) {
-            status = fail(options.output, "could not be written (disk full?)", 1);
-            break;
-        }
-        written += count;
-        if (terminal) {
-            showProgress(static_cast<uint32_t>(written * nativePerByte), length);
-        }
-        if (read != 1) {
-            status =
-                count == 0 && end == 1 ? 0 : fail(options.input, "a frame could not be decoded", 1);
-            break;
-        }
-    }
-    if (terminal) {
-        std::cout << "\n";
-    }
-    const bool builtin = source.conversionFlag == 1 && source.ownDecoderFlag == 1;
-    wavCloseSource(file, source);
-    if (wavCloseFile(writer) != 1 && status == 0) {
-        status = fail(options.output, "could not be finished", 1);
+    {
+        DecodeProgress progress(opened.length(), job.format);
+        job.step = [&progress](uint8_t*, uint32_t count) { progress.add(count); };
+        status = writeSourceAsWav(opened, job, written);
     }
     if (status == 0) {
-        std::cout << options.output << ": " << written << " bytes, " << writer.format.samplesPerSec
-                  << " Hz, " << writer.format.channels << " channels"
-                  << (builtin ? " (built-in decoder)" : "") << "\n";
+        const bool builtin = source.conversionFlag == 1 && source.ownDecoderFlag == 1;
+        std::cerr << (options.output == "-" ? "standard output" : options.output) << ": " << written
+                  << " bytes, " << job.format.samplesPerSec << " Hz, " << job.format.channels
+                  << " channels" << (builtin ? " (built-in decoder)" : "") << "\n";
     }
     return status;
 }
@@ -113,7 +108,8 @@ void registerDecodeCommand(CLI::App& app, int& status) {
         app.add_subcommand("decode", "Decode a WAV or MP3 file to a native PCM WAV file");
     auto options = std::make_shared<DecodeOptions>();
     command->add_option("IN", options->input, "The WAV or MP3 file to decode")->required();
-    command->add_option("OUT", options->output, "The WAV file to write")->required();
+    command->add_option("OUT", options->output, "The WAV file to write; - for standard output")
+        ->required();
     command->add_option("--decoder", options->decoder, "Which MP3 decoder to try first")
         ->check(CLI::IsMember({"system", "builtin"}));
     command->add_flag("--raw", options->raw,

@@ -3,7 +3,6 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
-#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -11,13 +10,11 @@
 #include <vector>
 
 #include "app/cli/commands.h"
-#include "app/cli/path_kind.h"
+#include "app/cli/input_checks.h"
+#include "app/cli/opened_source.h"
+#include "app/cli/source_to_wav.h"
 #include "effects/effect_chain.h"
-#include "playback/direct_source.h"
 #include "playback/wav_length.h"
-#include "playback/wav_reader.h"
-#include "playback/wav_refusal.h"
-#include "playback/wav_writer.h"
 
 namespace tunebox::cli {
 namespace {
@@ -27,38 +24,15 @@ constexpr int kSampleRate = 44100;
 // Shorter files are done before a progress line would be worth reading.
 constexpr uint32_t kProgressFromBytes = 30 * kNativeBytesPerSecond;
 constexpr auto kProgressInterval = std::chrono::milliseconds(200);
-constexpr const char* kNotNative = "not native PCM (fx reads only 44100 Hz 16-bit stereo PCM)";
 
 struct FxOptions {
     std::string input;
-    std::string output;
+    std::string output;  // "-": standard output
     bool echo = false;
     std::vector<int> bands;  // empty: equaliser off
     std::optional<int> level;
     bool centreCut = false;
 };
-
-int fail(const std::string& path, const std::string& reason, int status) {
-    std::cerr << "tunebox: " << path << ": " << reason << "\n";
-    return status;
-}
-
-// Opens a WAVE file whose samples are native PCM as they stand; the effects
-// are meant to be heard on the samples themselves, not on a conversion.
-bool openNativeInput(const std::string& path, RiffHandle& file, uint32_t& length) {
-    AudioSource source;
-    const WavOpenStatus status = wavExamineWaveFile(path, file, length, source);
-    if (status != WavOpenStatus::opened) {
-        fail(path, refusalText(classifyRefusal(pathKindOf(path), status)), kExitBadInput);
-        return false;
-    }
-    if (source.conversionFlag != 0) {
-        wavCloseSource(file, source);
-        fail(path, kNotNative, kExitBadInput);
-        return false;
-    }
-    return true;
-}
 
 bool setUpChain(EffectControl& ctl, const FxOptions& options) {
     BandValues values;
@@ -80,95 +54,64 @@ bool setUpChain(EffectControl& ctl, const FxOptions& options) {
 class Progress {
   public:
     explicit Progress(uint32_t total)
-        : shown_(isatty(STDOUT_FILENO) == 1 && total >= kProgressFromBytes), total_(total) {}
+        : shown_(isatty(STDERR_FILENO) == 1 && total >= kProgressFromBytes), total_(total) {}
 
-    void update(uint32_t done, float blockPeak) {
+    void update(uint32_t count, float blockPeak) {
+        done_ = std::min<uint64_t>(done_ + count, total_);
         peak_ = std::max(peak_, blockPeak);
         const auto now = std::chrono::steady_clock::now();
         if (shown_ && now - lastShown_ >= kProgressInterval) {
             lastShown_ = now;
-            show(done);
+            show(static_cast<uint32_t>(done_));
         }
     }
 
     void finish() {
         if (shown_) {
             show(total_);
-            std::printf("\n");
+            std::fputs("\n", stderr);
         }
     }
 
   private:
     void show(uint32_t done) {
         const double peakDb = 20.0 * std::log10(std::max(peak_, 1.0f) / 32768.0);
-        std::printf("\rfx %s / %s  %3u%%  peak %6.1f dBFS", formatSectorTime(done).c_str(),
-                    formatSectorTime(total_).c_str(), static_cast<unsigned>(100.0 * done / total_),
-                    peakDb);
-        std::fflush(stdout);
+        std::fprintf(stderr, "\rfx %s / %s  %3u%%  peak %6.1f dBFS", formatSectorTime(done).c_str(),
+                     formatSectorTime(total_).c_str(), static_cast<unsigned>(100.0 * done / total_),
+                     peakDb);
+        std::fflush(stderr);
         peak_ = 0.0f;
     }
 
     bool shown_;
     uint32_t total_;
+    uint64_t done_ = 0;
     float peak_ = 0.0f;
     std::chrono::steady_clock::time_point lastShown_{};
 };
 
 // Runs the chain over the input block by block, as the engines would.
-int processFile(RiffFile& file, uint32_t length, EffectControl& ctl, WaveWriter& writer,
-                const FxOptions& options) {
-    std::vector<int16_t> block(kEngineBlockBytes / sizeof(int16_t));
-    auto* bytes = reinterpret_cast<uint8_t*>(block.data());
-    Progress progress(length);
-    for (uint32_t done = 0; done < length;) {
-        const uint32_t wanted = std::min(kEngineBlockBytes, length - done);
-        uint32_t count = 0;
-        uint32_t endOfSource = 0;
-        wavReadDirect(file, bytes, wanted, count, endOfSource);
-        if (count < wanted) {
-            return fail(options.input, refusalText(WavRefusal::damaged), kExitBadInput);
-        }
-        const float peak = fltEffectChain(ctl, block.data(), count);
-        if (wavWrite(writer, bytes, count) != 1) {
-            return fail(options.output, "cannot be written", kExitFailure);
-        }
-        done += count;
-        progress.update(done, peak);
-    }
-    progress.finish();
-    return 0;
-}
-
-bool sameFile(const std::string& a, const std::string& b) {
-    std::error_code error;
-    return std::filesystem::equivalent(a, b, error);
-}
-
 int runFx(const FxOptions& options) {
-    if (sameFile(options.input, options.output)) {
-        return fail(options.output, "is the input file", kExitBadInput);
+    if (const int refused = checkInputAndOutput(options.input, options.output); refused != 0) {
+        return refused;
     }
-    RiffHandle file;
-    uint32_t length = 0;
-    if (!openNativeInput(options.input, file, length)) {
-        return kExitBadInput;
+    OpenedSource opened;
+    if (!opened.open(options.input)) {
+        return refuse(options.input, openRefusal(options.input), kExitBadInput);
     }
     EffectControl ctl;
     if (!setUpChain(ctl, options)) {
-        return fail(options.input, "not enough memory for the effects", kExitFailure);
+        return refuse(options.input, "not enough memory for the effects", kExitFailure);
     }
-    WaveWriter writer;
-    wavResetWriter(writer);
-    if (wavCreateFile(options.output, writer) != 1) {
-        return fail(options.output, "cannot be created", kExitFailure);
-    }
-    int status = processFile(*file, length, ctl, writer, options);
-    if (wavCloseFile(writer) != 1 && status == 0) {
-        status = fail(options.output, "cannot be finished", kExitFailure);
-    }
-    if (status != 0) {
-        std::error_code ignored;
-        std::filesystem::remove(options.output, ignored);
+    Progress progress(opened.length());
+    const BlockStep effects = [&ctl, &progress](uint8_t* bytes, uint32_t count) {
+        progress.update(count, fltEffectChain(ctl, reinterpret_cast<int16_t*>(bytes), count));
+    };
+    uint64_t written = 0;
+    const int status =
+        writeSourceAsWav(opened, {options.input, options.output, kNativeFormat, effects}, written);
+    if (status == 0) {
+        progress.finish();
     }
     return status;
 }
@@ -177,11 +120,11 @@ int runFx(const FxOptions& options) {
 
 void registerFxCommand(CLI::App& app, int& status) {
     auto* command = app.add_subcommand(
-        "fx", "Run a native WAV file through the effect chain into a new WAV file");
+        "fx", "Run an accompaniment (WAV or MP3) through the effect chain into a new WAV file");
     auto options = std::make_shared<FxOptions>();
-    command->add_option("IN", options->input, "Native PCM WAV file (44100 Hz, 16-bit stereo)")
+    command->add_option("IN", options->input, "A WAV or MP3 file")->required();
+    command->add_option("OUT", options->output, "WAV file to write; - for standard output")
         ->required();
-    command->add_option("OUT", options->output, "WAV file to write")->required();
     command->add_flag("--echo", options->echo, "Reverb");
     command
         ->add_option("--eq", options->bands,

@@ -3,22 +3,11 @@
 #include <string>
 
 #include "app/cli/commands.h"
-#include "app/cli/path_kind.h"
+#include "app/cli/input_checks.h"
 #include "playback/wav_length.h"
-#include "playback/wav_reader.h"
-#include "playback/wav_refusal.h"
 
 namespace tunebox::cli {
 namespace {
-
-// Runs the WAVE reader once more, on its own, to learn where it stopped.
-WavRefusal explainRefusal(const std::string& path) {
-    RiffHandle file;
-    uint32_t length = 0;
-    AudioSource source;
-    const WavOpenStatus status = wavExamineWaveFile(path, file, length, source);
-    return classifyRefusal(pathKindOf(path), status);
-}
 
 const char* mpegVersionName(uint32_t versionId) {
     switch (versionId) {
@@ -67,11 +56,13 @@ void printSource(const std::string& path, const AudioSource& source, uint32_t le
 }
 
 int showInfo(const std::string& path) {
+    if (const auto problem = inputRefusal(path)) {
+        return refuse(path, *problem, kExitBadInput);
+    }
     AudioSource source;
     uint32_t length = 0;
     if (wavGetLengthInto(path, source, length) != 1) {
-        std::cerr << "tunebox: " << path << ": " << refusalText(explainRefusal(path)) << "\n";
-        return kExitBadInput;
+        return refuse(path, openRefusal(path), kExitBadInput);
     }
     printSource(path, source, length);
     return 0;

@@ -1,15 +1,16 @@
 #include <unistd.h>
 
 #include <cmath>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "app/cli/commands.h"
+#include "app/cli/input_checks.h"
 #include "app/cli/interrupt_flag.h"
+#include "app/cli/play_progress.h"
+#include "app/cli/start_option.h"
 #include "app/cli/terminal_keys.h"
 #include "playback/playback_clock.h"
 #include "playback/wav_length.h"
@@ -24,23 +25,7 @@ struct PlayOptions {
     bool echo = false;
 };
 
-constexpr int kBarWidth = 30;
 constexpr auto kPollInterval = std::chrono::milliseconds(100);
-
-std::string whyNotPlayable(const std::string& path) {
-    std::error_code error;
-    const auto status = std::filesystem::status(path, error);
-    if (!std::filesystem::exists(status)) {
-        return "no such file";
-    }
-    if (std::filesystem::is_directory(status)) {
-        return "is a directory";
-    }
-    if (!std::ifstream(path, std::ios::binary)) {
-        return "cannot be read";
-    }
-    return "not a WAV or MP3 file that can be played";
-}
 
 // The track's defaults as the dialog plays them: level 100, every band at
 // 24, every stage off but the echo when asked for, room size 0.9.
@@ -51,54 +36,52 @@ void initAsTrack(WaveCtl& player, bool echo) {
     player.wavSetRoomSize(9);
 }
 
-void showProgress(WaveCtl& player) {
-    uint32_t minutes = 0;
-    uint32_t seconds = 0;
-    uint32_t frames = 0;
-    if (player.wavGetTime(minutes, seconds, frames) != 1) {
-        return;
-    }
-    const uint32_t slider = player.wavGetSliderPos();
-    const int filled = static_cast<int>(std::min(slider, kSliderRange) * kBarWidth / kSliderRange);
-    char clock[32];
-    std::snprintf(clock, sizeof clock, "%02u:%02u:%02u", minutes, seconds, frames);
-    std::cout << "\r" << clock << " [" << std::string(filled, '#')
-              << std::string(kBarWidth - filled, '-') << "] "
-              << (player.state() == kPlayerPaused ? "paused " : "       ") << std::flush;
+void showProgress(const PlayProgress& progress, bool paused) {
+    std::cout << "\r" << progress.line(paused) << std::flush;
 }
 
 // Runs until the file ends or an interrupt comes; Space pauses and resumes.
-int runPlayer(WaveCtl& player) {
+int runPlayer(WaveCtl& player, PlayProgress& progress) {
     const InterruptFlag interrupt;
     TerminalKeys keys;
     const bool onTerminal = isatty(STDOUT_FILENO) == 1;
-    int status = 0;
-    while (player.wavIsStopped() == 0) {
+    for (;;) {
+        const uint32_t played = player.wavGetDevicePosition();
+        // The state is read after the position: a player that stopped in
+        // between has closed its device, whose position reads 0.
+        if (player.wavIsStopped() == 1) {
+            break;
+        }
+        progress.advance(played);
         if (interrupt.raised()) {
             player.wavStop();
-            status = kExitInterrupted;
-            break;
+            if (onTerminal) {
+                std::cout << "\n";
+            }
+            return kExitInterrupted;
+        }
+        if (onTerminal) {
+            showProgress(progress, player.state() == kPlayerPaused);
         }
         if (keys.nextKey(kPollInterval) == ' ') {
             player.wavPause(player.state() == kPlayerPlaying ? 1 : 0);
         }
-        if (onTerminal) {
-            showProgress(player);
-        }
     }
+    // The player's end is cut at buffer granularity, so the clock stops
+    // short of the length; the file has been played through all the same.
+    progress.finish();
     if (onTerminal) {
+        showProgress(progress, false);
         std::cout << "\n";
     }
-    return status;
+    return 0;
 }
 
 int playFile(const PlayOptions& options) {
     const std::string& path = options.path;
-    AudioSource probe;
     uint32_t length = 0;
-    if (wavGetLengthInto(path, probe, length) != 1) {
-        std::cerr << "tunebox: " << path << ": " << whyNotPlayable(path) << "\n";
-        return kExitBadInput;
+    if (const auto problem = accompanimentRefusal(path, length)) {
+        return refuse(path, *problem, kExitBadInput);
     }
     const double startFrames = std::floor(options.startSeconds * kNativeFormat.samplesPerSec);
     if (!(startFrames * kNativeFrameBytes < length)) {
@@ -114,14 +97,14 @@ int playFile(const PlayOptions& options) {
     initAsTrack(player, options.echo);
     const auto start = static_cast<uint32_t>(startFrames) * kNativeFrameBytes;
     if (player.wavOpenFile(path, start, length) != 1) {
-        std::cerr << "tunebox: " << path << ": " << whyNotPlayable(path) << "\n";
-        return kExitBadInput;
+        return refuse(path, openRefusal(path), kExitBadInput);
     }
     if (player.wavPlay() != 1) {
         std::cerr << "tunebox: no audio output device: " << player.lastDeviceError() << "\n";
         return kExitBadInput;
     }
-    return runPlayer(player);
+    PlayProgress progress(adjustStartPosition(start), length);
+    return runPlayer(player, progress);
 }
 
 }  // namespace
@@ -131,8 +114,7 @@ void registerPlayCommand(CLI::App& app, int& status) {
         "play", "Play an accompaniment (WAV or MP3); Space pauses, Ctrl-C stops");
     auto options = std::make_shared<PlayOptions>();
     command->add_option("FILE", options->path, "The WAV or MP3 file to play")->required();
-    command->add_option("--start", options->startSeconds, "Where to start, in seconds")
-        ->check(CLI::NonNegativeNumber);
+    addStartOption(*command, options->startSeconds, "Where to start, in seconds");
     command->add_flag("--echo", options->echo, "Play through the echo (reverb)");
     command->callback([&status, options] { status = playFile(*options); });
 }

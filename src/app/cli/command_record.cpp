@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "app/cli/commands.h"
+#include "app/cli/start_option.h"
 #include "app/cli/take_loop.h"
 #include "app/settings.h"
 #include "playback/wav_length.h"
@@ -75,8 +76,7 @@ void registerRecordCommand(CLI::App& app, int& status) {
     command->add_option("--manual-delay", arguments->manualDelay,
                         "Voice bytes to drop instead of the measured delay");
     command->add_flag("--no-echo", arguments->noEcho, "Record the voice without the echo");
-    command->add_option("--start", arguments->startSeconds, "Where the accompaniment starts")
-        ->check(CLI::NonNegativeNumber);
+    addStartOption(*command, arguments->startSeconds, "Where the accompaniment starts");
     command->callback([&status, arguments] { status = record(*arguments); });
 }
 

@@ -2,14 +2,19 @@
 // Every subcommand of the tunebox executable adds itself to the parser here.
 
 #include <CLI/CLI.hpp>
+#include <string>
 
 namespace tunebox::cli {
 
 // Exit status for bad input: a missing, unreadable or unsupported file.
 inline constexpr int kExitBadInput = 2;
 
+// "tunebox" and the project's version.
+std::string versionText();
+
 // Each register function adds one subcommand whose callback stores its exit
 // status in `status`.
+// The version subcommand and the --version flag.
 void registerVersionCommand(CLI::App& app, int& status);
 void registerTuneCommand(CLI::App& app, int& status);
 void registerInfoCommand(CLI::App& app, int& status);

@@ -4,8 +4,10 @@
 #include <vector>
 
 #include "app/cli/commands.h"
+#include "app/cli/input_checks.h"
 #include "app/demo_tune.h"
 #include "platform/little_endian.h"
+#include "platform/staged_output.h"
 #include "playback/wav_length.h"
 #include "playback/wav_writer.h"
 
@@ -24,19 +26,27 @@ std::vector<uint8_t> littleEndianBytes(const std::vector<int16_t>& samples) {
 
 int writeDemoTuneFile(const std::string& path) {
     const std::vector<uint8_t> bytes = littleEndianBytes(synthesiseDemoTune());
+    std::string error;
+    const auto staged = StagedOutput::create(path, error);
+    if (!staged) {
+        return refuse(path, error, kExitBadInput);
+    }
     WaveWriter writer;
     wavResetWriter(writer);
-    if (wavCreateFile(path, writer) != 1) {
-        std::cerr << "tunebox: " << path << ": cannot be created\n";
-        return kExitBadInput;
+    if (wavCreateFile(staged->stagingPath(), writer) != 1) {
+        return refuse(path, "cannot be created", kExitBadInput);
     }
     const int written = wavWrite(writer, bytes.data(), static_cast<uint32_t>(bytes.size()));
     if (wavCloseFile(writer) != 1 || written != 1) {
-        std::cerr << "tunebox: " << path << ": could not be written completely\n";
-        return kExitBadInput;
+        return refuse(path, "could not be written completely", kExitBadInput);
     }
-    std::cout << path << ": demo accompaniment, "
-              << formatSectorTime(static_cast<uint32_t>(bytes.size())) << "\n";
+    if (!staged->commit(error)) {
+        return refuse(path, error, kExitBadInput);
+    }
+    // Standard output may be carrying the file itself.
+    std::ostream& status = path == "-" ? std::cerr : std::cout;
+    status << path << ": demo accompaniment, "
+           << formatSectorTime(static_cast<uint32_t>(bytes.size())) << "\n";
     return 0;
 }
 

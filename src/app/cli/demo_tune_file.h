@@ -6,8 +6,9 @@
 
 namespace tunebox::cli {
 
-// Writes the file and says so on stdout; returns 0, or kExitBadInput after a
-// one-line error.
+// Writes the file ("-": standard output) and says so; returns 0, or
+// kExitBadInput after a one-line error. A file of the name is replaced only
+// by a complete one.
 int writeDemoTuneFile(const std::string& path);
 
 }  // namespace tunebox::cli

@@ -1,6 +1,6 @@
 #include "app/cli/recording_session.h"
 
-#include "playback/wav_length.h"
+#include "app/cli/input_checks.h"
 
 namespace tunebox::cli {
 namespace {
@@ -30,8 +30,7 @@ void RecordingSession::onLevels(int32_t first, int32_t second, void* context) {
 int RecordingSession::rec(const RecordingOptions& options) {
     error_.clear();
     accompanied_ = !options.accompaniment.empty();
-    if (accompanied_ && wavGetLength(options.accompaniment, length_) != 1) {
-        error_ = options.accompaniment + ": unsupported file format";
+    if (accompanied_ && !accompanimentUsable(options)) {
         return 0;
     }
     if (accompanied_ && options.startBytes >= length_) {
@@ -54,6 +53,20 @@ int RecordingSession::rec(const RecordingOptions& options) {
     const uint32_t playbackPosition = accompanied_ ? player_.wavGetDevicePosition() : 0;
     capture_.syncMx().setStartPositions(playbackPosition, capturePosition);
     return 1;
+}
+
+// The take is written in place as it is sung, so it must not be the file
+// being played.
+bool RecordingSession::accompanimentUsable(const RecordingOptions& options) {
+    if (const auto problem = accompanimentRefusal(options.accompaniment, length_)) {
+        error_ = options.accompaniment + ": " + *problem;
+        return false;
+    }
+    if (const auto problem = outputRefusal(options.accompaniment, options.output)) {
+        error_ = options.output + ": " + *problem;
+        return false;
+    }
+    return true;
 }
 
 // Exactly as the dialog's PLAY: geometry, the copy ring, a flat preset, the

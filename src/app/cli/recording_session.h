@@ -52,6 +52,7 @@ class RecordingSession {
     uint32_t accompanimentLength() const { return length_; }
 
   private:
+    bool accompanimentUsable(const RecordingOptions& options);
     int startAccompaniment(const RecordingOptions& options);
     static void onLevels(int32_t first, int32_t second, void* context);
 

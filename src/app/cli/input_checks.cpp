@@ -1,0 +1,68 @@
+#include "app/cli/input_checks.h"
+
+#include <unistd.h>
+
+#include <iostream>
+
+#include "app/cli/commands.h"
+#include "app/cli/opened_source.h"
+#include "app/cli/path_kind.h"
+#include "platform/file_identity.h"
+#include "playback/wav_length.h"
+#include "playback/wav_reader.h"
+#include "playback/wav_refusal.h"
+
+namespace tunebox::cli {
+
+int refuse(const std::string& path, const std::string& reason, int status) {
+    std::cerr << "tunebox: " << path << ": " << reason << "\n";
+    return status;
+}
+
+std::optional<std::string> inputRefusal(const std::string& path) {
+    return regularFileProblem(path);
+}
+
+std::string openRefusal(const std::string& path) {
+    // The WAVE reader, run once more on its own, tells where it stopped.
+    RiffHandle file;
+    uint32_t length = 0;
+    AudioSource source;
+    const WavOpenStatus status = wavExamineWaveFile(path, file, length, source);
+    wavCloseSource(file, source);
+    return refusalText(classifyRefusal(pathKindOf(path), status));
+}
+
+std::optional<std::string> accompanimentRefusal(const std::string& path, uint32_t& length) {
+    if (auto problem = inputRefusal(path)) {
+        return problem;
+    }
+    if (wavGetLength(path, length) != 1) {
+        return openRefusal(path);
+    }
+    if (length == 0 || !yieldsAudio(path)) {
+        return kNoAudio;
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> outputRefusal(const std::string& input, const std::string& output) {
+    const bool same =
+        output == "-" ? sameFileAsDescriptor(input, STDOUT_FILENO) : sameFile(input, output);
+    if (same) {
+        return "is the input file; choose another output";
+    }
+    return std::nullopt;
+}
+
+int checkInputAndOutput(const std::string& input, const std::string& output) {
+    if (const auto problem = inputRefusal(input)) {
+        return refuse(input, *problem, kExitBadInput);
+    }
+    if (const auto problem = outputRefusal(input, output)) {
+        return refuse(output, *problem, kExitBadInput);
+    }
+    return 0;
+}
+
+}  // namespace tunebox::cli
