@@ -131,6 +131,8 @@ TEST(PcmStream, ResamplingKeepsLengthAndPitch) {
     };
     EXPECT_GT(peakOf(0, 2 * 44), 6000);  // the first millisecond already sounds
     EXPECT_GT(peakOf(out.size() - 2 * 441, out.size()), 10000);
+    // Input after the end (a seek back) starts a new signal.
+    EXPECT_EQ(test::toSamples(convertAll(*stream, bytes, 10240)), out);
     EXPECT_NEAR(test::toneFrequency(out, 2, 0, 44100), 1000.0, 1.0);
     EXPECT_NEAR(test::toneFrequency(out, 2, 1, 44100), 1000.0, 1.0);
 }
