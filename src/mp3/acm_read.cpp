@@ -29,6 +29,39 @@ uint32_t clampLogged(uint32_t value, uint32_t limit, const char* format) {
     return value;
 }
 
+// The placing half of mp3AcmCvtBufSet, also for output that a stage hands
+// out without taking input (its tail at the end of the source).
+int placeConverted(AcmStage& stage, uint8_t* destination, uint32_t requested, uint32_t& endFlag,
+                   uint32_t& produced) {
+    const uint32_t used = stage.acmhead.destinationLengthUsed;
+    if (used == 0) {
+        return 1;
+    }
+    if (produced + used > requested) {
+        const uint32_t over = produced + used - requested;
+        uint32_t take = used - over;
+        if (take > stage.destinationSize || take > requested) {
+            logCount("★mp3AcmCvtBufSet:enp=%ld", static_cast<long>(take));
+            take = std::min(stage.destinationSize, requested);
+        }
+        std::memcpy(destination + produced, stage.destinationBuffer.get(), take);
+        const uint32_t kept = clampLogged(over, stage.leftoverSize, "★mp3AcmCvtBufSet:cpy=%ld");
+        std::memcpy(stage.leftover.get(), stage.destinationBuffer.get() + take, kept);
+        stage.oldbyte = kept;
+        produced = requested;
+        endFlag = 0;  // bytes remain to be read
+        return 0;
+    }
+    uint32_t placed = used;
+    if (placed > stage.destinationSize || placed > requested) {
+        logCount("★mp3AcmCvtBufSet:pacm->acmhead.cbDstLengthUsed=%ld", static_cast<long>(placed));
+        placed = std::min(stage.destinationSize, requested);
+    }
+    std::memcpy(destination + produced, stage.destinationBuffer.get(), placed);
+    produced += placed;
+    return produced > requested ? 0 : 1;
+}
+
 // Runs the second stage over what the first produced. Returns 1 to go on.
 int feedSecondStage(AudioSource& source, uint8_t* destination, uint32_t requested,
                     uint32_t& endFlag, uint32_t& produced, int& result) {
@@ -121,37 +154,6 @@ int mp3AcmCvtBufSet(AcmStage& stage, uint8_t* destination, uint32_t requested, u
         return 1;
     }
     return placeConverted(stage, destination, requested, endFlag, produced);
-}
-
-int placeConverted(AcmStage& stage, uint8_t* destination, uint32_t requested, uint32_t& endFlag,
-                   uint32_t& produced) {
-    const uint32_t used = stage.acmhead.destinationLengthUsed;
-    if (used == 0) {
-        return 1;
-    }
-    if (produced + used > requested) {
-        const uint32_t over = produced + used - requested;
-        uint32_t take = used - over;
-        if (take > stage.destinationSize || take > requested) {
-            logCount("★mp3AcmCvtBufSet:enp=%ld", static_cast<long>(take));
-            take = std::min(stage.destinationSize, requested);
-        }
-        std::memcpy(destination + produced, stage.destinationBuffer.get(), take);
-        const uint32_t kept = clampLogged(over, stage.leftoverSize, "★mp3AcmCvtBufSet:cpy=%ld");
-        std::memcpy(stage.leftover.get(), stage.destinationBuffer.get() + take, kept);
-        stage.oldbyte = kept;
-        produced = requested;
-        endFlag = 0;  // bytes remain to be read
-        return 0;
-    }
-    uint32_t placed = used;
-    if (placed > stage.destinationSize || placed > requested) {
-        logCount("★mp3AcmCvtBufSet:pacm->acmhead.cbDstLengthUsed=%ld", static_cast<long>(placed));
-        placed = std::min(stage.destinationSize, requested);
-    }
-    std::memcpy(destination + produced, stage.destinationBuffer.get(), placed);
-    produced += placed;
-    return produced > requested ? 0 : 1;
 }
 
 int mp3AcmRead(RiffFile& file, uint8_t* destination, uint32_t& count, uint32_t requested,

@@ -32,9 +32,4 @@ int mp3AcmReadOldBuf(AcmStage& stage, uint8_t* destination, uint32_t requested, 
 int mp3AcmCvtBufSet(AcmStage& stage, uint8_t* destination, uint32_t requested, uint32_t& endFlag,
                     uint32_t& produced);
 
-// The placing half of mp3AcmCvtBufSet, also for output that a stage hands
-// out without taking input (its tail at the end of the source).
-int placeConverted(AcmStage& stage, uint8_t* destination, uint32_t requested, uint32_t& endFlag,
-                   uint32_t& produced);
-
 }  // namespace tunebox

@@ -62,7 +62,8 @@ uint32_t dataChunkEnd(RiffFile& file, const ChunkInfo& data) {
     const int64_t firstDataByte = file.seek(0, SEEK_CUR);
     const int64_t end = file.seek(0, SEEK_END);
     file.seek(firstDataByte, SEEK_SET);
-    return static_cast<uint32_t>(std::min({end, firstDataByte + data.size, int64_t{UINT32_MAX}}));
+    const int64_t dataEnd = std::min({end, firstDataByte + data.size, int64_t{UINT32_MAX}});
+    return static_cast<uint32_t>(std::max<int64_t>(dataEnd, 0));
 }
 
 // The converted length: the data's playing time in native-PCM bytes.
