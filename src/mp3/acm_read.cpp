@@ -29,6 +29,39 @@ uint32_t clampLogged(uint32_t value, uint32_t limit, const char* format) {
     return value;
 }
 
+// The placing half of mp3AcmCvtBufSet, also for output that a stage hands
+// out without taking input (its tail at the end of the source).
+int placeConverted(AcmStage& stage, uint8_t* destination, uint32_t requested, uint32_t& endFlag,
+                   uint32_t& produced) {
+    const uint32_t used = stage.acmhead.destinationLengthUsed;
+    if (used == 0) {
+        return 1;
+    }
+    if (produced + used > requested) {
+        const uint32_t over = produced + used - requested;
+        uint32_t take = used - over;
+        if (take > stage.destinationSize || take > requested) {
+            logCount("★mp3AcmCvtBufSet:enp=%ld", static_cast<long>(take));
+            take = std::min(stage.destinationSize, requested);
+        }
+        std::memcpy(destination + produced, stage.destinationBuffer.get(), take);
+        const uint32_t kept = clampLogged(over, stage.leftoverSize, "★mp3AcmCvtBufSet:cpy=%ld");
+        std::memcpy(stage.leftover.get(), stage.destinationBuffer.get() + take, kept);
+        stage.oldbyte = kept;
+        produced = requested;
+        endFlag = 0;  // bytes remain to be read
+        return 0;
+    }
+    uint32_t placed = used;
+    if (placed > stage.destinationSize || placed > requested) {
+        logCount("★mp3AcmCvtBufSet:pacm->acmhead.cbDstLengthUsed=%ld", static_cast<long>(placed));
+        placed = std::min(stage.destinationSize, requested);
+    }
+    std::memcpy(destination + produced, stage.destinationBuffer.get(), placed);
+    produced += placed;
+    return produced > requested ? 0 : 1;
+}
+
 // Runs the second stage over what the first produced. Returns 1 to go on.
 int feedSecondStage(AudioSource& source, uint8_t* destination, uint32_t requested,
                     uint32_t& endFlag, uint32_t& produced, int& result) {
@@ -41,11 +74,53 @@ int feedSecondStage(AudioSource& source, uint8_t* destination, uint32_t requeste
         return 1;
     }
     second.acmhead.sourceLength = moved;
-    if (second.stream->convert(second.acmhead) != kCodecOk) {
+    if (second.stream->convert(second.acmhead, 0) != kCodecOk) {
         result = 0;
         return 0;
     }
     return mp3AcmCvtBufSet(second, destination, requested, endFlag, produced);
+}
+
+// The first stage converts the block in its source buffer: through the
+// built-in decoder when that path opened, else through its codec stream.
+bool convertFirstStage(AudioSource& source, uint32_t flags) {
+    return source.ownDecoderFlag == 1
+               ? mp3ConvertMyDecoder(source) == 1
+               : source.acm.stream->convert(source.acm.acmhead, flags) == kCodecOk;
+}
+
+// Converts an empty block marked as the end, so that what a stage still
+// holds comes out. False when nothing came; a failure here only means that
+// the bytes left behind were no audio.
+bool flushFirstStage(AudioSource& source) {
+    source.acm.acmhead.sourceLength = 0;
+    return convertFirstStage(source, kCodecConvertEnd) &&
+           source.acm.acmhead.destinationLengthUsed > 0;
+}
+
+bool flushSecondStage(AcmStage& stage) {
+    stage.acmhead.sourceLength = 0;
+    return stage.stream->convert(stage.acmhead, kCodecConvertEnd) == kCodecOk &&
+           stage.acmhead.destinationLengthUsed > 0;
+}
+
+// The file is used up, but the stages still hold output: the built-in
+// decoder's last frames in its accumulator, the resampler's delayed tail.
+// One step places some of it; returns 1 to go on, 0 when the request is full
+// or nothing was left.
+int drainStages(AudioSource& source, uint8_t* destination, uint32_t requested, uint32_t& endFlag,
+                uint32_t& produced, int& result) {
+    const bool firstGave = flushFirstStage(source);
+    if (source.conversionStages != 2) {
+        return firstGave ? placeConverted(source.acm, destination, requested, endFlag, produced)
+                         : 0;
+    }
+    if (firstGave) {
+        return feedSecondStage(source, destination, requested, endFlag, produced, result);
+    }
+    return flushSecondStage(source.acm2)
+               ? placeConverted(source.acm2, destination, requested, endFlag, produced)
+               : 0;
 }
 
 }  // namespace
@@ -75,33 +150,10 @@ int mp3AcmReadOldBuf(AcmStage& stage, uint8_t* destination, uint32_t requested,
 
 int mp3AcmCvtBufSet(AcmStage& stage, uint8_t* destination, uint32_t requested, uint32_t& endFlag,
                     uint32_t& produced) {
-    const uint32_t used = stage.acmhead.destinationLengthUsed;
-    if (stage.acmhead.sourceLengthUsed == 0 || used == 0) {
+    if (stage.acmhead.sourceLengthUsed == 0) {
         return 1;
     }
-    if (produced + used > requested) {
-        const uint32_t over = produced + used - requested;
-        uint32_t take = used - over;
-        if (take > stage.destinationSize || take > requested) {
-            logCount("★mp3AcmCvtBufSet:enp=%ld", static_cast<long>(take));
-            take = std::min(stage.destinationSize, requested);
-        }
-        std::memcpy(destination + produced, stage.destinationBuffer.get(), take);
-        const uint32_t kept = clampLogged(over, stage.leftoverSize, "★mp3AcmCvtBufSet:cpy=%ld");
-        std::memcpy(stage.leftover.get(), stage.destinationBuffer.get() + take, kept);
-        stage.oldbyte = kept;
-        produced = requested;
-        endFlag = 0;  // bytes remain to be read
-        return 0;
-    }
-    uint32_t placed = used;
-    if (placed > stage.destinationSize || placed > requested) {
-        logCount("★mp3AcmCvtBufSet:pacm->acmhead.cbDstLengthUsed=%ld", static_cast<long>(placed));
-        placed = std::min(stage.destinationSize, requested);
-    }
-    std::memcpy(destination + produced, stage.destinationBuffer.get(), placed);
-    produced += placed;
-    return produced > requested ? 0 : 1;
+    return placeConverted(stage, destination, requested, endFlag, produced);
 }
 
 int mp3AcmRead(RiffFile& file, uint8_t* destination, uint32_t& count, uint32_t requested,
@@ -129,16 +181,18 @@ int mp3AcmRead(RiffFile& file, uint8_t* destination, uint32_t& count, uint32_t r
                          : 0;
             more = 0;
             endFlag = 1;
-            if (toRead == 0) {
-                break;
-            }
         }
         toRead = clampLogged(static_cast<uint32_t>(toRead), first.sourceBufferSize,
                              "★mp3AcmRead:rqsize=%ld");
-        const int64_t got = file.read(first.sourceBuffer.get(), toRead);
+        const int64_t got = toRead == 0 ? 0 : file.read(first.sourceBuffer.get(), toRead);
         if (got < 0) {
             endFlag = 1;
             break;
+        }
+        if (got == 0) {
+            endFlag = 1;
+            more = drainStages(source, destination, requested, endFlag, produced, result);
+            continue;
         }
         if (got != block) {
             more = 0;
@@ -148,10 +202,7 @@ int mp3AcmRead(RiffFile& file, uint8_t* destination, uint32_t& count, uint32_t r
         }
         first.acmhead.sourceLength = static_cast<uint32_t>(got);
 
-        const bool converted = source.ownDecoderFlag == 1
-                                   ? mp3ConvertMyDecoder(source) == 1
-                                   : first.stream->convert(first.acmhead) == kCodecOk;
-        if (!converted) {
+        if (!convertFirstStage(source, 0)) {
             result = 0;
             break;
         }
@@ -159,6 +210,8 @@ int mp3AcmRead(RiffFile& file, uint8_t* destination, uint32_t& count, uint32_t r
             more = mp3AcmCvtBufSet(first, destination, requested, endFlag, produced);
         } else if (first.acmhead.sourceLengthUsed != 0) {
             more = feedSecondStage(source, destination, requested, endFlag, produced, result);
+        } else {
+            more = 1;  // nothing taken yet: on with the next block, or the end
         }
     }
     count = produced;

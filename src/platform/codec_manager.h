@@ -26,6 +26,11 @@ inline constexpr uint32_t kCodecError = 1;
 inline constexpr uint32_t kCodecInvalidParam = 11;
 inline constexpr uint32_t kCodecNotPossible = 512;
 
+// A conversion flag: the source has ended, so the stream hands out what it
+// still holds back (a resampler's delayed tail). Later calls with this flag
+// deliver the rest of it, then nothing.
+inline constexpr uint32_t kCodecConvertEnd = 0x00000020;
+
 // Size of the largest format record any driver understands.
 inline constexpr uint32_t kCodecMaxFormatBytes = 32;
 
@@ -48,7 +53,8 @@ class CodecStream {
 
     // Converts whole source blocks into the destination. Output that does not
     // fit is kept by the stream and delivered first by the next call.
-    virtual uint32_t convert(CodecStreamHeader& header) = 0;
+    // `flags` is 0 or kCodecConvertEnd.
+    virtual uint32_t convert(CodecStreamHeader& header, uint32_t flags) = 0;
 
     // The driver's short name, for the diagnostic log.
     virtual std::string driverShortName() const = 0;

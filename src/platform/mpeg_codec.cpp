@@ -33,7 +33,8 @@ class MpegStream final : public CodecStream {
         return frames * samplesPerFrame * decoded_.blockAlign;
     }
 
-    uint32_t convert(CodecStreamHeader& header) override {
+    // The decoder keeps no tail: at the end it only hands out what did not fit.
+    uint32_t convert(CodecStreamHeader& header, uint32_t /*flags*/) override {
         header.sourceLengthUsed = 0;
         header.destinationLengthUsed = 0;
         if (header.sourceLength > 0 &&

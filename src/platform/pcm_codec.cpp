@@ -12,6 +12,8 @@ namespace tunebox {
 namespace {
 
 constexpr uint32_t kHighestRate = 384000;
+constexpr std::size_t kChunkFrames = 4096;
+constexpr std::size_t kResamplerFailed = static_cast<std::size_t>(-1);
 
 bool isSupportedChannelCount(uint32_t channels) {
     return channels == 1 || channels == 2;
@@ -71,11 +73,12 @@ class PcmStream final : public CodecStream {
         return static_cast<uint32_t>(std::ceil(frames * ratio) + 64) * destination_.blockAlign;
     }
 
-    uint32_t convert(CodecStreamHeader& header) override {
+    uint32_t convert(CodecStreamHeader& header, uint32_t flags) override {
         const uint32_t frames = header.sourceLength / source_.blockAlign;
         header.sourceLengthUsed = frames * source_.blockAlign;
         decodeFrames(header.source, frames);
-        if (!resampleInto(pending_)) {
+        if (!resampleInto(pending_) ||
+            ((flags & kCodecConvertEnd) != 0 && !flushResampler(pending_))) {
             return kCodecError;
         }
         header.destinationLengthUsed = deliverPending(header.destination, header.destinationLength);
@@ -109,26 +112,65 @@ class PcmStream final : public CodecStream {
             std::transform(decoded_.begin(), decoded_.end(), std::back_inserter(out), toPcm16);
             return true;
         }
+        if (decoded_.empty()) {
+            return true;
+        }
+        if (flushed_) {
+            // Input after the end (the source was sought back): a new signal.
+            soxr_clear(resampler_.get());
+            flushed_ = false;
+        }
         const std::size_t channels = destination_.channels;
         const std::size_t inputFrames = decoded_.size() / channels;
         std::size_t consumed = 0;
         for (;;) {
-            constexpr std::size_t kChunkFrames = 4096;
-            scratch_.resize(kChunkFrames * channels);
             std::size_t used = 0;
-            std::size_t produced = 0;
-            if (soxr_process(resampler_.get(), decoded_.data() + consumed * channels,
-                             inputFrames - consumed, &used, scratch_.data(), kChunkFrames,
-                             &produced) != nullptr) {
+            const std::size_t produced =
+                runResampler(decoded_.data() + consumed * channels, inputFrames - consumed, &used);
+            if (produced == kResamplerFailed) {
                 return false;
             }
             consumed += used;
-            std::transform(scratch_.begin(), scratch_.begin() + produced * channels,
-                           std::back_inserter(out), toPcm16);
+            appendScratch(out, produced);
             if (consumed == inputFrames && produced < kChunkFrames) {
                 return true;
             }
         }
+    }
+
+    // The resampler holds back a filter's length of output; without input
+    // it releases that tail, so the converted source is as long as its data.
+    bool flushResampler(std::vector<int16_t>& out) {
+        if (!resampler_ || flushed_) {
+            return true;
+        }
+        for (;;) {
+            const std::size_t produced = runResampler(nullptr, 0, nullptr);
+            if (produced == kResamplerFailed) {
+                return false;
+            }
+            appendScratch(out, produced);
+            if (produced < kChunkFrames) {
+                flushed_ = true;
+                return true;
+            }
+        }
+    }
+
+    // One resampler call into the scratch buffer: the frames it produced.
+    std::size_t runResampler(const float* input, std::size_t frames, std::size_t* used) {
+        scratch_.resize(kChunkFrames * destination_.channels);
+        std::size_t produced = 0;
+        if (soxr_process(resampler_.get(), input, frames, used, scratch_.data(), kChunkFrames,
+                         &produced) != nullptr) {
+            return kResamplerFailed;
+        }
+        return produced;
+    }
+
+    void appendScratch(std::vector<int16_t>& out, std::size_t frames) const {
+        std::transform(scratch_.begin(), scratch_.begin() + frames * destination_.channels,
+                       std::back_inserter(out), toPcm16);
     }
 
     uint32_t deliverPending(uint8_t* destination, uint32_t capacity) {
@@ -150,6 +192,7 @@ class PcmStream final : public CodecStream {
     std::vector<float> decoded_;
     std::vector<float> scratch_;
     std::vector<int16_t> pending_;  // output that did not fit the last destination
+    bool flushed_ = false;          // the tail has been released
 };
 
 }  // namespace

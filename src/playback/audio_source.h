@@ -25,7 +25,7 @@ struct AudioSource {
     uint32_t conversionStages = 0;
     uint32_t conversionFlag = 0;  // 0: the data bytes are native PCM as they stand
     uint32_t ownDecoderFlag = 0;  // 1: try the built-in decoder first
-    uint32_t sourceDataSize = 0;  // source bytes of the data (conversion only)
+    uint32_t sourceDataSize = 0;  // file offset where the source's bytes end
     uint32_t outputLength = 0;    // native-PCM bytes
     uint32_t sourceBytesBound = 0;
     BuiltinDecoderState mx;

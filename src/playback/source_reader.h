@@ -9,9 +9,10 @@
 
 namespace tunebox {
 
-// Reads up to `requested` native-PCM bytes; `count` becomes the bytes read,
-// and `endOfSource` 1 when the source ran out. Returns 1 when bytes came
-// (or, converted, when no conversion failed), else 0.
+// Reads up to `requested` native-PCM bytes, never past the source's data;
+// `count` becomes the bytes read, and `endOfSource` 1 when the source ran
+// out. Returns 1 when bytes came (or, converted, when no conversion
+// failed), else 0.
 int sourceRead(RiffFile& file, uint8_t* destination, uint32_t requested, uint32_t& count,
                uint32_t& endOfSource, AudioSource& source);
 

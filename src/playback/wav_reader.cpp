@@ -54,15 +54,21 @@ WavOpenStatus openThroughConverter(RiffHandle& file, const FormatChunk& formatBy
     return WavOpenStatus::opened;
 }
 
-// The converted length: the data's playing time in native-PCM bytes. The
-// bound on source bytes compares a file offset with a chunk size: a reader
-// stops a little early rather than read past the data.
-uint32_t prepareConvertedData(RiffFile& file, const ChunkInfo& data, AudioSource& source) {
+// Where the data chunk ends in the file. No read goes past it, converted or
+// direct: every sample of the chunk is played, and a chunk after it (LIST,
+// cue) is never taken for audio. A chunk that claims more than the file
+// holds ends with the file.
+uint32_t dataChunkEnd(RiffFile& file, const ChunkInfo& data) {
     const int64_t firstDataByte = file.seek(0, SEEK_CUR);
-    source.sourceDataSize = data.size;
     const int64_t end = file.seek(0, SEEK_END);
     file.seek(firstDataByte, SEEK_SET);
-    source.sourceBytesBound = static_cast<uint32_t>(std::min<int64_t>(end, data.size));
+    const int64_t dataEnd = std::min({end, firstDataByte + data.size, int64_t{UINT32_MAX}});
+    return static_cast<uint32_t>(std::max<int64_t>(dataEnd, 0));
+}
+
+// The converted length: the data's playing time in native-PCM bytes.
+uint32_t prepareConvertedData(const ChunkInfo& data, AudioSource& source) {
+    source.sourceBytesBound = source.sourceDataSize;
     const double seconds = static_cast<double>(data.size) / source.outputFormat.avgBytesPerSec;
     return static_cast<uint32_t>(seconds * kNativeBytesPerSecond + 0.5);
 }
@@ -121,7 +127,8 @@ WavOpenStatus wavExamineWaveFile(const std::string& path, RiffHandle& file, uint
     if (file->descend(data, &riff, ChunkSearch::findChunk) != DescendResult::found) {
         return refuse(file, WavOpenStatus::damaged);
     }
-    length = source.conversionFlag == 1 ? prepareConvertedData(*file, data, source) : data.size;
+    source.sourceDataSize = dataChunkEnd(*file, data);
+    length = source.conversionFlag == 1 ? prepareConvertedData(data, source) : data.size;
     return WavOpenStatus::opened;
 }
 

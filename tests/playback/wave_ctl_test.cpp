@@ -9,7 +9,9 @@
 #include "support/log_records.h"
 #include "support/loopback_listener.h"
 #include "support/player_support.h"
+#include "support/source_reading.h"
 #include "support/temp_dir.h"
+#include "support/tool_fixture.h"
 
 namespace tunebox {
 namespace {
@@ -34,12 +36,15 @@ class WaveCtlTest : public ::testing::Test {
     // Plays `data` from its start to the end the player finds by itself and
     // returns what the device played, watching the ring all the while.
     std::vector<uint8_t> playToEnd(const std::vector<uint8_t>& data) {
-        const std::string path = fileOf(data);
+        return playFileToEnd(fileOf(data), static_cast<uint32_t>(data.size()));
+    }
+
+    std::vector<uint8_t> playFileToEnd(const std::string& path, uint32_t length) {
         LoopbackListener listener(*audio_, 8);
         EXPECT_TRUE(listener.listening());
         WaveCtl player;
         initPlayer(player);
-        EXPECT_EQ(player.wavOpenFile(path, 0, static_cast<uint32_t>(data.size())), 1);
+        EXPECT_EQ(player.wavOpenFile(path, 0, length), 1);
         EXPECT_EQ(player.wavPlay(), 1);
         uint32_t mostFilled = 0;
         int32_t mostOutstanding = 0;
@@ -85,6 +90,27 @@ TEST_F(WaveCtlTest, BytesReachTheDeviceInOrderUntilTheBlockThatReachesTheEnd) {
 TEST_F(WaveCtlTest, AFileShorterThanOneBufferPlaysWholeAndEnds) {
     const auto data = patternBytes(10000);
     EXPECT_TRUE(samePrefix(playToEnd(data), data, data.size()));
+}
+
+// A resampled source delivers its length give or take a frame; the player
+// finds its end either way, and a short one plays whole, its tail included.
+TEST_F(WaveCtlTest, ConvertedFilesPlayToTheirEnd) {
+    for (const char* seconds : {"0.3", "2.2"}) {
+        SCOPED_TRACE(seconds);
+        const std::string path = (dir_ / (std::string(seconds) + ".wav")).string();
+        test::runTool("sox -n -r 22050 -c 1 -b 16 " + path + " synth " + seconds + " sine 300");
+        test::OpenedSource opened;
+        ASSERT_TRUE(test::openSource(path, opened));
+        const auto whole = test::readWholeSource(opened, kBuffer);
+        EXPECT_NEAR(double(whole.size()), double(opened.length), 4.0);
+        const auto heard = playFileToEnd(path, opened.length);
+        ASSERT_LE(heard.size(), whole.size());
+        EXPECT_GE(heard.size() + kBuffer, whole.size());
+        EXPECT_TRUE(samePrefix(heard, whole, heard.size()));
+        if (whole.size() < kBuffer) {
+            EXPECT_EQ(heard, whole);
+        }
+    }
 }
 
 TEST_F(WaveCtlTest, StartPositionsOffAFrameMoveOnByTheirLowBits) {
