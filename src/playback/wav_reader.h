@@ -19,12 +19,14 @@ enum class WavOpenStatus {
     notWave,      // no RIFF/WAVE form in the file
     damaged,      // a WAVE file with a missing, short or oversized part
     unsupported,  // a WAVE file whose format cannot be read (yet)
+    refused,      // a format or length that cannot be real; the source says why
 };
 
 // Reads the RIFF/WAVE structure of `path`. Opened: `file` stands at the first
 // data byte and `length` is the data chunk's size; the source holds the
 // file's format. An unknown format tag leaves `file` open for the next opener
-// to replace; every other failure closes it.
+// to replace; every other failure closes it. Refused files are not for any
+// other opener either.
 WavOpenStatus wavExamineWaveFile(const std::string& path, RiffHandle& file, uint32_t& length,
                                  AudioSource& source);
 

@@ -1,6 +1,8 @@
 #pragma once
 // Why an accompaniment file was refused, in words a user can act on.
 
+#include <string>
+
 #include "playback/wav_reader.h"
 
 namespace tunebox {
@@ -23,5 +25,9 @@ WavRefusal classifyRefusal(PathKind kind, WavOpenStatus status);
 
 // A short phrase for the reason, e.g. "no such file".
 const char* refusalText(WavRefusal refusal);
+
+// The opener's own reason when it refused a file it recognised (it names the
+// field and value, or the length), else `fallback`.
+std::string refusalReasonOr(const AudioSource& source, const std::string& fallback);
 
 }  // namespace tunebox

@@ -10,6 +10,7 @@
 #include "playback/source_reader.h"
 #include "playback/wav_length.h"
 #include "playback/wav_reader.h"
+#include "playback/wav_refusal.h"
 #include "playback/wav_writer.h"
 
 namespace tunebox::cli {
@@ -57,7 +58,9 @@ int decode(const DecodeOptions& options) {
     RiffHandle file;
     uint32_t length = 0;
     if (!openInput(options, file, length, source)) {
-        return fail(options.input, "cannot be decoded (not a readable WAVE or MP3 file)");
+        return fail(options.input, refusalReasonOr(source,
+                                                   "cannot be decoded (not a readable "
+                                                   "WAVE or MP3 file)"));
     }
     WaveWriter writer;
     wavResetWriter(writer);

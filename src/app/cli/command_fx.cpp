@@ -49,7 +49,8 @@ bool openNativeInput(const std::string& path, RiffHandle& file, uint32_t& length
     AudioSource source;
     const WavOpenStatus status = wavExamineWaveFile(path, file, length, source);
     if (status != WavOpenStatus::opened) {
-        fail(path, refusalText(classifyRefusal(pathKindOf(path), status)), kExitBadInput);
+        fail(path, refusalReasonOr(source, refusalText(classifyRefusal(pathKindOf(path), status))),
+             kExitBadInput);
         return false;
     }
     if (source.conversionFlag != 0) {

@@ -70,7 +70,8 @@ int showInfo(const std::string& path) {
     AudioSource source;
     uint32_t length = 0;
     if (wavGetLengthInto(path, source, length) != 1) {
-        std::cerr << "tunebox: " << path << ": " << refusalText(explainRefusal(path)) << "\n";
+        std::cerr << "tunebox: " << path << ": "
+                  << refusalReasonOr(source, refusalText(explainRefusal(path))) << "\n";
         return kExitBadInput;
     }
     printSource(path, source, length);

@@ -13,6 +13,7 @@
 #include "app/cli/terminal_keys.h"
 #include "playback/playback_clock.h"
 #include "playback/wav_length.h"
+#include "playback/wav_refusal.h"
 #include "playback/wave_ctl.h"
 
 namespace tunebox::cli {
@@ -97,7 +98,8 @@ int playFile(const PlayOptions& options) {
     AudioSource probe;
     uint32_t length = 0;
     if (wavGetLengthInto(path, probe, length) != 1) {
-        std::cerr << "tunebox: " << path << ": " << whyNotPlayable(path) << "\n";
+        std::cerr << "tunebox: " << path << ": " << refusalReasonOr(probe, whyNotPlayable(path))
+                  << "\n";
         return kExitBadInput;
     }
     const double startFrames = std::floor(options.startSeconds * kNativeFormat.samplesPerSec);
