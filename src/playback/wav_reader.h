@@ -1,8 +1,9 @@
 #pragma once
 // Opens an accompaniment file as an audio source: RIFF/WAVE files whose data
-// is native PCM are read as they stand. Formats that need the converter and
-// files that are not WAVE files are refused as unsupported for now; the MP3
-// opener and the converter take those paths over.
+// is native PCM are read as they stand, other PCM, G.711 and MPEG data goes
+// through the converter, and files of any other kind go to the MP3 opener.
+// Formats that cannot be real and sources longer than a 32-bit length are
+// refused outright, with the reason in the source.
 
 #include <cstdint>
 #include <string>
