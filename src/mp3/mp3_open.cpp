@@ -5,12 +5,15 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "app/diagnostic_log.h"
 #include "app/settings.h"
 #include "mp3/mpeg_header.h"
+#include "platform/format_plausibility.h"
 #include "platform/little_endian.h"
+#include "platform/native_length.h"
 #include "playback/audio_source.h"
 
 namespace tunebox {
@@ -51,27 +54,31 @@ uint32_t xingFrameCount(RiffFile& file, const MpegLayer3Format& format) {
     return 0;
 }
 
-// A hostile header can claim more playing time than a 32-bit length holds;
-// such a length stops at the largest one.
-uint32_t clampedLength(double bytes) {
-    return static_cast<uint32_t>(std::min(bytes, double{UINT32_MAX}));
+// The frames' playing time in native-PCM bytes. The sample count is worked
+// out in 64 bits: a 32-bit count wraps at about 27 hours of audio and would
+// turn a long file into a short one.
+double lengthFromFrames(uint32_t frames, const MpegHeader& header) {
+    const uint64_t samples = uint64_t{frames} * header.samplesPerFrame;
+    return static_cast<double>(samples) / header.sampleRate * kNativeBytesPerSecond;
 }
 
-// The frames' playing time in native-PCM bytes; the sample count is kept to
-// 32 bits as the count's own width.
-uint32_t lengthFromFrames(uint32_t frames, const MpegHeader& header) {
-    const uint32_t samples = frames * header.samplesPerFrame;
-    return clampedLength(static_cast<double>(samples) / header.sampleRate * kNativeBytesPerSecond);
-}
-
-uint32_t lengthFromBitRate(const AudioSource& source, const MpegHeader& header,
-                           uint32_t frameOffset) {
+double lengthFromBitRate(const AudioSource& source, const MpegHeader& header,
+                         uint32_t frameOffset) {
     int64_t audioBytes = static_cast<int64_t>(source.sourceBytesBound) - frameOffset;
     if (header.padding != 0) {
         audioBytes -= 2;
     }
-    return clampedLength(static_cast<double>(std::max<int64_t>(audioBytes, 0)) *
-                         (1411.2 / header.bitRate));
+    return static_cast<double>(std::max<int64_t>(audioBytes, 0)) * (1411.2 / header.bitRate);
+}
+
+// Why a stream of `format` playing `nativeBytes` cannot be opened; empty
+// when it can.
+std::string refusalOf(const WaveFormat& format, double nativeBytes) {
+    std::string reason = implausibleFormatReason(format);
+    if (reason.empty() && !fittingNativeLength(nativeBytes)) {
+        reason = tooLongReason(nativeBytes);
+    }
+    return reason;
 }
 
 // Opens the built-in decoder or a codec stream as the first stage. Returns
@@ -160,8 +167,15 @@ int mp3OpenSeekMp3File(const std::string& path, RiffHandle& file, uint32_t& leng
 
     source.xingFrames = xingFrameCount(*file, format);
     source.mpegHeader = header;
-    length = source.xingFrames != 0 ? lengthFromFrames(source.xingFrames, header)
-                                    : lengthFromBitRate(source, header, frameOffset);
+    const double nativeBytes = source.xingFrames != 0
+                                   ? lengthFromFrames(source.xingFrames, header)
+                                   : lengthFromBitRate(source, header, frameOffset);
+    source.refusal = refusalOf(format.wave, nativeBytes);
+    if (!source.refusal.empty()) {
+        file.reset();
+        return 0;
+    }
+    length = fittingNativeLength(nativeBytes).value_or(0);
     source.outputLength = length;
     const auto record = encodeLayer3Format(format);
     std::copy(record.begin(), record.end(), source.sourceFormat.begin());

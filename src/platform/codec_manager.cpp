@@ -1,5 +1,6 @@
 #include "platform/codec_manager.h"
 
+#include "platform/format_plausibility.h"
 #include "platform/mpeg_codec.h"
 #include "platform/pcm_codec.h"
 
@@ -28,7 +29,8 @@ uint32_t codecFormatSuggest(std::span<const uint8_t> sourceFormat, WaveFormat& d
     WaveFormat suggested;
     bool possible = false;
     if (isMpegFormatTag(source.formatTag)) {
-        possible = source.samplesPerSec > 0 && mpegSuggest(source, destination, flags, suggested);
+        possible = implausibleFormatReason(source).empty() &&
+                   mpegSuggest(source, destination, flags, suggested);
     } else if (isPcmFamilyFormat(source)) {
         possible = pcmSuggest(source, destination, flags, suggested);
     }

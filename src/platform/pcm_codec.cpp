@@ -6,17 +6,21 @@
 #include <cmath>
 #include <vector>
 
+#include "platform/format_plausibility.h"
 #include "platform/g711.h"
 
 namespace tunebox {
 namespace {
 
-constexpr uint32_t kHighestRate = 384000;
 constexpr std::size_t kChunkFrames = 4096;
 constexpr std::size_t kResamplerFailed = static_cast<std::size_t>(-1);
 
 bool isSupportedChannelCount(uint32_t channels) {
     return channels == 1 || channels == 2;
+}
+
+bool isSupportedRate(uint32_t rate) {
+    return rate >= kLowestSampleRate && rate <= kHighestSampleRate;
 }
 
 using SampleDecoder = float (*)(const uint8_t*);
@@ -198,21 +202,10 @@ class PcmStream final : public CodecStream {
 }  // namespace
 
 bool isPcmFamilyFormat(const WaveFormat& format) {
-    if (!isSupportedChannelCount(format.channels) || format.samplesPerSec == 0 ||
-        format.samplesPerSec > kHighestRate) {
-        return false;
-    }
-    const uint32_t width = format.bitsPerSample;
-    const bool samplesFit = format.blockAlign == format.channels * ((width + 7) / 8);
-    switch (format.formatTag) {
-        case kFormatPcm:
-            return (width == 8 || width == 16) && samplesFit;
-        case kFormatALaw:
-        case kFormatMuLaw:
-            return width == 8 && samplesFit;
-        default:
-            return false;
-    }
+    const uint16_t tag = format.formatTag;
+    const bool pcmFamily = tag == kFormatPcm || tag == kFormatALaw || tag == kFormatMuLaw;
+    return pcmFamily && isSupportedChannelCount(format.channels) &&
+           implausibleFormatReason(format).empty();
 }
 
 bool pcmSuggest(const WaveFormat& source, const WaveFormat& wanted, uint32_t flags,
@@ -230,8 +223,7 @@ bool pcmSuggest(const WaveFormat& source, const WaveFormat& wanted, uint32_t fla
     if ((flags & kSuggestBitsPerSample) != 0 && wanted.bitsPerSample != 16) {
         return false;
     }
-    if (!isSupportedChannelCount(pcm.channels) || pcm.samplesPerSec == 0 ||
-        pcm.samplesPerSec > kHighestRate) {
+    if (!isSupportedChannelCount(pcm.channels) || !isSupportedRate(pcm.samplesPerSec)) {
         return false;
     }
     pcm.blockAlign = static_cast<uint16_t>(pcm.channels * 2);

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
 
 #include "mp3/acm_stage.h"
 #include "mp3/builtin_decoder_feed.h"
@@ -36,6 +37,9 @@ struct AudioSource {
     // What the MP3 opener found in the first frame, for `tunebox info`.
     MpegHeader mpegHeader;
     uint32_t xingFrames = 0;  // 0 when the file carries no frame count
+    // Why an opener refused a file it recognised (an implausible format, a
+    // length beyond 32 bits), in one phrase for the user; empty otherwise.
+    std::string refusal;
 };
 
 // Run before every open, so that nothing of a previous file survives.

@@ -28,6 +28,11 @@ int wavFormatLength(const std::string& path, std::string& text) {
     return 1;
 }
 
+double convertedNativeBytes(uint32_t dataSize, uint32_t avgBytesPerSec) {
+    const double seconds = static_cast<double>(dataSize) / avgBytesPerSec;
+    return seconds * kNativeBytesPerSecond + 0.5;
+}
+
 std::string formatSectorTime(uint32_t bytes) {
     constexpr uint32_t kSectorsPerMinute = 60 * kSectorsPerSecond;
     const uint32_t frames = bytes / kSectorBytes;

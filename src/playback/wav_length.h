@@ -17,6 +17,11 @@ int wavGetLengthInto(const std::string& path, AudioSource& source, uint32_t& len
 // The file's length as text. Returns 0 when the file cannot be opened.
 int wavFormatLength(const std::string& path, std::string& text);
 
+// The playing time of `dataSize` source bytes at `avgBytesPerSec`, in
+// native-PCM bytes rounded to the nearest whole byte, before any check that
+// it fits a 32-bit length.
+double convertedNativeBytes(uint32_t dataSize, uint32_t avgBytesPerSec);
+
 // Native-PCM bytes as minutes, seconds and sector frames: "%02d:%02d:%02d".
 std::string formatSectorTime(uint32_t bytes);
 

@@ -2,10 +2,16 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "mp3/mp3_open.h"
+#include "platform/format_plausibility.h"
 #include "platform/little_endian.h"
+#include "platform/native_length.h"
+#include "playback/wav_length.h"
+#include "playback/wave_extensible.h"
 
 namespace tunebox {
 namespace {
@@ -22,6 +28,12 @@ constexpr int64_t kDataHeadBytes = 10240;
 WavOpenStatus refuse(RiffHandle& file, WavOpenStatus status) {
     file.reset();
     return status;
+}
+
+WavOpenStatus refuseOutright(RiffHandle& file, AudioSource& source, std::string reason) {
+    wavCloseSource(file, source);
+    source.refusal = std::move(reason);
+    return WavOpenStatus::refused;
 }
 
 // A search for the WAVE form fails the same way on a damaged WAVE file as on
@@ -66,14 +78,16 @@ uint32_t dataChunkEnd(RiffFile& file, const ChunkInfo& data) {
     return static_cast<uint32_t>(std::max<int64_t>(dataEnd, 0));
 }
 
-// The converted length: the data's playing time in native-PCM bytes.
-uint32_t prepareConvertedData(const ChunkInfo& data, AudioSource& source) {
+// The converted length: the data's playing time in native-PCM bytes, before
+// the check that it fits the 32-bit byte count.
+double prepareConvertedData(const ChunkInfo& data, AudioSource& source) {
     source.sourceBytesBound = source.sourceDataSize;
-    const double seconds = static_cast<double>(data.size) / source.outputFormat.avgBytesPerSec;
-    return static_cast<uint32_t>(seconds * kNativeBytesPerSecond + 0.5);
+    return convertedNativeBytes(data.size, source.outputFormat.avgBytesPerSec);
 }
 
-// Reads the "fmt " chunk into `bytes` and leaves the file after it.
+// Reads the "fmt " chunk into `bytes` and leaves the file after it. An
+// extensible chunk of plain PCM is longer than any other accepted one; it is
+// taken as the same format with tag 1.
 WavOpenStatus readFormatChunk(RiffFile& file, const ChunkInfo& riff, FormatChunk& bytes) {
     ChunkInfo chunk;
     chunk.id = kChunkFormat;
@@ -81,12 +95,17 @@ WavOpenStatus readFormatChunk(RiffFile& file, const ChunkInfo& riff, FormatChunk
         chunk.size == 0) {
         return WavOpenStatus::damaged;
     }
-    if (chunk.size > bytes.size()) {
+    std::array<uint8_t, kExtensibleFormatBytes> whole{};
+    if (chunk.size > whole.size()) {
         return WavOpenStatus::unsupported;
     }
-    if (file.read(bytes.data(), chunk.size) != chunk.size || file.ascend(chunk) != 1) {
+    if (file.read(whole.data(), chunk.size) != chunk.size || file.ascend(chunk) != 1) {
         return WavOpenStatus::damaged;
     }
+    if (!plainPcmFromExtensible(whole, chunk.size) && chunk.size > bytes.size()) {
+        return WavOpenStatus::unsupported;
+    }
+    std::copy_n(whole.begin(), bytes.size(), bytes.begin());
     return WavOpenStatus::opened;
 }
 
@@ -116,6 +135,10 @@ WavOpenStatus wavExamineWaveFile(const std::string& path, RiffHandle& file, uint
     if (!pcmFamily && tag != kFormatMpegLayer3) {
         return WavOpenStatus::unsupported;  // left open: the next opener takes over
     }
+    std::string implausible = implausibleFormatReason(source.outputFormat);
+    if (!implausible.empty()) {
+        return refuseOutright(file, source, std::move(implausible));
+    }
     if (tag == kFormatMpegLayer3 || !sameFormat(source.outputFormat, kNativeFormat)) {
         const WavOpenStatus converted = openThroughConverter(file, formatBytes, source);
         if (converted != WavOpenStatus::opened) {
@@ -128,7 +151,16 @@ WavOpenStatus wavExamineWaveFile(const std::string& path, RiffHandle& file, uint
         return refuse(file, WavOpenStatus::damaged);
     }
     source.sourceDataSize = dataChunkEnd(*file, data);
-    length = source.conversionFlag == 1 ? prepareConvertedData(data, source) : data.size;
+    if (source.conversionFlag != 1) {
+        length = data.size;
+        return WavOpenStatus::opened;
+    }
+    const double nativeBytes = prepareConvertedData(data, source);
+    const std::optional<uint32_t> fitting = fittingNativeLength(nativeBytes);
+    if (!fitting) {
+        return refuseOutright(file, source, tooLongReason(nativeBytes));
+    }
+    length = *fitting;
     return WavOpenStatus::opened;
 }
 
@@ -161,8 +193,11 @@ int wavOpenSource(const std::string& path, RiffHandle& file, uint32_t& length, A
 
 int wavOpenResetSource(const std::string& path, RiffHandle& file, uint32_t& length,
                        AudioSource& source) {
-    int result = wavOpenWaveFile(path, file, length, source);
-    if (result != 1) {
+    // A WAVE file refused for its format or length is not tried as MP3: its
+    // samples could pass for MPEG frames and play as noise.
+    const WavOpenStatus status = wavExamineWaveFile(path, file, length, source);
+    int result = status == WavOpenStatus::opened ? 1 : 0;
+    if (result != 1 && status != WavOpenStatus::refused) {
         result = mp3OpenFile(path, file, length, source);
     }
     source.outputLength = length;

@@ -1,8 +1,9 @@
 #pragma once
 // Opens an accompaniment file as an audio source: RIFF/WAVE files whose data
-// is native PCM are read as they stand. Formats that need the converter and
-// files that are not WAVE files are refused as unsupported for now; the MP3
-// opener and the converter take those paths over.
+// is native PCM are read as they stand, other PCM, G.711 and MPEG data goes
+// through the converter, and files of any other kind go to the MP3 opener.
+// Formats that cannot be real and sources longer than a 32-bit length are
+// refused outright, with the reason in the source.
 
 #include <cstdint>
 #include <string>
@@ -19,12 +20,14 @@ enum class WavOpenStatus {
     notWave,      // no RIFF/WAVE form in the file
     damaged,      // a WAVE file with a missing, short or oversized part
     unsupported,  // a WAVE file whose format cannot be read (yet)
+    refused,      // a format or length that cannot be real; the source says why
 };
 
 // Reads the RIFF/WAVE structure of `path`. Opened: `file` stands at the first
 // data byte and `length` is the data chunk's size; the source holds the
 // file's format. An unknown format tag leaves `file` open for the next opener
-// to replace; every other failure closes it.
+// to replace; every other failure closes it. Refused files are not for any
+// other opener either.
 WavOpenStatus wavExamineWaveFile(const std::string& path, RiffHandle& file, uint32_t& length,
                                  AudioSource& source);
 

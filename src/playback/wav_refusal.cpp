@@ -19,6 +19,7 @@ WavRefusal classifyRefusal(PathKind kind, WavOpenStatus status) {
         case WavOpenStatus::damaged:
             return WavRefusal::damaged;
         case WavOpenStatus::unsupported:
+        case WavOpenStatus::refused:
             break;
     }
     return WavRefusal::unsupportedFormat;
@@ -41,7 +42,8 @@ const char* refusalText(WavRefusal refusal) {
         case WavRefusal::unsupportedFormat:
             break;
     }
-    return "unsupported WAVE format (8- or 16-bit PCM, A-law, mu-law or MPEG Layer III, 1 or 2 channels)";
+    return "unsupported WAVE format (8- or 16-bit PCM, A-law, mu-law or MPEG Layer III, 1 or 2 "
+           "channels)";
 }
 
 }  // namespace tunebox

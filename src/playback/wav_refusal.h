@@ -1,6 +1,8 @@
 #pragma once
 // Why an accompaniment file was refused, in words a user can act on.
 
+#include <string>
+
 #include "playback/wav_reader.h"
 
 namespace tunebox {

@@ -10,6 +10,7 @@
 #include <QTimer>
 #include <QTreeWidget>
 #include <QtTest/QTest>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 
@@ -147,12 +148,17 @@ TEST_F(MainDialogLayoutTest, PickersOpenWhereTheLastPickWasMade) {
 TEST_F(MainDialogLayoutTest, UnsupportedAccompanimentIsRefusedWithAStopMessage) {
     const auto junk = configDir() / "notes.mp3";
     std::ofstream(junk) << "not a sound file at all";
+    // A WAVE file declaring one sample per second is refused the same way.
+    const std::filesystem::path oneHertz =
+        std::string(TUNEBOX_SOURCE_DIR) + "/fuzz/corpus/fuzz_wav_reader/refused-rate-1hz";
     MainDialog dialog(desktop_.services());
-    desktop_.openAnswer = {QString::fromStdString(junk.string()), "/ignored/second.wav"};
-    QTest::mouseClick(control(dialog, kKaraokePick), Qt::LeftButton);
-    ASSERT_EQ(desktop_.messages.size(), 1);
-    EXPECT_EQ(desktop_.messages[0],
-              "ﾌｧｲﾙ選択の失敗|ｻﾎﾟｰﾄされないﾌｧｲﾙﾌｫｰﾏｯﾄ:" + QString::fromStdString(junk.string()));
+    for (const auto& refused : {junk, oneHertz}) {
+        desktop_.openAnswer = {QString::fromStdString(refused.string()), "/ignored/second.wav"};
+        QTest::mouseClick(control(dialog, kKaraokePick), Qt::LeftButton);
+        EXPECT_EQ(desktop_.messages.back(), "ﾌｧｲﾙ選択の失敗|ｻﾎﾟｰﾄされないﾌｧｲﾙﾌｫｰﾏｯﾄ:" +
+                                                QString::fromStdString(refused.string()));
+    }
+    ASSERT_EQ(desktop_.messages.size(), 2);
     EXPECT_EQ(dialog.currentIndex(), -1);
     EXPECT_TRUE(control<QLineEdit>(dialog, kKaraokeName)->text().isEmpty());
     EXPECT_EQ(desktop_.requests[0].filter, "*.wav;*.mp3|*.wav;*.mp3|All Files (*.*)|*.*||");

@@ -14,6 +14,7 @@
 #include "app/cli/terminal_keys.h"
 #include "playback/playback_clock.h"
 #include "playback/wav_length.h"
+#include "playback/wav_refusal.h"
 #include "playback/wave_ctl.h"
 
 namespace tunebox::cli {

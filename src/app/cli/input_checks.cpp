@@ -24,9 +24,15 @@ std::optional<std::string> inputRefusal(const std::string& path) {
 }
 
 std::string openRefusal(const std::string& path) {
-    // The WAVE reader, run once more on its own, tells where it stopped.
-    RiffHandle file;
+    // An opener that refuses a file outright (an absurd format or length)
+    // keeps its reason; otherwise the WAVE reader, run once more on its own,
+    // tells where it stopped.
     uint32_t length = 0;
+    AudioSource opened;
+    if (wavGetLengthInto(path, opened, length) != 1 && !opened.refusal.empty()) {
+        return opened.refusal;
+    }
+    RiffHandle file;
     AudioSource source;
     const WavOpenStatus status = wavExamineWaveFile(path, file, length, source);
     wavCloseSource(file, source);
