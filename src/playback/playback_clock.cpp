@@ -1,5 +1,7 @@
 #include "playback/playback_clock.h"
 
+#include <algorithm>
+
 #include "platform/wave_format.h"
 
 namespace tunebox {
@@ -25,8 +27,10 @@ uint32_t sliderPosition(uint32_t runStart, uint32_t deviceBytes, uint32_t bytesP
     }
     const auto seconds = static_cast<uint32_t>(double(baseSeconds) + deviceBytes / bytesPerSecond +
                                                double(runStart) / bytesPerSecond + 0.5);
-    return static_cast<uint32_t>(double(bytesPerSecond) * seconds /
-                                 (double(length) / kSliderRange));
+    // A short source played for long would not fit: converting such a double
+    // to 32 bits is undefined, so it stops at the largest count.
+    const double slider = double(bytesPerSecond) * seconds / (double(length) / kSliderRange);
+    return static_cast<uint32_t>(std::min(slider, double(UINT32_MAX)));
 }
 
 uint32_t sliderToPosition(uint32_t slider, uint32_t length) {

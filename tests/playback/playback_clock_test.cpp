@@ -34,6 +34,8 @@ TEST(PlaybackClock, TheSliderCountsWholeDeviceSecondsFromTheRunStart) {
     EXPECT_EQ(sliderPosition(kSecond / 2, 0, kSecond, 0, length), 1000u);
     EXPECT_EQ(sliderPosition(0, 10 * kSecond, kSecond, 0, length), 10000u);
     EXPECT_EQ(sliderPosition(kSecond, kSecond, kSecond, 0, 0), 0u);
+    // Hours played over a four-byte source stop at the largest count.
+    EXPECT_EQ(sliderPosition(0, 3600u * kSecond, kSecond, 0, 4), UINT32_MAX);
 }
 
 TEST(PlaybackClock, PositionsOffAFrameMoveOnByTheirLowBits) {
