@@ -9,15 +9,15 @@
 
 #include "app/diagnostic_log.h"
 #include "app/settings.h"
+#include "mp3/mp3_open_xing.h"
 #include "mp3/mpeg_header.h"
+#include "mp3/mpeg_header_walk.h"
 #include "platform/little_endian.h"
 #include "playback/audio_source.h"
 
 namespace tunebox {
 namespace {
 
-constexpr std::size_t kXingLook = 1024;
-constexpr uint32_t kXingFramesPresent = 0x01;
 constexpr std::size_t kStageBlockSizeOffset = 24;
 
 struct FileCloser {
@@ -25,53 +25,73 @@ struct FileCloser {
 };
 using Stream = std::unique_ptr<std::FILE, FileCloser>;
 
-uint32_t loadBe32(const uint8_t* bytes) {
-    return static_cast<uint32_t>(bytes[0]) << 24 | static_cast<uint32_t>(bytes[1]) << 16 |
-           static_cast<uint32_t>(bytes[2]) << 8 | bytes[3];
-}
-
-// The frame count of a "Xing" or "Info" frame; 0 when there is none. The
-// file is left where it was.
-uint32_t xingFrameCount(RiffFile& file, const MpegLayer3Format& format) {
-    const int64_t start = file.seek(0, SEEK_CUR);
-    std::array<uint8_t, kXingLook> bytes{};
-    const int64_t got = file.read(bytes.data(), std::min<int64_t>(format.blockSize, kXingLook));
-    file.seek(start, SEEK_SET);
-    for (int64_t i = 0; i + 4 < got; ++i) {
-        const bool tag =
-            std::memcmp(&bytes[i], "Xing", 4) == 0 || std::memcmp(&bytes[i], "Info", 4) == 0;
-        if (!tag) {
-            continue;
-        }
-        if (i + 12 > got || (bytes[i + 7] & kXingFramesPresent) == 0) {
-            return 0;
-        }
-        return loadBe32(&bytes[i + 8]);
-    }
-    return 0;
-}
-
 // A hostile header can claim more playing time than a 32-bit length holds;
 // such a length stops at the largest one.
 uint32_t clampedLength(double bytes) {
-    return static_cast<uint32_t>(std::min(bytes, double{UINT32_MAX}));
+    return static_cast<uint32_t>(std::clamp(bytes, 0.0, double{UINT32_MAX}));
 }
 
-// The frames' playing time in native-PCM bytes; the sample count is kept to
-// 32 bits as the count's own width.
-uint32_t lengthFromFrames(uint32_t frames, const MpegHeader& header) {
-    const uint32_t samples = frames * header.samplesPerFrame;
+uint32_t lengthFromSamples(uint64_t samples, const MpegHeader& header) {
     return clampedLength(static_cast<double>(samples) / header.sampleRate * kNativeBytesPerSecond);
 }
 
-uint32_t lengthFromBitRate(const AudioSource& source, const MpegHeader& header,
-                           uint32_t frameOffset) {
-    int64_t audioBytes = static_cast<int64_t>(source.sourceBytesBound) - frameOffset;
+// The playing time of `audioBytes` at the first frame's bit rate.
+uint32_t lengthFromBitRate(int64_t audioBytes, const MpegHeader& header) {
     if (header.padding != 0) {
         audioBytes -= 2;
     }
     return clampedLength(static_cast<double>(std::max<int64_t>(audioBytes, 0)) *
                          (1411.2 / header.bitRate));
+}
+
+uint32_t averageKbps(uint64_t bytes, uint64_t samples, const MpegHeader& header) {
+    if (samples == 0) {
+        return header.bitRate;
+    }
+    const double seconds = static_cast<double>(samples) / header.sampleRate;
+    return static_cast<uint32_t>(static_cast<double>(bytes) * 8 / seconds / 1000 + 0.5);
+}
+
+// The length counted by the "Xing"/"Info" frame. An encoder's delay and
+// padding are left out, as a gapless decoder leaves them out: what is heard
+// is the audio that went into the encoder.
+uint32_t lengthFromXing(const XingTag& xing, const MpegHeader& header) {
+    const uint64_t coded = static_cast<uint64_t>(xing.frames) * header.samplesPerFrame;
+    const uint64_t gap = xing.gapless ? uint64_t{xing.encoderDelay} + xing.encoderPadding : 0;
+    return lengthFromSamples(coded > gap ? coded - gap : coded, header);
+}
+
+// Works out the length and the average bit rate from the frame count the
+// first frame carries, else from walking the frames: a constant bit rate
+// times the bytes as the first header tells, a variable one by the samples.
+uint32_t measureStream(RiffFile& file, int64_t firstFrame, int64_t audioEnd,
+                       std::span<const uint8_t> frame, Mp3StreamFacts& facts) {
+    const MpegHeader& header = facts.firstHeader;
+    facts.xing =
+        parseXingTag(frame.first(std::min<std::size_t>(frame.size(), mpegFrameBytes(header))));
+    if (facts.xing.frames != 0) {
+        // The tag's own frame is among the bytes but not among the frames.
+        const uint64_t bytes = facts.xing.streamBytes != 0
+                                   ? facts.xing.streamBytes
+                                   : static_cast<uint64_t>(audioEnd - firstFrame);
+        const uint64_t audioBytes = bytes - std::min<uint64_t>(bytes, mpegFrameBytes(header));
+        facts.averageBitRate =
+            averageKbps(audioBytes, uint64_t{facts.xing.frames} * header.samplesPerFrame, header);
+        return lengthFromXing(facts.xing, header);
+    }
+    const MpegFrameWalk walk = mpegWalkFrames(file, firstFrame, audioEnd, header);
+    if (walk.constantBitRate) {
+        facts.averageBitRate = header.bitRate;
+        return lengthFromBitRate(static_cast<int64_t>(walk.frameBytes), header);
+    }
+    facts.averageBitRate = averageKbps(walk.frameBytes, walk.samples, header);
+    return lengthFromSamples(walk.samples, header);
+}
+
+// Where the audio ends: the file's end, or an ID3v1 tag's start.
+int64_t audioEndOf(RiffFile& file, const AudioSource& source) {
+    const int64_t size = file.seek(0, SEEK_END);
+    return source.id3v1Flag == 1 ? size - static_cast<int64_t>(kId3v1Bytes) : size;
 }
 
 // Opens the built-in decoder or a codec stream as the first stage. Returns
@@ -138,6 +158,7 @@ int mp3OpenSeekMp3File(const std::string& path, RiffHandle& file, uint32_t& leng
         logIfEnabled("★ﾌｧｲﾙｵｰﾌﾟﾝ失敗:mp3OpenSeekMp3File");
         return 0;
     }
+    const int64_t audioEnd = audioEndOf(*file, source);
     std::vector<uint8_t> head(kFirstFrameSearchBytes);
     const int64_t got = file->seek(startOffset, SEEK_SET) < 0
                             ? -1
@@ -147,27 +168,31 @@ int mp3OpenSeekMp3File(const std::string& path, RiffHandle& file, uint32_t& leng
         logIfEnabled("★ﾌｧｲﾙread失敗:mp3OpenSeekMp3File");
         return 0;
     }
-    head.resize(static_cast<std::size_t>(got));
+    const int64_t audioInHead = std::clamp<int64_t>(audioEnd - startOffset, 0, got);
+    head.resize(static_cast<std::size_t>(audioInHead));
+    const BufferEnd end =
+        startOffset + audioInHead == audioEnd ? BufferEnd::endOfAudio : BufferEnd::moreFollows;
     MpegLayer3Format format;
     MpegHeader header;
     uint32_t frameOffset = 0;
-    if (mp3GetHeader(head, format, header, frameOffset) != 1) {
+    if (mp3GetHeader(head, format, header, frameOffset, end) != 1) {
         file.reset();
         logIfEnabled("★mp3GetHeader失敗:mp3OpenSeekMp3File");
         return 0;
     }
-    file->seek(static_cast<int64_t>(startOffset) + frameOffset, SEEK_SET);
-
-    source.xingFrames = xingFrameCount(*file, format);
-    source.mpegHeader = header;
-    length = source.xingFrames != 0 ? lengthFromFrames(source.xingFrames, header)
-                                    : lengthFromBitRate(source, header, frameOffset);
+    const int64_t firstFrame = static_cast<int64_t>(startOffset) + frameOffset;
+    const auto frame = std::span<const uint8_t>(head).subspan(frameOffset);
+    source.mp3Facts.firstHeader = header;
+    length = measureStream(*file, firstFrame, audioEnd, frame, source.mp3Facts);
+    file->seek(firstFrame, SEEK_SET);
     source.outputLength = length;
     const auto record = encodeLayer3Format(format);
     std::copy(record.begin(), record.end(), source.sourceFormat.begin());
     source.outputFormat = format.wave;
 
-    if (mp3SelectDecoder(source, source.sourceFormat, kNativeFormat, head) != 1) {
+    // The decoders see the stream from the confirmed frame on, so that they
+    // start where the opener did rather than at a sync word in junk before it.
+    if (mp3SelectDecoder(source, source.sourceFormat, kNativeFormat, frame) != 1) {
         mp3ReleaseSource(source);
         file.reset();
         return 0;

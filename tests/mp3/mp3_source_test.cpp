@@ -203,10 +203,18 @@ void writeBytes(const std::string& path, const std::vector<uint8_t>& bytes) {
 }
 
 TEST_F(Mp3SourceTest, LengthFromTheBitRateOfAMillionAudioBytes) {
-    std::vector<uint8_t> bytes(1000000, 0);
-    bytes[0] = 0xFF;  // MPEG-1 Layer III, 128 kbit/s, 44.1 kHz, no padding
-    bytes[1] = 0xFB;
-    bytes[2] = 0x90;
+    // MPEG-1 Layer III, 128 kbit/s, 44.1 kHz: 417-byte frames, 34 of them
+    // padded to 418, a million bytes in all; the first is not padded.
+    std::vector<uint8_t> bytes;
+    for (int frame = 0; frame < 2398; ++frame) {
+        const bool padded = frame >= 2398 - 34;
+        const std::size_t start = bytes.size();
+        bytes.resize(start + (padded ? 418 : 417), 0);
+        bytes[start] = 0xFF;
+        bytes[start + 1] = 0xFB;
+        bytes[start + 2] = padded ? 0x92 : 0x90;
+    }
+    ASSERT_EQ(bytes.size(), 1000000u);
     const std::string path = (dir_ / "million.mp3").string();
     writeBytes(path, bytes);
     Opened opened;
