@@ -87,12 +87,13 @@ std::vector<uint8_t> readBody(std::FILE* stream, uint32_t size) {
     return body;
 }
 
-// Version 2.2 and 2.3 writers that unsynchronise put a 0x00 after every 0xFF
-// of the whole body; taking those out restores the frames.
-void undoUnsynchronisation(std::vector<uint8_t>& body) {
+// Version 2.2 and 2.3 writers that unsynchronise put a 0x00 after every 0xFF.
+// A frame's size counts the bytes as stored, as other players read it, so
+// each frame's data is restored after it has been taken.
+void undoUnsynchronisation(std::vector<char>& body) {
     std::size_t kept = 0;
     for (std::size_t i = 0; i < body.size(); ++i) {
-        if (!(i > 0 && body[i] == 0 && body[i - 1] == 0xFF)) {
+        if (!(i > 0 && body[i] == 0 && static_cast<uint8_t>(body[i - 1]) == 0xFF)) {
             body[kept++] = body[i];
         }
     }
@@ -129,7 +130,8 @@ bool skipExtendedHeader(std::span<const uint8_t>& rest, int majorVersion) {
 
 // Reads one frame and hands it to the dispatcher. Returns 0 when the loop
 // must stop: a short read, an oversized frame, or padding reached.
-int readFrame(Id3Tag& tag, int majorVersion, int64_t& remaining, std::span<const uint8_t>& rest) {
+int readFrame(Id3Tag& tag, int majorVersion, bool unsynchronised, int64_t& remaining,
+              std::span<const uint8_t>& rest) {
     const bool version22 = majorVersion == 2;
     std::array<uint8_t, 10> header{};
     std::span<const uint8_t> headerBytes;
@@ -150,6 +152,9 @@ int readFrame(Id3Tag& tag, int majorVersion, int64_t& remaining, std::span<const
         return 0;
     }
     std::vector<char> data(frameData.begin(), frameData.end());
+    if (unsynchronised) {
+        undoUnsynchronisation(data);
+    }
     data.push_back('\0');
     const std::string_view id = frameId(header, idLength);
     if (frameBytes > 0) {
@@ -164,17 +169,15 @@ int readFrame(Id3Tag& tag, int majorVersion, int64_t& remaining, std::span<const
 void readTagFrames(Id3Tag& tag, const std::array<uint8_t, kId3v2HeaderBytes>& header, uint32_t size,
                    std::FILE* stream) {
     const int majorVersion = header[3];
-    std::vector<uint8_t> body = readBody(stream, size);
-    if ((header[5] & kUnsynchronised) != 0 && majorVersion < 4) {
-        undoUnsynchronisation(body);
-    }
+    const std::vector<uint8_t> body = readBody(stream, size);
+    const bool unsynchronised = (header[5] & kUnsynchronised) != 0 && majorVersion < 4;
     std::span<const uint8_t> rest(body);
     if ((header[5] & kExtendedHeader) != 0 && majorVersion >= 3 &&
         !skipExtendedHeader(rest, majorVersion)) {
         return;  // the frames of this tag are skipped
     }
     int64_t remaining = size;
-    while (remaining >= 1 && readFrame(tag, majorVersion, remaining, rest) != 0) {
+    while (remaining >= 1 && readFrame(tag, majorVersion, unsynchronised, remaining, rest) != 0) {
     }
 }
 

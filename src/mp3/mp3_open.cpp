@@ -35,15 +35,6 @@ uint32_t lengthFromSamples(uint64_t samples, const MpegHeader& header) {
     return clampedLength(static_cast<double>(samples) / header.sampleRate * kNativeBytesPerSecond);
 }
 
-// The playing time of `audioBytes` at the first frame's bit rate.
-uint32_t lengthFromBitRate(int64_t audioBytes, const MpegHeader& header) {
-    if (header.padding != 0) {
-        audioBytes -= 2;
-    }
-    return clampedLength(static_cast<double>(std::max<int64_t>(audioBytes, 0)) *
-                         (1411.2 / header.bitRate));
-}
-
 uint32_t averageKbps(uint64_t bytes, uint64_t samples, const MpegHeader& header) {
     if (samples == 0) {
         return header.bitRate;
@@ -62,29 +53,29 @@ uint32_t lengthFromXing(const XingTag& xing, const MpegHeader& header) {
 }
 
 // Works out the length and the average bit rate from the frame count the
-// first frame carries, else from walking the frames: a constant bit rate
-// times the bytes as the first header tells, a variable one by the samples.
+// first frame carries, else from walking the frames. A walk counts the frames'
+// samples rather than timing the bytes at the first frame's rate, so that a
+// variable rate, junk between frames or a cut last frame give the length a
+// decoder plays. The average over a counted stream includes the tag's own
+// frame, as other players show it; an "Info" stream keeps its one rate.
 uint32_t measureStream(RiffFile& file, int64_t firstFrame, int64_t audioEnd,
                        std::span<const uint8_t> frame, Mp3StreamFacts& facts) {
     const MpegHeader& header = facts.firstHeader;
     facts.xing =
         parseXingTag(frame.first(std::min<std::size_t>(frame.size(), mpegFrameBytes(header))));
     if (facts.xing.frames != 0) {
-        // The tag's own frame is among the bytes but not among the frames.
         const uint64_t bytes = facts.xing.streamBytes != 0
                                    ? facts.xing.streamBytes
                                    : static_cast<uint64_t>(audioEnd - firstFrame);
-        const uint64_t audioBytes = bytes - std::min<uint64_t>(bytes, mpegFrameBytes(header));
         facts.averageBitRate =
-            averageKbps(audioBytes, uint64_t{facts.xing.frames} * header.samplesPerFrame, header);
+            facts.xing.constantBitRate
+                ? header.bitRate
+                : averageKbps(bytes, uint64_t{facts.xing.frames} * header.samplesPerFrame, header);
         return lengthFromXing(facts.xing, header);
     }
     const MpegFrameWalk walk = mpegWalkFrames(file, firstFrame, audioEnd, header);
-    if (walk.constantBitRate) {
-        facts.averageBitRate = header.bitRate;
-        return lengthFromBitRate(static_cast<int64_t>(walk.frameBytes), header);
-    }
-    facts.averageBitRate = averageKbps(walk.frameBytes, walk.samples, header);
+    facts.averageBitRate =
+        walk.constantBitRate ? header.bitRate : averageKbps(walk.frameBytes, walk.samples, header);
     return lengthFromSamples(walk.samples, header);
 }
 

@@ -55,6 +55,7 @@ XingTag parseXingTag(std::span<const uint8_t> frame) {
         if (rest.size() < 12) {
             return tag;
         }
+        tag.constantBitRate = startsWith(rest, "Info");
         const uint32_t flags = loadBe32(&rest[4]);
         std::size_t at = 8;
         if ((flags & kFramesPresent) != 0) {

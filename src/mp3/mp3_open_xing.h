@@ -9,9 +9,10 @@
 namespace tunebox {
 
 struct XingTag {
-    uint32_t frames = 0;       // 0 when the tag gives no frame count
-    uint32_t streamBytes = 0;  // 0 when the tag gives no byte count
-    bool gapless = false;      // the encoder's delay and padding are known
+    uint32_t frames = 0;           // 0 when the tag gives no frame count
+    uint32_t streamBytes = 0;      // 0 when the tag gives no byte count
+    bool constantBitRate = false;  // "Info": every frame has the first one's rate
+    bool gapless = false;          // the encoder's delay and padding are known
     uint32_t encoderDelay = 0;
     uint32_t encoderPadding = 0;
 };
