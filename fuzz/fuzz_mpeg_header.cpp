@@ -12,7 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     tunebox::MpegLayer3Format format;
     tunebox::MpegHeader header;
     uint32_t offset = 0;
-    tunebox::mp3GetHeader(bytes, format, header, offset);
+    tunebox::mp3GetHeader(bytes, format, header, offset, tunebox::BufferEnd::endOfAudio);
 
     tunebox::DecoderHeader decoderHeader;
     tunebox::mpegFrameLength(bytes, decoderHeader);

@@ -10,7 +10,9 @@
 
 #include "app/diagnostic_log.h"
 #include "app/settings.h"
+#include "mp3/mp3_open_xing.h"
 #include "mp3/mpeg_header.h"
+#include "mp3/mpeg_header_walk.h"
 #include "platform/format_plausibility.h"
 #include "platform/little_endian.h"
 #include "platform/native_length.h"
@@ -19,8 +21,6 @@
 namespace tunebox {
 namespace {
 
-constexpr std::size_t kXingLook = 1024;
-constexpr uint32_t kXingFramesPresent = 0x01;
 constexpr std::size_t kStageBlockSizeOffset = 24;
 
 struct FileCloser {
@@ -28,47 +28,55 @@ struct FileCloser {
 };
 using Stream = std::unique_ptr<std::FILE, FileCloser>;
 
-uint32_t loadBe32(const uint8_t* bytes) {
-    return static_cast<uint32_t>(bytes[0]) << 24 | static_cast<uint32_t>(bytes[1]) << 16 |
-           static_cast<uint32_t>(bytes[2]) << 8 | bytes[3];
-}
-
-// The frame count of a "Xing" or "Info" frame; 0 when there is none. The
-// file is left where it was.
-uint32_t xingFrameCount(RiffFile& file, const MpegLayer3Format& format) {
-    const int64_t start = file.seek(0, SEEK_CUR);
-    std::array<uint8_t, kXingLook> bytes{};
-    const int64_t got = file.read(bytes.data(), std::min<int64_t>(format.blockSize, kXingLook));
-    file.seek(start, SEEK_SET);
-    for (int64_t i = 0; i + 4 < got; ++i) {
-        const bool tag =
-            std::memcmp(&bytes[i], "Xing", 4) == 0 || std::memcmp(&bytes[i], "Info", 4) == 0;
-        if (!tag) {
-            continue;
-        }
-        if (i + 12 > got || (bytes[i + 7] & kXingFramesPresent) == 0) {
-            return 0;
-        }
-        return loadBe32(&bytes[i + 8]);
-    }
-    return 0;
-}
-
-// The frames' playing time in native-PCM bytes. The sample count is worked
-// out in 64 bits: a 32-bit count wraps at about 27 hours of audio and would
-// turn a long file into a short one.
-double lengthFromFrames(uint32_t frames, const MpegHeader& header) {
-    const uint64_t samples = uint64_t{frames} * header.samplesPerFrame;
+// The samples' playing time in native-PCM bytes, in double precision: a
+// hostile header can claim more than a 32-bit length holds, and such a
+// length is refused, never wrapped.
+double lengthFromSamples(uint64_t samples, const MpegHeader& header) {
     return static_cast<double>(samples) / header.sampleRate * kNativeBytesPerSecond;
 }
 
-double lengthFromBitRate(const AudioSource& source, const MpegHeader& header,
-                         uint32_t frameOffset) {
-    int64_t audioBytes = static_cast<int64_t>(source.sourceBytesBound) - frameOffset;
-    if (header.padding != 0) {
-        audioBytes -= 2;
+uint32_t averageKbps(uint64_t bytes, uint64_t samples, const MpegHeader& header) {
+    if (samples == 0) {
+        return header.bitRate;
     }
-    return static_cast<double>(std::max<int64_t>(audioBytes, 0)) * (1411.2 / header.bitRate);
+    const double seconds = static_cast<double>(samples) / header.sampleRate;
+    return static_cast<uint32_t>(static_cast<double>(bytes) * 8 / seconds / 1000 + 0.5);
+}
+
+// The length counted by the "Xing"/"Info" frame. An encoder's delay and
+// padding are left out, as a gapless decoder leaves them out: what is heard
+// is the audio that went into the encoder.
+double lengthFromXing(const XingTag& xing, const MpegHeader& header) {
+    const uint64_t coded = static_cast<uint64_t>(xing.frames) * header.samplesPerFrame;
+    const uint64_t gap = xing.gapless ? uint64_t{xing.encoderDelay} + xing.encoderPadding : 0;
+    return lengthFromSamples(coded > gap ? coded - gap : coded, header);
+}
+
+// Works out the length and the average bit rate from the frame count the
+// first frame carries, else from walking the frames. A walk counts the frames'
+// samples rather than timing the bytes at the first frame's rate, so that a
+// variable rate, junk between frames or a cut last frame give the length a
+// decoder plays. The average over a counted stream includes the tag's own
+// frame, as other players show it; an "Info" stream keeps its one rate.
+double measureStream(RiffFile& file, int64_t firstFrame, int64_t audioEnd,
+                       std::span<const uint8_t> frame, Mp3StreamFacts& facts) {
+    const MpegHeader& header = facts.firstHeader;
+    facts.xing =
+        parseXingTag(frame.first(std::min<std::size_t>(frame.size(), mpegFrameBytes(header))));
+    if (facts.xing.frames != 0) {
+        const uint64_t bytes = facts.xing.streamBytes != 0
+                                   ? facts.xing.streamBytes
+                                   : static_cast<uint64_t>(audioEnd - firstFrame);
+        facts.averageBitRate =
+            facts.xing.constantBitRate
+                ? header.bitRate
+                : averageKbps(bytes, uint64_t{facts.xing.frames} * header.samplesPerFrame, header);
+        return lengthFromXing(facts.xing, header);
+    }
+    const MpegFrameWalk walk = mpegWalkFrames(file, firstFrame, audioEnd, header);
+    facts.averageBitRate =
+        walk.constantBitRate ? header.bitRate : averageKbps(walk.frameBytes, walk.samples, header);
+    return lengthFromSamples(walk.samples, header);
 }
 
 // Why a stream of `format` playing `nativeBytes` cannot be opened; empty
@@ -79,6 +87,12 @@ std::string refusalOf(const WaveFormat& format, double nativeBytes) {
         reason = tooLongReason(nativeBytes);
     }
     return reason;
+}
+
+// Where the audio ends: the file's end, or an ID3v1 tag's start.
+int64_t audioEndOf(RiffFile& file, const AudioSource& source) {
+    const int64_t size = file.seek(0, SEEK_END);
+    return source.id3v1Flag == 1 ? size - static_cast<int64_t>(kId3v1Bytes) : size;
 }
 
 // Opens the built-in decoder or a codec stream as the first stage. Returns
@@ -145,6 +159,7 @@ int mp3OpenSeekMp3File(const std::string& path, RiffHandle& file, uint32_t& leng
         logIfEnabled("★ﾌｧｲﾙｵｰﾌﾟﾝ失敗:mp3OpenSeekMp3File");
         return 0;
     }
+    const int64_t audioEnd = audioEndOf(*file, source);
     std::vector<uint8_t> head(kFirstFrameSearchBytes);
     const int64_t got = file->seek(startOffset, SEEK_SET) < 0
                             ? -1
@@ -154,34 +169,37 @@ int mp3OpenSeekMp3File(const std::string& path, RiffHandle& file, uint32_t& leng
         logIfEnabled("★ﾌｧｲﾙread失敗:mp3OpenSeekMp3File");
         return 0;
     }
-    head.resize(static_cast<std::size_t>(got));
+    const int64_t audioInHead = std::clamp<int64_t>(audioEnd - startOffset, 0, got);
+    head.resize(static_cast<std::size_t>(audioInHead));
+    const BufferEnd end =
+        startOffset + audioInHead == audioEnd ? BufferEnd::endOfAudio : BufferEnd::moreFollows;
     MpegLayer3Format format;
     MpegHeader header;
     uint32_t frameOffset = 0;
-    if (mp3GetHeader(head, format, header, frameOffset) != 1) {
+    if (mp3GetHeader(head, format, header, frameOffset, end) != 1) {
         file.reset();
         logIfEnabled("★mp3GetHeader失敗:mp3OpenSeekMp3File");
         return 0;
     }
-    file->seek(static_cast<int64_t>(startOffset) + frameOffset, SEEK_SET);
-
-    source.xingFrames = xingFrameCount(*file, format);
-    source.mpegHeader = header;
-    const double nativeBytes = source.xingFrames != 0
-                                   ? lengthFromFrames(source.xingFrames, header)
-                                   : lengthFromBitRate(source, header, frameOffset);
+    const int64_t firstFrame = static_cast<int64_t>(startOffset) + frameOffset;
+    const auto frame = std::span<const uint8_t>(head).subspan(frameOffset);
+    source.mp3Facts.firstHeader = header;
+    const double nativeBytes = measureStream(*file, firstFrame, audioEnd, frame, source.mp3Facts);
     source.refusal = refusalOf(format.wave, nativeBytes);
     if (!source.refusal.empty()) {
         file.reset();
         return 0;
     }
     length = fittingNativeLength(nativeBytes).value_or(0);
+    file->seek(firstFrame, SEEK_SET);
     source.outputLength = length;
     const auto record = encodeLayer3Format(format);
     std::copy(record.begin(), record.end(), source.sourceFormat.begin());
     source.outputFormat = format.wave;
 
-    if (mp3SelectDecoder(source, source.sourceFormat, kNativeFormat, head) != 1) {
+    // The decoders see the stream from the confirmed frame on, so that they
+    // start where the opener did rather than at a sync word in junk before it.
+    if (mp3SelectDecoder(source, source.sourceFormat, kNativeFormat, frame) != 1) {
         mp3ReleaseSource(source);
         file.reset();
         return 0;

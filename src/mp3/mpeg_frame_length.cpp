@@ -66,7 +66,10 @@ bool parseHeader(std::span<const uint8_t> bytes, DecoderHeader& header) {
     header.copyright = bitsOf(bytes[3], 3, 3);
     header.original = bitsOf(bytes[3], 2, 2);
     header.emphasis = bitsOf(bytes[3], 1, 0);
-    return header.layer >= 1;
+    // The 11-bit sync followed by an ID bit of 1 is the reserved version,
+    // which the opener refuses too.
+    const bool reservedVersion = header.versionKind == 2 && header.id == 1;
+    return header.layer >= 1 && !reservedVersion;
 }
 
 // Walks frames of length `candidate` (plus each frame's padding slot) and

@@ -26,6 +26,19 @@ uint64_t paddedEnd(const ChunkInfo& chunk) {
     return uint64_t{chunk.dataOffset} + chunk.size + (chunk.size & 1);
 }
 
+// Chunk ids are four printable characters. Where the search for a RIFF form
+// meets anything else the file is of another kind: walking on would step
+// through its bytes eight at a time (gigabytes of zeros take minutes).
+bool isChunkId(uint32_t id) {
+    for (int shift = 0; shift < 32; shift += 8) {
+        const uint32_t character = (id >> shift) & 0xFF;
+        if (character < 0x20 || character > 0x7E) {
+            return false;
+        }
+    }
+    return true;
+}
+
 bool matches(const ChunkInfo& candidate, const ChunkInfo& wanted, ChunkSearch search) {
     switch (search) {
         case ChunkSearch::findChunk:
@@ -99,6 +112,10 @@ DescendResult RiffFile::descend(ChunkInfo& chunk, const ChunkInfo* parent, Chunk
         if (result != DescendResult::found) {
             seek(start, SEEK_SET);
             return result;
+        }
+        if (search == ChunkSearch::findRiff && !isChunkId(candidate.id)) {
+            seek(start, SEEK_SET);
+            return DescendResult::notFound;
         }
         if (matches(candidate, chunk, search)) {
             const uint64_t data =

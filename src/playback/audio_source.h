@@ -10,7 +10,7 @@
 #include "mp3/acm_stage.h"
 #include "mp3/builtin_decoder_feed.h"
 #include "mp3/id3_tag.h"
-#include "mp3/mpeg_header.h"
+#include "mp3/mp3_stream_facts.h"
 #include "platform/wave_format.h"
 
 namespace tunebox {
@@ -34,9 +34,7 @@ struct AudioSource {
     Id3Tag id3Tag;
     uint32_t id3v1Flag = 0;
     uint32_t id3v2Flag = 0;
-    // What the MP3 opener found in the first frame, for `tunebox info`.
-    MpegHeader mpegHeader;
-    uint32_t xingFrames = 0;  // 0 when the file carries no frame count
+    Mp3StreamFacts mp3Facts;  // for `tunebox info`
     // Why an opener refused a file it recognised (an implausible format, a
     // length beyond 32 bits), in one phrase for the user; empty otherwise.
     std::string refusal;

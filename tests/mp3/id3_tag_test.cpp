@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "mp3/id3_text.h"
+#include "mp3/id3_v1_fields.h"
 
 namespace tunebox {
 namespace {
@@ -136,6 +137,74 @@ TEST(Id3v2, DamagedTagsNeverReadPastTheFile) {
 
     EXPECT_EQ(mp3GetId3v2(result, total, streamOf(Bytes{'I', 'D'}).get()), 0);
     EXPECT_EQ(total, 0u);
+}
+
+// What an unsynchronising writer stores: a 0x00 after every 0xFF.
+Bytes unsynchronised(const Bytes& bytes) {
+    Bytes out;
+    for (const uint8_t b : bytes) {
+        out.push_back(b);
+        if (b == 0xFF) {
+            out.push_back(0);
+        }
+    }
+    return out;
+}
+
+TEST(Id3v2, UnsynchronisedTagsAndExtendedHeadersKeepTheirTexts) {
+    // A UTF-16 title starts with the mark FF FE, which unsynchronisation breaks up.
+    const Bytes title{1, 0xFF, 0xFE, 'S', 0, 0xFF, 0x30};
+    const Bytes body = concat({frame("TIT2", title), frame("TPE1", textData("Singer"))});
+    Id3Tag result;
+    uint32_t total = 0;
+    // Frame sizes count the bytes as stored.
+    const Bytes unsynced = tag(
+        3, concat({frame("TIT2", unsynchronised(title)), frame("TPE1", textData("Singer"))}), 0x80);
+    ASSERT_EQ(mp3GetId3v2(result, total, streamOf(unsynced).get()), 1);
+    EXPECT_EQ(result.title, "S\u30FF");
+    EXPECT_EQ(result.artist, "Singer");
+    EXPECT_EQ(total, unsynced.size());
+
+    // Version 2.3: a big-endian size without its own four bytes.
+    const Bytes extended3 = concat({Bytes{0, 0, 0, 6, 0, 0, 0, 0, 0, 0}, body});
+    Id3Tag three;
+    ASSERT_EQ(mp3GetId3v2(three, total, streamOf(tag(3, extended3, 0x40)).get()), 1);
+    EXPECT_EQ(three.artist, "Singer");
+    // Version 2.4: a sync-safe size with them.
+    const Bytes extended4 = concat({Bytes{0, 0, 0, 6, 1, 0}, body});
+    Id3Tag four;
+    ASSERT_EQ(mp3GetId3v2(four, total, streamOf(tag(4, extended4, 0x40)).get()), 1);
+    EXPECT_EQ(four.artist, "Singer");
+}
+
+TEST(Id3v1, FieldsFillWhatTheId3v2TagLeftOut) {
+    std::array<uint8_t, kId3v1Bytes> block{};
+    const auto put = [&](std::size_t at, const std::string& text) {
+        std::copy(text.begin(), text.end(), block.begin() + static_cast<long>(at));
+    };
+    put(0, "TAG");
+    put(3, "Old Title                     ");  // space-padded
+    put(33, "Old Singer");
+    put(63, "Old Album");
+    put(93, "1987");
+    block[126] = 4;  // ID3v1.1 track after a NUL
+    block[127] = 17;
+    Id3Tag result;
+    result.title = "New Title";
+    id3FillFromV1(result, block);
+    EXPECT_EQ(result.title, "New Title");
+    EXPECT_EQ(result.artist, "Old Singer");
+    EXPECT_EQ(result.album, "Old Album");
+    EXPECT_EQ(result.genre, "Rock");
+    EXPECT_EQ(result.year, 1987);
+    EXPECT_EQ(result.track, 4);
+
+    Id3Tag bare;
+    put(3, "Old Title");
+    block[127] = 255;  // no genre
+    id3FillFromV1(bare, block);
+    EXPECT_EQ(bare.title, "Old Title");
+    EXPECT_EQ(bare.genre, "");
 }
 
 TEST(Id3v1, RecognisesTheTagAtTheEnd) {

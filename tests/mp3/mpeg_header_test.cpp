@@ -2,21 +2,54 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
 #include <vector>
+
+#include "mp3/mpeg_frame_header.h"
+#include "mp3/mpeg_frame_length.h"
 
 namespace tunebox {
 namespace {
 
-TEST(Mp3GetHeader, ParsesTheFirstSyncAfterGarbage) {
-    // Garbage, then MPEG-1 Layer III 128 kbit/s 44.1 kHz, padded, joint stereo.
-    const std::vector<uint8_t> bytes{0x00, 0x12, 0xFF, 0x1F, 0xFF, 0xFB, 0x92, 0x64, 0x00};
+using Bytes = std::vector<uint8_t>;
+
+// `count` frames that all carry the header bytes FF b1 b2 b3, each as long as
+// the header says, filled with a byte no sync can start from.
+Bytes frames(uint8_t b1, uint8_t b2, uint8_t b3, int count) {
+    const Bytes header{0xFF, b1, b2, b3};
+    MpegHeader parsed;
+    EXPECT_TRUE(mpegParseHeader(header, parsed));
+    Bytes bytes;
+    for (int i = 0; i < count; ++i) {
+        bytes.insert(bytes.end(), header.begin(), header.end());
+        bytes.resize(bytes.size() + mpegFrameBytes(parsed) - 4, 0x11);
+    }
+    return bytes;
+}
+
+Bytes joined(Bytes first, const Bytes& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
+int find(const Bytes& bytes, MpegHeader& header, uint32_t& offset,
+         BufferEnd end = BufferEnd::moreFollows) {
+    MpegLayer3Format format;
+    return mp3GetHeader(bytes, format, header, offset, end);
+}
+
+TEST(Mp3GetHeader, TheFirstConfirmedFrameAfterGarbage) {
+    // A lone sync in the garbage, then MPEG-1 Layer III 128 kbit/s 44.1 kHz,
+    // padded, joint stereo.
+    const Bytes bytes = joined({0x00, 0x12, 0xFF, 0xFB, 0x90, 0x00}, frames(0xFB, 0x92, 0x64, 3));
     MpegLayer3Format format;
     MpegHeader header;
     uint32_t offset = 0;
-    ASSERT_EQ(mp3GetHeader(bytes, format, header, offset), 1);
-    EXPECT_EQ(offset, 4u);
+    ASSERT_EQ(mp3GetHeader(bytes, format, header, offset, BufferEnd::moreFollows), 1);
+    EXPECT_EQ(offset, 6u);
     EXPECT_EQ(header.versionId, 3u);
     EXPECT_EQ(header.layerBit, 1u);
+    EXPECT_EQ(mpegLayerNumber(header), 3u);
     EXPECT_EQ(header.bitRate, 128u);
     EXPECT_EQ(header.sampleRate, 44100u);
     EXPECT_EQ(header.samplesPerFrame, 1152u);
@@ -33,45 +66,104 @@ TEST(Mp3GetHeader, ParsesTheFirstSyncAfterGarbage) {
     EXPECT_EQ(record[28] | record[29] << 8, 1393);
 }
 
-TEST(Mp3GetHeader, LowRateVersionsAndMono) {
+TEST(Mp3GetHeader, EveryVersionAndLayerIsNamedTimedAndMeasuredAsWhatItIs) {
     struct Case {
         uint8_t byte1, byte2, byte3;
-        uint32_t rate, bitRate, blockSize;
+        uint32_t layer, rate, bitRate, samples, frameBytes;
         uint16_t channels;
     };
     const Case cases[] = {
-        {0xF3, 0x80, 0xC0, 22050, 64, 208, 1},  // MPEG-2, 64 kbit/s, mono
-        {0xE3, 0x40, 0x00, 11025, 32, 208, 2},  // MPEG 2.5, 32 kbit/s
-        {0xE3, 0x48, 0x00, 8000, 32, 288, 2},   // MPEG 2.5 at 8 kHz (index 2)
+        {0xF3, 0x80, 0xC0, 3, 22050, 64, 576, 208, 1},    // MPEG-2, mono
+        {0xE3, 0x40, 0x00, 3, 11025, 32, 576, 208, 2},    // MPEG 2.5
+        {0xE3, 0x48, 0x00, 3, 8000, 32, 576, 288, 2},     // MPEG 2.5 at 8 kHz
+        {0xFD, 0xA0, 0x00, 2, 44100, 192, 1152, 626, 2},  // MPEG-1 Layer II
+        {0xF5, 0x80, 0x00, 2, 22050, 64, 1152, 417, 2},   // MPEG-2 Layer II
+        {0xFF, 0x92, 0x00, 1, 44100, 288, 384, 316, 2},   // MPEG-1 Layer I, padded
     };
     for (const auto& c : cases) {
-        const std::vector<uint8_t> bytes{0xFF, c.byte1, c.byte2, c.byte3, 0};
+        SCOPED_TRACE(c.rate);
         MpegLayer3Format format;
         MpegHeader header;
         uint32_t offset = 0;
-        ASSERT_EQ(mp3GetHeader(bytes, format, header, offset), 1) << c.rate;
+        ASSERT_EQ(mp3GetHeader(frames(c.byte1, c.byte2, c.byte3, 3), format, header, offset,
+                               BufferEnd::moreFollows),
+                  1);
+        EXPECT_EQ(mpegLayerNumber(header), c.layer);
         EXPECT_EQ(header.sampleRate, c.rate);
         EXPECT_EQ(header.bitRate, c.bitRate);
-        EXPECT_EQ(header.samplesPerFrame, 576u);
-        EXPECT_EQ(format.blockSize, c.blockSize) << c.rate;
+        EXPECT_EQ(header.samplesPerFrame, c.samples);
+        EXPECT_EQ(format.blockSize, c.frameBytes);
         EXPECT_EQ(format.wave.channels, c.channels);
     }
 }
 
-TEST(Mp3GetHeader, RefusesFreeFormatReservedRatesAndMissingSync) {
-    MpegLayer3Format format;
+TEST(Mp3GetHeader, AShortStreamCountsOnlyWhereTheAudioOrATagEndsIt) {
     MpegHeader header;
     uint32_t offset = 0;
-    EXPECT_EQ(mp3GetHeader(std::vector<uint8_t>{0xFF, 0xFB, 0x00, 0x00, 0}, format, header, offset),
-              0);
-    EXPECT_EQ(mp3GetHeader(std::vector<uint8_t>{0xFF, 0xFB, 0x9C, 0x00, 0}, format, header, offset),
-              0);
-    EXPECT_EQ(mp3GetHeader(std::vector<uint8_t>{0xFF, 0xEB, 0x90, 0x00, 0}, format, header, offset),
-              0);
-    EXPECT_EQ(mp3GetHeader(std::vector<uint8_t>(1000, 0), format, header, offset), 0);
-    // A sync in the last three bytes is not searched.
-    EXPECT_EQ(mp3GetHeader(std::vector<uint8_t>{0, 0xFF, 0xFB, 0x90}, format, header, offset), 0);
-    EXPECT_EQ(mp3GetHeader(std::vector<uint8_t>{0xFF}, format, header, offset), 0);
+    const Bytes one = frames(0xFB, 0x90, 0x00, 1);
+    EXPECT_EQ(find(one, header, offset, BufferEnd::endOfAudio), 1);
+    EXPECT_EQ(find(one, header, offset, BufferEnd::moreFollows), 0);
+    EXPECT_EQ(find(joined(one, {'T', 'A', 'G', 0}), header, offset), 1);
+    EXPECT_EQ(find(joined(frames(0xFB, 0x90, 0x00, 2), Bytes(3000, 0)), header, offset), 0);
+    // A cut second frame is not an end.
+    const Bytes cut(one.begin(), one.end() - 1);
+    EXPECT_EQ(find(joined(one, cut), header, offset, BufferEnd::endOfAudio), 0);
+}
+
+TEST(Mp3GetHeader, HeadersThatDisagreeOrAreReservedAreNoStream) {
+    MpegHeader header;
+    uint32_t offset = 0;
+    // 44.1 kHz, then 48 kHz, then 44.1 kHz again, each at the other's end.
+    const Bytes mixedRates =
+        joined(joined(frames(0xFB, 0x90, 0x00, 1), frames(0xFB, 0x94, 0x00, 1)),
+               frames(0xFB, 0x90, 0x00, 1));
+    EXPECT_EQ(find(mixedRates, header, offset), 0);
+    const Bytes reserved[] = {
+        {0xFF, 0xFB, 0x00, 0x00},  // free format
+        {0xFF, 0xFB, 0x9C, 0x00},  // reserved sample rate
+        {0xFF, 0xFB, 0xF0, 0x00},  // reserved bit rate
+        {0xFF, 0xEB, 0x90, 0x00},  // reserved version
+        {0xFF, 0xF9, 0x90, 0x00},  // reserved layer
+    };
+    for (const Bytes& bytes : reserved) {
+        Bytes repeated;
+        for (int i = 0; i < 600; ++i) {
+            repeated.insert(repeated.end(), bytes.begin(), bytes.end());
+        }
+        EXPECT_EQ(find(repeated, header, offset, BufferEnd::endOfAudio), 0);
+        EXPECT_FALSE(mpegParseHeader(bytes, header));
+        // The decoder's parsers refuse the same headers.
+        MpegFrameHeader decoderHeader;
+        EXPECT_EQ(parseFrameHeader(bytes, decoderHeader), 0);
+        DecoderHeader lengthHeader;
+        if (bytes[2] >> 4 != 0) {  // free format is the decoder's to search
+            EXPECT_EQ(mpegFrameLength(bytes, lengthHeader), 0u);
+        }
+    }
+    EXPECT_EQ(find(Bytes(1000, 0), header, offset), 0);
+    EXPECT_EQ(find(Bytes{0xFF}, header, offset), 0);
+}
+
+TEST(Mp3GetHeader, RandomBytesAreNeverAStream) {
+    std::mt19937 random(20261123);
+    std::uniform_int_distribution<int> byte(0, 255);
+    int lonePassableHeaders = 0;
+    for (int file = 0; file < 2000; ++file) {
+        Bytes bytes(1000);
+        for (auto& b : bytes) {
+            b = static_cast<uint8_t>(byte(random));
+        }
+        for (std::size_t i = 0; i + 4 <= bytes.size(); ++i) {
+            MpegHeader header;
+            lonePassableHeaders +=
+                mpegParseHeader(Bytes(bytes.begin() + i, bytes.begin() + i + 4), header);
+        }
+        MpegHeader header;
+        uint32_t offset = 0;
+        ASSERT_EQ(find(bytes, header, offset, BufferEnd::endOfAudio), 0) << "file " << file;
+    }
+    // The search did meet headers that pass alone: the chain refused them.
+    EXPECT_GT(lonePassableHeaders, 100);
 }
 
 }  // namespace

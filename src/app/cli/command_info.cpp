@@ -4,6 +4,7 @@
 
 #include "app/cli/commands.h"
 #include "app/cli/input_checks.h"
+#include "mp3/id3_v1_fields.h"
 #include "playback/wav_length.h"
 
 namespace tunebox::cli {
@@ -22,23 +23,41 @@ const char* mpegVersionName(uint32_t versionId) {
     }
 }
 
-void printMp3(const AudioSource& source) {
-    const MpegHeader& header = source.mpegHeader;
-    std::cout << "mpeg: " << mpegVersionName(header.versionId) << " Layer III, " << header.bitRate
-              << " kbit/s, " << header.sampleRate << " Hz, " << (header.channelMode == 3 ? 1 : 2)
-              << " channels\n";
-    if (source.xingFrames != 0) {
-        std::cout << "frames (Xing): " << source.xingFrames << "\n";
+void printMpegStream(const Mp3StreamFacts& facts) {
+    const MpegHeader& header = facts.firstHeader;
+    const bool variable = facts.averageBitRate != header.bitRate;
+    std::cout << "mpeg: " << mpegVersionName(header.versionId) << " Layer "
+              << std::string(mpegLayerNumber(header), 'I') << ", " << facts.averageBitRate
+              << (variable ? " kbit/s average, " : " kbit/s, ") << header.sampleRate << " Hz, "
+              << (header.channelMode == 3 ? 1 : 2) << " channels\n";
+    if (facts.xing.frames != 0) {
+        std::cout << "frames (Xing): " << facts.xing.frames << "\n";
     }
-    std::cout << "decoder: " << (source.ownDecoderFlag == 1 ? "built-in" : "system codec")
-              << (source.conversionStages == 2 ? ", then resampled" : "") << "\n";
+    if (facts.xing.gapless) {
+        std::cout << "gapless: " << facts.xing.encoderDelay << " samples of encoder delay, "
+                  << facts.xing.encoderPadding << " of padding left out\n";
+    }
+}
+
+// ID3v2 texts first; an ID3v1 tag fills what they leave out.
+void printTags(const AudioSource& source) {
     if (source.id3v2Flag == 0 && source.id3v1Flag == 0) {
         return;
     }
-    const Id3Tag& tag = source.id3Tag;
+    Id3Tag tag = source.id3v2Flag == 1 ? source.id3Tag : Id3Tag{};
+    if (source.id3v1Flag == 1) {
+        id3FillFromV1(tag, source.id3v1);
+    }
     std::cout << "title: " << tag.title << "\nartist: " << tag.artist << "\nalbum: " << tag.album
               << "\ncomposer: " << tag.composer << "\ngenre: " << tag.genre
               << "\nyear: " << tag.year << "\ntrack: " << tag.track << "\n";
+}
+
+void printMp3(const AudioSource& source) {
+    printMpegStream(source.mp3Facts);
+    std::cout << "decoder: " << (source.ownDecoderFlag == 1 ? "built-in" : "system codec")
+              << (source.conversionStages == 2 ? ", then resampled" : "") << "\n";
+    printTags(source);
 }
 
 void printSource(const std::string& path, const AudioSource& source, uint32_t length) {
@@ -50,7 +69,7 @@ void printSource(const std::string& path, const AudioSource& source, uint32_t le
               << " bits, extra " << format.extraSize << "\n"
               << "reading: " << (source.conversionFlag == 1 ? "converted" : "direct") << "\n"
               << "length: " << length << " bytes, " << formatSectorTime(length) << "\n";
-    if (source.mpegHeader.sampleRate != 0) {
+    if (source.mp3Facts.firstHeader.sampleRate != 0) {
         printMp3(source);
     }
 }

@@ -2,11 +2,15 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <fstream>
 #include <iostream>
+#include <vector>
 
 #include "app/cli/commands.h"
 #include "app/cli/opened_source.h"
 #include "app/cli/path_kind.h"
+#include "mp3/foreign_audio_format.h"
 #include "platform/file_identity.h"
 #include "playback/wav_length.h"
 #include "playback/wav_reader.h"
@@ -23,10 +27,22 @@ std::optional<std::string> inputRefusal(const std::string& path) {
     return regularFileProblem(path);
 }
 
+namespace {
+
+std::vector<uint8_t> fileHead(const std::string& path) {
+    std::vector<uint8_t> head(kForeignFormatHeadBytes);
+    std::ifstream in(path, std::ios::binary);
+    in.read(reinterpret_cast<char*>(head.data()), static_cast<std::streamsize>(head.size()));
+    head.resize(static_cast<std::size_t>(std::max<std::streamsize>(in.gcount(), 0)));
+    return head;
+}
+
+}  // namespace
+
 std::string openRefusal(const std::string& path) {
     // An opener that refuses a file outright (an absurd format or length)
     // keeps its reason; otherwise the WAVE reader, run once more on its own,
-    // tells where it stopped.
+    // tells where it stopped, and a file of another known kind is named.
     uint32_t length = 0;
     AudioSource opened;
     if (wavGetLengthInto(path, opened, length) != 1 && !opened.refusal.empty()) {
@@ -36,7 +52,14 @@ std::string openRefusal(const std::string& path) {
     AudioSource source;
     const WavOpenStatus status = wavExamineWaveFile(path, file, length, source);
     wavCloseSource(file, source);
-    return refusalText(classifyRefusal(pathKindOf(path), status));
+    const WavRefusal refusal = classifyRefusal(pathKindOf(path), status);
+    if (refusal == WavRefusal::notWave) {
+        const std::string_view kind = foreignAudioFormat(fileHead(path));
+        if (!kind.empty()) {
+            return std::string(kind) + " is not supported";
+        }
+    }
+    return refusalText(refusal);
 }
 
 std::optional<std::string> accompanimentRefusal(const std::string& path, uint32_t& length) {

@@ -1,0 +1,19 @@
+#pragma once
+// What the MP3 opener learnt about a stream beyond what decoding needs: its
+// first header, its "Xing"/"Info" tag and its average bit rate. `tunebox info`
+// shows them; the player does not read them.
+
+#include <cstdint>
+
+#include "mp3/mp3_open_xing.h"
+#include "mp3/mpeg_header.h"
+
+namespace tunebox {
+
+struct Mp3StreamFacts {
+    MpegHeader firstHeader;  // sample rate 0 when no MP3 stream was opened
+    XingTag xing;
+    uint32_t averageBitRate = 0;  // kbit/s over the whole stream
+};
+
+}  // namespace tunebox
