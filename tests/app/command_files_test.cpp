@@ -14,7 +14,6 @@ namespace tunebox {
 namespace {
 
 constexpr const char* kVirtual = "export TUNEBOX_AUDIO=virtual TUNEBOX_VIRTUAL_SPEED=10\n";
-constexpr const char* kSong = "sox -n -r 44100 -c 2 -b 16 song.wav synth 1 sine 440\n";
 constexpr const char* kSongMp3 =
     "sox -n -r 44100 -c 2 -b 16 song.wav synth 1 sine 440\nlame --quiet song.wav song.mp3\n";
 
