@@ -48,6 +48,42 @@ int feedSecondStage(AudioSource& source, uint8_t* destination, uint32_t requeste
     return mp3AcmCvtBufSet(second, destination, requested, endFlag, produced);
 }
 
+// Reads the next block of the file into the first stage's source buffer,
+// zero-filling a short last block. Returns false when there was none.
+bool readBlock(RiffFile& file, AudioSource& source, uint32_t block, uint32_t& endFlag, int& more) {
+    AcmStage& first = source.acm;
+    const int64_t position = file.seek(0, SEEK_CUR);
+    int64_t toRead = block;
+    if (position < 0 || source.sourceDataSize < position + block) {
+        toRead = position >= 0 && position < source.sourceDataSize
+                     ? source.sourceDataSize - position
+                     : 0;
+        more = 0;
+        endFlag = 1;
+        if (toRead == 0) {
+            return false;
+        }
+    }
+    toRead = clampLogged(static_cast<uint32_t>(toRead), first.sourceBufferSize,
+                         "★mp3AcmRead:rqsize=%ld");
+    const int64_t got = file.read(first.sourceBuffer.get(), toRead);
+    if (got < 0) {
+        endFlag = 1;
+        return false;
+    }
+    if (got != block) {
+        more = 0;
+        endFlag = 1;
+        std::fill(first.sourceBuffer.get() + got, first.sourceBuffer.get() + first.sourceBufferSize,
+                  uint8_t{0});
+    }
+    first.acmhead.sourceLength = static_cast<uint32_t>(got);
+    if (source.ownDecoderFlag == 1) {
+        mp3NoteMyDecoderBlock(source.mx, position, static_cast<uint32_t>(got));
+    }
+    return true;
+}
+
 }  // namespace
 
 int mp3AcmReadOldBuf(AcmStage& stage, uint8_t* destination, uint32_t requested,
@@ -121,33 +157,12 @@ int mp3AcmRead(RiffFile& file, uint8_t* destination, uint32_t& count, uint32_t r
     source.acm2.oldbyte = 0;
 
     for (int more = 1; more == 1;) {
-        const int64_t position = file.seek(0, SEEK_CUR);
-        int64_t toRead = block;
-        if (position < 0 || source.sourceDataSize < position + block) {
-            toRead = position >= 0 && position < source.sourceDataSize
-                         ? source.sourceDataSize - position
-                         : 0;
-            more = 0;
-            endFlag = 1;
-            if (toRead == 0) {
-                break;
-            }
-        }
-        toRead = clampLogged(static_cast<uint32_t>(toRead), first.sourceBufferSize,
-                             "★mp3AcmRead:rqsize=%ld");
-        const int64_t got = file.read(first.sourceBuffer.get(), toRead);
-        if (got < 0) {
-            endFlag = 1;
+        const bool framesWaiting = source.ownDecoderFlag == 1 && mp3MyDecoderHoldsFrame(source.mx);
+        if (framesWaiting) {
+            first.acmhead.sourceLength = 0;
+        } else if (!readBlock(file, source, block, endFlag, more)) {
             break;
         }
-        if (got != block) {
-            more = 0;
-            endFlag = 1;
-            std::fill(first.sourceBuffer.get() + got,
-                      first.sourceBuffer.get() + first.sourceBufferSize, uint8_t{0});
-        }
-        first.acmhead.sourceLength = static_cast<uint32_t>(got);
-
         const bool converted = source.ownDecoderFlag == 1
                                    ? mp3ConvertMyDecoder(source) == 1
                                    : first.stream->convert(first.acmhead) == kCodecOk;

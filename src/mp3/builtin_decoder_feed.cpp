@@ -1,9 +1,12 @@
 #include "mp3/builtin_decoder_feed.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <string>
 
 #include "app/diagnostic_log.h"
+#include "mp3/lame_tag.h"
 #include "mp3/mpeg_frame_length.h"
 #include "platform/heap.h"
 #include "platform/mpeg_codec.h"
@@ -31,6 +34,10 @@ uint32_t wholeFrameLength(std::span<const uint8_t> bytes) {
     return length + header.padding * (header.layer == 3 ? 4 : 1);
 }
 
+std::span<const uint8_t> waiting(const BuiltinDecoderState& state) {
+    return {state.accumulator.get(), state.cvtsize};
+}
+
 void dropFront(BuiltinDecoderState& state, uint32_t count) {
     std::memmove(state.accumulator.get(), state.accumulator.get() + count, state.cvtsize - count);
     state.cvtsize -= count;
@@ -52,24 +59,106 @@ uint32_t accumulate(BuiltinDecoderState& state, AcmStage& stage) {
     return appended;
 }
 
-// The length of the frame at the front, re-synchronising once on the next
-// frame start. 0 means the accumulator held no frame start at all.
-uint32_t frontFrameLength(BuiltinDecoderState& state, bool& lost) {
-    lost = false;
-    const std::span<const uint8_t> waiting(state.accumulator.get(), state.cvtsize);
-    uint32_t length = wholeFrameLength(waiting);
-    if (length >= 2) {
-        return length;
-    }
-    const long start = mpegFindFrameStart(waiting);
-    if (start < 0) {
-        state.cvtsize = 0;
+// The whole length of the frame at the front, or 0 when the bytes there do
+// not start a frame of this stream. A sync pattern inside damaged or foreign
+// data rarely repeats the stream's version, rate and channels as well.
+uint32_t streamFrameLength(const BuiltinDecoderState& state) {
+    const uint32_t length = wholeFrameLength(waiting(state));
+    MpegFrameHeader header;
+    if (length < 2 || parseFrameHeader(waiting(state), header) != 1) {
         return 0;
     }
-    dropFront(state, static_cast<uint32_t>(start));
-    length = wholeFrameLength({state.accumulator.get(), state.cvtsize});
-    lost = length < 2;
-    return length;
+    const MpegFrameHeader& stream = state.streamHeader;
+    const bool same = header.version == stream.version &&
+                      header.sampleRateIndex == stream.sampleRateIndex &&
+                      header.channels() == stream.channels();
+    return same ? length : 0;
+}
+
+void countLost(BuiltinDecoderState& state, uint32_t frames) {
+    if (frames == 0) {
+        return;
+    }
+    state.lostFrames += frames;
+    logAlways("★mp3ConvertMyDecoder:lostframes=" + std::to_string(state.lostFrames));
+}
+
+// Bytes skipped between two frames of the stream stood where frames were:
+// as many frames as they would have made are lost.
+void countSkippedBytes(BuiltinDecoderState& state) {
+    FeedPosition& position = state.position;
+    if (position.inStream && position.lastFrameLength > 0) {
+        countLost(state,
+                  (position.junkBytes + position.lastFrameLength / 2) / position.lastFrameLength);
+    }
+    position.junkBytes = 0;
+}
+
+// Drops whatever lies before the next frame of the stream. Returns that
+// frame's whole length, or 0 while too few bytes are there to tell.
+uint32_t syncedFrameLength(BuiltinDecoderState& state) {
+    while (state.cvtsize >= kFrameHeaderBytes) {
+        const uint32_t length = streamFrameLength(state);
+        if (length != 0) {
+            countSkippedBytes(state);
+            return length;
+        }
+        // The last byte may begin a header whose rest is still to come.
+        const long next = mpegFindFrameStart(waiting(state).subspan(1));
+        const uint32_t drop = next < 0 ? state.cvtsize - 1 : static_cast<uint32_t>(next) + 1;
+        dropFront(state, drop);
+        state.position.junkBytes += drop;
+    }
+    return 0;
+}
+
+uint32_t frameSamples(const BuiltinDecoderState& state) {
+    return static_cast<uint32_t>(state.streamHeader.samplesPerChannel());
+}
+
+// Decodes one frame into `out` (room for one frame's output) and returns
+// the bytes kept there. A tag frame gives nothing; a frame that cannot be
+// decoded, or whose main data lies in a reservoir never seen, gives silence
+// so that what follows keeps its time.
+uint32_t emitFrame(BuiltinDecoderState& state, std::span<const uint8_t> frame,
+                   std::span<uint8_t> out) {
+    LameTag tag;
+    if (parseLameTag(frame, tag)) {
+        if (state.position.framesTaken == 0) {
+            state.trim = GaplessTrim(tag, frameSamples(state));
+        }
+        return 0;
+    }
+    ++state.position.framesTaken;
+    std::size_t written = 0;
+    if (state.decoder->decodeFrame(frame, out, written) != 1) {
+        countLost(state, 1);
+        written = 0;
+    }
+    const uint32_t frameBytes = state.info.sizeB;
+    if (written == 0) {
+        std::fill_n(out.begin(), frameBytes, uint8_t{0});  // 16-bit silence
+    }
+    const uint32_t sampleBytes = frameBytes / frameSamples(state);
+    const KeptSamples kept = state.trim.take(frameSamples(state));
+    std::memmove(out.data(), out.data() + std::size_t{kept.first} * sampleBytes,
+                 std::size_t{kept.count} * sampleBytes);
+    return kept.count * sampleBytes;
+}
+
+// The stream was entered elsewhere than after the last block: what waits
+// belongs to another place, the reservoir and filter banks to another time.
+// Only an entry at the first frame knows its position in the music again.
+void enterStream(BuiltinDecoderState& state, bool atStart) {
+    state.decoder->reset();
+    state.trim = GaplessTrim{};
+    state.cvtsize = 0;
+    FeedPosition& position = state.position;
+    position.inStream = false;
+    position.junkBytes = 0;
+    if (atStart) {
+        position.framesTaken = 0;
+    }
 }
 
 }  // namespace
@@ -95,6 +184,7 @@ int mpegGetDecodeInfo(BuiltinDecoderState& state, std::span<const uint8_t> first
     if (parseFrameHeader(firstBytes.subspan(offset), frame) != 1) {
         return 0;
     }
+    state.streamHeader = frame;
     state.decoder = std::make_unique<MpegAudioDecoder>();
     state.decoder->configure(options);
     const MpegOutputDescription& output = setup.description;
@@ -136,42 +226,62 @@ int mp3OpenMyDecoder(AudioSource& source, std::span<const uint8_t> firstBytes) {
     return 1;
 }
 
+void mp3NoteMyDecoderBlock(BuiltinDecoderState& state, int64_t position, uint32_t bytes) {
+    FeedPosition& feed = state.position;
+    if (feed.firstBlock < 0) {
+        feed.firstBlock = position;
+    } else if (position != feed.nextBlock && state.decoder) {
+        enterStream(state, position == feed.firstBlock);
+    }
+    feed.nextBlock = position + bytes;
+}
+
+bool mp3MyDecoderHoldsFrame(BuiltinDecoderState& state) {
+    if (!state.accumulator) {
+        return false;
+    }
+    const uint32_t length = syncedFrameLength(state);
+    return length != 0 && state.cvtsize >= length;
+}
+
+// Several frames per call, and a call with no new bytes, depart from the
+// converter's pace of one frame per block: a VBR stream's blocks (one
+// frame of the first frame's size) carry more than one frame where the
+// music is quiet, and one frame per block left them piling up in the
+// accumulator until it overflowed or the file ended with them unheard.
 int mp3ConvertMyDecoder(AudioSource& source) {
     BuiltinDecoderState& state = source.mx;
     AcmStage& stage = source.acm;
     const uint32_t appended = accumulate(state, stage);
-
-    bool lost = false;
-    const uint32_t length = frontFrameLength(state, lost);
-    if (length < 2) {
-        if (!lost) {
-            return 1;
+    if (!state.decoder) {
+        state.cvtsize = 0;
+        return 0;
+    }
+    const std::span<uint8_t> destination(stage.destinationBuffer.get(), stage.destinationSize);
+    uint32_t taken = 0;
+    uint32_t written = 0;
+    while (written + state.info.sizeB <= destination.size()) {
+        const uint32_t length = syncedFrameLength(state);
+        if (length == 0 || state.cvtsize < length) {
+            break;  // the frame is not whole yet
         }
-        state.cvtsize = 0;
-        stage.acmhead.sourceLengthUsed = appended;
-        return 0;
+        uint32_t frameBytes = length;
+        if (frameBytes > stage.sourceBufferSize) {
+            logCount("★mp3ConvertMyDecoder:fsize=%ld", static_cast<long>(frameBytes));
+            frameBytes = stage.sourceBufferSize;
+        }
+        std::memcpy(stage.sourceBuffer.get(), state.accumulator.get(), frameBytes);
+        stage.acmhead.sourceLength = frameBytes;
+        dropFront(state, length);
+        taken += length;
+        state.position.inStream = true;
+        state.position.lastFrameLength = length;
+        written += emitFrame(state, {stage.sourceBuffer.get(), frameBytes},
+                             destination.subspan(written, state.info.sizeB));
     }
-    if (state.cvtsize < length) {
-        return 1;  // the frame is not whole yet
-    }
-    uint32_t frameBytes = length;
-    if (frameBytes > stage.sourceBufferSize) {
-        logCount("★mp3ConvertMyDecoder:fsize=%ld", static_cast<long>(frameBytes));
-        frameBytes = stage.sourceBufferSize;
-    }
-    std::memcpy(stage.sourceBuffer.get(), state.accumulator.get(), frameBytes);
-    stage.acmhead.sourceLength = frameBytes;
-    dropFront(state, length);
-
-    std::size_t written = 0;
-    if (state.decoder->decodeFrame({stage.sourceBuffer.get(), frameBytes},
-                                   {stage.destinationBuffer.get(), stage.destinationSize},
-                                   written) != 1) {
-        state.cvtsize = 0;
-        stage.acmhead.sourceLengthUsed = appended;
-        return 0;
-    }
-    stage.acmhead.destinationLengthUsed = static_cast<uint32_t>(written);
+    // A call on frames that were already waiting consumed those.
+    stage.acmhead.sourceLengthUsed = appended != 0 ? appended : taken;
+    stage.acmhead.destinationLengthUsed = written;
     return 1;
 }
 

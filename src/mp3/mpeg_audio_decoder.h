@@ -61,6 +61,7 @@ class MpegAudioDecoder {
   private:
     void decodeGranule(int granule);
     bool takeMainData(std::span<const uint8_t> frameMainData, int mainDataBegin);
+    void keepInReservoir(std::span<const uint8_t> frameMainData);
     template <typename Sample>
     std::size_t decodeStreamInto(std::span<const uint8_t> bytes, std::vector<Sample>& out);
 
