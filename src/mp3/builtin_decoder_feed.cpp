@@ -59,13 +59,14 @@ uint32_t accumulate(BuiltinDecoderState& state, AcmStage& stage) {
     return appended;
 }
 
-// The whole length of the frame at the front, or 0 when the bytes there do
+// The whole length of the frame at `offset`, or 0 when the bytes there do
 // not start a frame of this stream. A sync pattern inside damaged or foreign
 // data rarely repeats the stream's version, rate and channels as well.
-uint32_t streamFrameLength(const BuiltinDecoderState& state) {
-    const uint32_t length = wholeFrameLength(waiting(state));
+uint32_t streamFrameLength(const BuiltinDecoderState& state, uint32_t offset) {
+    const std::span<const uint8_t> bytes = waiting(state).subspan(offset);
+    const uint32_t length = wholeFrameLength(bytes);
     MpegFrameHeader header;
-    if (length < 2 || parseFrameHeader(waiting(state), header) != 1) {
+    if (length < 2 || parseFrameHeader(bytes, header) != 1) {
         return 0;
     }
     const MpegFrameHeader& stream = state.streamHeader;
@@ -73,6 +74,28 @@ uint32_t streamFrameLength(const BuiltinDecoderState& state) {
                       header.sampleRateIndex == stream.sampleRateIndex &&
                       header.channels() == stream.channels();
     return same ? length : 0;
+}
+
+// The next frame of the stream in the accumulator: the bytes before it and
+// its whole length (0 while no frame can be told yet; the bytes before
+// that are not a frame whatever follows).
+struct NextFrame {
+    uint32_t offset = 0;
+    uint32_t length = 0;
+};
+
+NextFrame findStreamFrame(const BuiltinDecoderState& state) {
+    uint32_t offset = 0;
+    while (offset + kFrameHeaderBytes <= state.cvtsize) {
+        const uint32_t length = streamFrameLength(state, offset);
+        if (length != 0) {
+            return {offset, length};
+        }
+        // The last byte may begin a header whose rest is still to come.
+        const long next = mpegFindFrameStart(waiting(state).subspan(offset + 1));
+        offset = next < 0 ? state.cvtsize - 1 : offset + 1 + static_cast<uint32_t>(next);
+    }
+    return {offset, 0};
 }
 
 void countLost(BuiltinDecoderState& state, uint32_t frames) {
@@ -84,12 +107,20 @@ void countLost(BuiltinDecoderState& state, uint32_t frames) {
 }
 
 // Bytes skipped between two frames of the stream stood where frames were:
-// as many frames as they would have made are lost.
+// as many frames as they would have made are lost, and owe their silence.
 void countSkippedBytes(BuiltinDecoderState& state) {
     FeedPosition& position = state.position;
     if (position.inStream && position.lastFrameLength > 0) {
-        countLost(state,
-                  (position.junkBytes + position.lastFrameLength / 2) / position.lastFrameLength);
+        const uint32_t frames =
+            (position.junkBytes + position.lastFrameLength / 2) / position.lastFrameLength;
+        countLost(state, frames);
+        position.silentFramesOwed += frames;
+        if (frames > 0) {
+            // The lost frames' main data is gone: a frame reaching back into
+            // it gives silence rather than noise.
+            state.decoder->forgetReservoir();
+            position.reservoirLost = true;
+        }
     }
     position.junkBytes = 0;
 }
@@ -97,23 +128,32 @@ void countSkippedBytes(BuiltinDecoderState& state) {
 // Drops whatever lies before the next frame of the stream. Returns that
 // frame's whole length, or 0 while too few bytes are there to tell.
 uint32_t syncedFrameLength(BuiltinDecoderState& state) {
-    while (state.cvtsize >= kFrameHeaderBytes) {
-        const uint32_t length = streamFrameLength(state);
-        if (length != 0) {
-            countSkippedBytes(state);
-            return length;
-        }
-        // The last byte may begin a header whose rest is still to come.
-        const long next = mpegFindFrameStart(waiting(state).subspan(1));
-        const uint32_t drop = next < 0 ? state.cvtsize - 1 : static_cast<uint32_t>(next) + 1;
-        dropFront(state, drop);
-        state.position.junkBytes += drop;
+    const NextFrame next = findStreamFrame(state);
+    dropFront(state, next.offset);
+    state.position.junkBytes += next.offset;
+    if (next.length != 0) {
+        countSkippedBytes(state);
     }
-    return 0;
+    return next.length;
 }
 
 uint32_t frameSamples(const BuiltinDecoderState& state) {
     return static_cast<uint32_t>(state.streamHeader.samplesPerChannel());
+}
+
+// Keeps of the frame's output at the start of `out` what the gapless trim
+// keeps, at the start of `out`. Returns its bytes.
+uint32_t keepTrimmed(BuiltinDecoderState& state, std::span<uint8_t> out) {
+    const uint32_t sampleBytes = state.info.sizeB / frameSamples(state);
+    const KeptSamples kept = state.trim.take(frameSamples(state));
+    std::memmove(out.data(), out.data() + std::size_t{kept.first} * sampleBytes,
+                 std::size_t{kept.count} * sampleBytes);
+    return kept.count * sampleBytes;
+}
+
+uint32_t emitSilence(BuiltinDecoderState& state, std::span<uint8_t> out) {
+    std::fill_n(out.begin(), state.info.sizeB, uint8_t{0});  // 16-bit silence
+    return keepTrimmed(state, out);
 }
 
 // Decodes one frame into `out` (room for one frame's output) and returns
@@ -133,17 +173,18 @@ uint32_t emitFrame(BuiltinDecoderState& state, std::span<const uint8_t> frame,
     std::size_t written = 0;
     if (state.decoder->decodeFrame(frame, out, written) != 1) {
         countLost(state, 1);
-        written = 0;
+        return emitSilence(state, out);
     }
-    const uint32_t frameBytes = state.info.sizeB;
-    if (written == 0) {
-        std::fill_n(out.begin(), frameBytes, uint8_t{0});  // 16-bit silence
+    if (written != 0) {
+        state.position.reservoirLost = false;
+        return keepTrimmed(state, out);
     }
-    const uint32_t sampleBytes = frameBytes / frameSamples(state);
-    const KeptSamples kept = state.trim.take(frameSamples(state));
-    std::memmove(out.data(), out.data() + std::size_t{kept.first} * sampleBytes,
-                 std::size_t{kept.count} * sampleBytes);
-    return kept.count * sampleBytes;
+    // After a seek the first frames may reach back before it: that loses
+    // nothing of the music asked for. After lost frames it does.
+    if (state.position.reservoirLost) {
+        countLost(state, 1);
+    }
+    return emitSilence(state, out);
 }
 
 // The stream was entered elsewhere than after the last block: what waits
@@ -156,6 +197,8 @@ void enterStream(BuiltinDecoderState& state, bool atStart) {
     FeedPosition& position = state.position;
     position.inStream = false;
     position.junkBytes = 0;
+    position.silentFramesOwed = 0;
+    position.reservoirLost = false;
     if (atStart) {
         position.framesTaken = 0;
     }
@@ -236,12 +279,13 @@ void mp3NoteMyDecoderBlock(BuiltinDecoderState& state, int64_t position, uint32_
     feed.nextBlock = position + bytes;
 }
 
-bool mp3MyDecoderHoldsFrame(BuiltinDecoderState& state) {
-    if (!state.accumulator) {
+bool mp3MyDecoderHoldsFrame(const BuiltinDecoderState& state) {
+    if (!state.accumulator || !state.decoder) {
         return false;
     }
-    const uint32_t length = syncedFrameLength(state);
-    return length != 0 && state.cvtsize >= length;
+    const NextFrame next = findStreamFrame(state);
+    return state.position.silentFramesOwed > 0 ||
+           (next.length != 0 && state.cvtsize >= next.offset + next.length);
 }
 
 // Several frames per call, and a call with no new bytes, depart from the
@@ -258,10 +302,16 @@ int mp3ConvertMyDecoder(AudioSource& source) {
         return 0;
     }
     const std::span<uint8_t> destination(stage.destinationBuffer.get(), stage.destinationSize);
-    uint32_t taken = 0;
+    const uint32_t waitingBefore = state.cvtsize;
     uint32_t written = 0;
     while (written + state.info.sizeB <= destination.size()) {
+        const std::span<uint8_t> out = destination.subspan(written, state.info.sizeB);
         const uint32_t length = syncedFrameLength(state);
+        if (state.position.silentFramesOwed > 0) {
+            --state.position.silentFramesOwed;
+            written += emitSilence(state, out);
+            continue;
+        }
         if (length == 0 || state.cvtsize < length) {
             break;  // the frame is not whole yet
         }
@@ -273,14 +323,17 @@ int mp3ConvertMyDecoder(AudioSource& source) {
         std::memcpy(stage.sourceBuffer.get(), state.accumulator.get(), frameBytes);
         stage.acmhead.sourceLength = frameBytes;
         dropFront(state, length);
-        taken += length;
         state.position.inStream = true;
         state.position.lastFrameLength = length;
-        written += emitFrame(state, {stage.sourceBuffer.get(), frameBytes},
-                             destination.subspan(written, state.info.sizeB));
+        written += emitFrame(state, {stage.sourceBuffer.get(), frameBytes}, out);
     }
-    // A call on frames that were already waiting consumed those.
-    stage.acmhead.sourceLengthUsed = appended != 0 ? appended : taken;
+    // A call on what already waited reports what it took from the
+    // accumulator, at least a byte when it gave output (silence owed for
+    // bytes an earlier call dropped): the read places only output that
+    // used input.
+    const uint32_t consumed = waitingBefore - state.cvtsize;
+    stage.acmhead.sourceLengthUsed =
+        appended != 0 ? appended : std::max(consumed, written != 0 ? 1u : 0u);
     stage.acmhead.destinationLengthUsed = written;
     return 1;
 }

@@ -36,7 +36,9 @@ struct FeedPosition {
     uint64_t framesTaken = 0;  // since the start of the stream
     bool inStream = false;     // a frame was taken since the stream was entered
     uint32_t lastFrameLength = 0;
-    uint32_t junkBytes = 0;  // skipped since the last frame
+    uint32_t junkBytes = 0;         // skipped since the last frame
+    uint32_t silentFramesOwed = 0;  // for skipped bytes, not yet delivered
+    bool reservoirLost = false;     // with the skipped bytes' main data
 };
 
 struct BuiltinDecoderState {
@@ -64,7 +66,7 @@ void mp3NoteMyDecoderBlock(BuiltinDecoderState& state, int64_t position, uint32_
 
 // Whether a whole frame waits in the accumulator: the read then converts it
 // before it reads on.
-bool mp3MyDecoderHoldsFrame(BuiltinDecoderState& state);
+bool mp3MyDecoderHoldsFrame(const BuiltinDecoderState& state);
 
 // Takes the block in the first stage's source buffer (it may be empty) into
 // the accumulator and decodes the whole frames there, as many as the

@@ -57,6 +57,9 @@ class MpegAudioDecoder {
     // still decoded: a damaged bit more often costs a click than silence.
     std::size_t crcMismatches() const { return crcMismatches_; }
     void reset();
+    // Drops the main data kept for later frames, which then give no output
+    // until the reservoir has filled again.
+    void forgetReservoir() { reservoir_.clear(); }
 
   private:
     void decodeGranule(int granule);
