@@ -98,8 +98,8 @@ int decode(const DecodeOptions& options) {
                   << " bytes, " << job.format.samplesPerSec << " Hz, " << job.format.channels
                   << " channels" << (builtin ? " (built-in decoder)" : "") << "\n";
         if (builtin && source.mx.lostFrames > 0) {
-            std::cerr << options.input << ": " << source.mx.lostFrames
-                      << " frames could not be decoded; silence stands in their place\n";
+            std::cerr << options.input << ": could not decode " << source.mx.lostFrames
+                      << " frames; silence stands in their place\n";
         }
     }
     return status;
