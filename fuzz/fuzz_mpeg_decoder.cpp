@@ -1,6 +1,7 @@
 // Arbitrary bytes through the Layer III decoder, both as a byte stream and as
-// one frame handed over whole. The first byte picks the set-up: rate
-// reduction (3 is out of range and clamped), output mode and frequency limit.
+// one frame handed over whole, and through the tag-frame reader. The first
+// byte picks the set-up: rate reduction (3 is out of range and clamped),
+// output mode and frequency limit.
 
 #include <array>
 #include <cstddef>
@@ -9,6 +10,7 @@
 #include <vector>
 
 #include "mp3/builtin_decoder_feed.h"
+#include "mp3/lame_tag.h"
 #include "mp3/mpeg_audio_decoder.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -22,6 +24,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
     tunebox::BuiltinDecoderState state;
     tunebox::mpegGetDecodeInfo(state, bytes);
+    tunebox::LameTag tag;
+    tunebox::parseLameTag(bytes, tag);
 
     tunebox::MpegAudioDecoder streamDecoder;
     streamDecoder.configure(options);

@@ -123,6 +123,45 @@ int drainStages(AudioSource& source, uint8_t* destination, uint32_t requested, u
                : 0;
 }
 
+enum class BlockRead { read, endOfSource, failed };
+
+// Reads the next block of the file into the first stage's source buffer,
+// zero-filling a short last block.
+BlockRead readBlock(RiffFile& file, AudioSource& source, uint32_t block, uint32_t& endFlag,
+                    int& more) {
+    AcmStage& first = source.acm;
+    const int64_t position = file.seek(0, SEEK_CUR);
+    int64_t toRead = block;
+    if (position < 0 || source.sourceDataSize < position + block) {
+        toRead = position >= 0 && position < source.sourceDataSize
+                     ? source.sourceDataSize - position
+                     : 0;
+        more = 0;
+        endFlag = 1;
+        if (toRead == 0) {
+            return BlockRead::endOfSource;
+        }
+    }
+    toRead = clampLogged(static_cast<uint32_t>(toRead), first.sourceBufferSize,
+                         "★mp3AcmRead:rqsize=%ld");
+    const int64_t got = file.read(first.sourceBuffer.get(), toRead);
+    if (got <= 0) {
+        endFlag = 1;
+        return got == 0 ? BlockRead::endOfSource : BlockRead::failed;
+    }
+    if (got != block) {
+        more = 0;
+        endFlag = 1;
+        std::fill(first.sourceBuffer.get() + got, first.sourceBuffer.get() + first.sourceBufferSize,
+                  uint8_t{0});
+    }
+    first.acmhead.sourceLength = static_cast<uint32_t>(got);
+    if (source.ownDecoderFlag == 1) {
+        mp3NoteMyDecoderBlock(source.mx, position, static_cast<uint32_t>(got));
+    }
+    return BlockRead::read;
+}
+
 }  // namespace
 
 int mp3AcmReadOldBuf(AcmStage& stage, uint8_t* destination, uint32_t requested,
@@ -173,35 +212,17 @@ int mp3AcmRead(RiffFile& file, uint8_t* destination, uint32_t& count, uint32_t r
     source.acm2.oldbyte = 0;
 
     for (int more = 1; more == 1;) {
-        const int64_t position = file.seek(0, SEEK_CUR);
-        int64_t toRead = block;
-        if (position < 0 || source.sourceDataSize < position + block) {
-            toRead = position >= 0 && position < source.sourceDataSize
-                         ? source.sourceDataSize - position
-                         : 0;
-            more = 0;
-            endFlag = 1;
-        }
-        toRead = clampLogged(static_cast<uint32_t>(toRead), first.sourceBufferSize,
-                             "★mp3AcmRead:rqsize=%ld");
-        const int64_t got = toRead == 0 ? 0 : file.read(first.sourceBuffer.get(), toRead);
-        if (got < 0) {
-            endFlag = 1;
-            break;
-        }
-        if (got == 0) {
-            endFlag = 1;
+        const bool framesWaiting = source.ownDecoderFlag == 1 && mp3MyDecoderHoldsFrame(source.mx);
+        if (framesWaiting) {
+            first.acmhead.sourceLength = 0;
+        } else if (const BlockRead read = readBlock(file, source, block, endFlag, more);
+                   read != BlockRead::read) {
+            if (read == BlockRead::failed) {
+                break;
+            }
             more = drainStages(source, destination, requested, endFlag, produced, result);
             continue;
         }
-        if (got != block) {
-            more = 0;
-            endFlag = 1;
-            std::fill(first.sourceBuffer.get() + got,
-                      first.sourceBuffer.get() + first.sourceBufferSize, uint8_t{0});
-        }
-        first.acmhead.sourceLength = static_cast<uint32_t>(got);
-
         if (!convertFirstStage(source, 0)) {
             result = 0;
             break;

@@ -1,9 +1,12 @@
 #include "mp3/builtin_decoder_feed.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <string>
 
 #include "app/diagnostic_log.h"
+#include "mp3/lame_tag.h"
 #include "mp3/mpeg_frame_length.h"
 #include "platform/heap.h"
 #include "platform/mpeg_codec.h"
@@ -31,6 +34,10 @@ uint32_t wholeFrameLength(std::span<const uint8_t> bytes) {
     return length + header.padding * (header.layer == 3 ? 4 : 1);
 }
 
+std::span<const uint8_t> waiting(const BuiltinDecoderState& state) {
+    return {state.accumulator.get(), state.cvtsize};
+}
+
 void dropFront(BuiltinDecoderState& state, uint32_t count) {
     std::memmove(state.accumulator.get(), state.accumulator.get() + count, state.cvtsize - count);
     state.cvtsize -= count;
@@ -52,24 +59,149 @@ uint32_t accumulate(BuiltinDecoderState& state, AcmStage& stage) {
     return appended;
 }
 
-// The length of the frame at the front, re-synchronising once on the next
-// frame start. 0 means the accumulator held no frame start at all.
-uint32_t frontFrameLength(BuiltinDecoderState& state, bool& lost) {
-    lost = false;
-    const std::span<const uint8_t> waiting(state.accumulator.get(), state.cvtsize);
-    uint32_t length = wholeFrameLength(waiting);
-    if (length >= 2) {
-        return length;
-    }
-    const long start = mpegFindFrameStart(waiting);
-    if (start < 0) {
-        state.cvtsize = 0;
+// The whole length of the frame at `offset`, or 0 when the bytes there do
+// not start a frame of this stream. A sync pattern inside damaged or foreign
+// data rarely repeats the stream's version, rate and channels as well.
+uint32_t streamFrameLength(const BuiltinDecoderState& state, uint32_t offset) {
+    const std::span<const uint8_t> bytes = waiting(state).subspan(offset);
+    const uint32_t length = wholeFrameLength(bytes);
+    MpegFrameHeader header;
+    if (length < 2 || parseFrameHeader(bytes, header) != 1) {
         return 0;
     }
-    dropFront(state, static_cast<uint32_t>(start));
-    length = wholeFrameLength({state.accumulator.get(), state.cvtsize});
-    lost = length < 2;
-    return length;
+    const MpegFrameHeader& stream = state.streamHeader;
+    const bool same = header.version == stream.version &&
+                      header.sampleRateIndex == stream.sampleRateIndex &&
+                      header.channels() == stream.channels();
+    return same ? length : 0;
+}
+
+// The next frame of the stream in the accumulator: the bytes before it and
+// its whole length (0 while no frame can be told yet; the bytes before
+// that are not a frame whatever follows).
+struct NextFrame {
+    uint32_t offset = 0;
+    uint32_t length = 0;
+};
+
+NextFrame findStreamFrame(const BuiltinDecoderState& state) {
+    uint32_t offset = 0;
+    while (offset + kFrameHeaderBytes <= state.cvtsize) {
+        const uint32_t length = streamFrameLength(state, offset);
+        if (length != 0) {
+            return {offset, length};
+        }
+        // The last byte may begin a header whose rest is still to come.
+        const long next = mpegFindFrameStart(waiting(state).subspan(offset + 1));
+        offset = next < 0 ? state.cvtsize - 1 : offset + 1 + static_cast<uint32_t>(next);
+    }
+    return {offset, 0};
+}
+
+void countLost(BuiltinDecoderState& state, uint32_t frames) {
+    if (frames == 0) {
+        return;
+    }
+    state.lostFrames += frames;
+    logAlways("★mp3ConvertMyDecoder:lostframes=" + std::to_string(state.lostFrames));
+}
+
+// Bytes skipped between two frames of the stream stood where frames were:
+// as many frames as they would have made are lost, and owe their silence.
+void countSkippedBytes(BuiltinDecoderState& state) {
+    FeedPosition& position = state.position;
+    if (position.inStream && position.lastFrameLength > 0) {
+        const uint32_t frames =
+            (position.junkBytes + position.lastFrameLength / 2) / position.lastFrameLength;
+        countLost(state, frames);
+        position.silentFramesOwed += frames;
+        if (frames > 0) {
+            // The lost frames' main data is gone: a frame reaching back into
+            // it gives silence rather than noise.
+            state.decoder->forgetReservoir();
+            position.reservoirLost = true;
+        }
+    }
+    position.junkBytes = 0;
+}
+
+// Drops whatever lies before the next frame of the stream. Returns that
+// frame's whole length, or 0 while too few bytes are there to tell.
+uint32_t syncedFrameLength(BuiltinDecoderState& state) {
+    const NextFrame next = findStreamFrame(state);
+    dropFront(state, next.offset);
+    state.position.junkBytes += next.offset;
+    if (next.length != 0) {
+        countSkippedBytes(state);
+    }
+    return next.length;
+}
+
+uint32_t frameSamples(const BuiltinDecoderState& state) {
+    return static_cast<uint32_t>(state.streamHeader.samplesPerChannel());
+}
+
+// Keeps of the frame's output at the start of `out` what the gapless trim
+// keeps, at the start of `out`. Returns its bytes.
+uint32_t keepTrimmed(BuiltinDecoderState& state, std::span<uint8_t> out) {
+    const uint32_t sampleBytes = state.info.sizeB / frameSamples(state);
+    const KeptSamples kept = state.trim.take(frameSamples(state));
+    std::memmove(out.data(), out.data() + std::size_t{kept.first} * sampleBytes,
+                 std::size_t{kept.count} * sampleBytes);
+    return kept.count * sampleBytes;
+}
+
+uint32_t emitSilence(BuiltinDecoderState& state, std::span<uint8_t> out) {
+    std::fill_n(out.begin(), state.info.sizeB, uint8_t{0});  // 16-bit silence
+    return keepTrimmed(state, out);
+}
+
+// Decodes one frame into `out` (room for one frame's output) and returns
+// the bytes kept there. A tag frame gives nothing; a frame that cannot be
+// decoded, or whose main data lies in a reservoir never seen, gives silence
+// so that what follows keeps its time.
+uint32_t emitFrame(BuiltinDecoderState& state, std::span<const uint8_t> frame,
+                   std::span<uint8_t> out) {
+    LameTag tag;
+    if (parseLameTag(frame, tag)) {
+        if (state.position.framesTaken == 0) {
+            state.trim = GaplessTrim(tag, frameSamples(state));
+        }
+        return 0;
+    }
+    ++state.position.framesTaken;
+    std::size_t written = 0;
+    if (state.decoder->decodeFrame(frame, out, written) != 1) {
+        countLost(state, 1);
+        return emitSilence(state, out);
+    }
+    if (written != 0) {
+        state.position.reservoirLost = false;
+        return keepTrimmed(state, out);
+    }
+    // After a seek the first frames may reach back before it: that loses
+    // nothing of the music asked for. After lost frames it does.
+    if (state.position.reservoirLost) {
+        countLost(state, 1);
+    }
+    return emitSilence(state, out);
+}
+
+// The stream was entered elsewhere than after the last block: what waits
+// belongs to another place, the reservoir and filter banks to another time.
+// Only an entry at the first frame knows its position in the music again.
+void enterStream(BuiltinDecoderState& state, bool atStart) {
+    state.decoder->reset();
+    state.trim = GaplessTrim{};
+    state.cvtsize = 0;
+    FeedPosition& position = state.position;
+    position.inStream = false;
+    position.junkBytes = 0;
+    position.silentFramesOwed = 0;
+    position.reservoirLost = false;
+    if (atStart) {
+        position.framesTaken = 0;
+    }
 }
 
 }  // namespace
@@ -95,6 +227,7 @@ int mpegGetDecodeInfo(BuiltinDecoderState& state, std::span<const uint8_t> first
     if (parseFrameHeader(firstBytes.subspan(offset), frame) != 1) {
         return 0;
     }
+    state.streamHeader = frame;
     state.decoder = std::make_unique<MpegAudioDecoder>();
     state.decoder->configure(options);
     const MpegOutputDescription& output = setup.description;
@@ -136,42 +269,72 @@ int mp3OpenMyDecoder(AudioSource& source, std::span<const uint8_t> firstBytes) {
     return 1;
 }
 
+void mp3NoteMyDecoderBlock(BuiltinDecoderState& state, int64_t position, uint32_t bytes) {
+    FeedPosition& feed = state.position;
+    if (feed.firstBlock < 0) {
+        feed.firstBlock = position;
+    } else if (position != feed.nextBlock && state.decoder) {
+        enterStream(state, position == feed.firstBlock);
+    }
+    feed.nextBlock = position + bytes;
+}
+
+bool mp3MyDecoderHoldsFrame(const BuiltinDecoderState& state) {
+    if (!state.accumulator || !state.decoder) {
+        return false;
+    }
+    const NextFrame next = findStreamFrame(state);
+    return state.position.silentFramesOwed > 0 ||
+           (next.length != 0 && state.cvtsize >= next.offset + next.length);
+}
+
+// Several frames per call, and a call with no new bytes, depart from the
+// converter's pace of one frame per block: a VBR stream's blocks (one
+// frame of the first frame's size) carry more than one frame where the
+// music is quiet, and one frame per block left them piling up in the
+// accumulator until it overflowed or the file ended with them unheard.
 int mp3ConvertMyDecoder(AudioSource& source) {
     BuiltinDecoderState& state = source.mx;
     AcmStage& stage = source.acm;
     const uint32_t appended = accumulate(state, stage);
-
-    bool lost = false;
-    const uint32_t length = frontFrameLength(state, lost);
-    if (length < 2) {
-        if (!lost) {
-            return 1;
+    if (!state.decoder) {
+        state.cvtsize = 0;
+        return 0;
+    }
+    const std::span<uint8_t> destination(stage.destinationBuffer.get(), stage.destinationSize);
+    const uint32_t waitingBefore = state.cvtsize;
+    uint32_t written = 0;
+    while (written + state.info.sizeB <= destination.size()) {
+        const std::span<uint8_t> out = destination.subspan(written, state.info.sizeB);
+        const uint32_t length = syncedFrameLength(state);
+        if (state.position.silentFramesOwed > 0) {
+            --state.position.silentFramesOwed;
+            written += emitSilence(state, out);
+            continue;
         }
-        state.cvtsize = 0;
-        stage.acmhead.sourceLengthUsed = appended;
-        return 0;
+        if (length == 0 || state.cvtsize < length) {
+            break;  // the frame is not whole yet
+        }
+        uint32_t frameBytes = length;
+        if (frameBytes > stage.sourceBufferSize) {
+            logCount("★mp3ConvertMyDecoder:fsize=%ld", static_cast<long>(frameBytes));
+            frameBytes = stage.sourceBufferSize;
+        }
+        std::memcpy(stage.sourceBuffer.get(), state.accumulator.get(), frameBytes);
+        stage.acmhead.sourceLength = frameBytes;
+        dropFront(state, length);
+        state.position.inStream = true;
+        state.position.lastFrameLength = length;
+        written += emitFrame(state, {stage.sourceBuffer.get(), frameBytes}, out);
     }
-    if (state.cvtsize < length) {
-        return 1;  // the frame is not whole yet
-    }
-    uint32_t frameBytes = length;
-    if (frameBytes > stage.sourceBufferSize) {
-        logCount("★mp3ConvertMyDecoder:fsize=%ld", static_cast<long>(frameBytes));
-        frameBytes = stage.sourceBufferSize;
-    }
-    std::memcpy(stage.sourceBuffer.get(), state.accumulator.get(), frameBytes);
-    stage.acmhead.sourceLength = frameBytes;
-    dropFront(state, length);
-
-    std::size_t written = 0;
-    if (state.decoder->decodeFrame({stage.sourceBuffer.get(), frameBytes},
-                                   {stage.destinationBuffer.get(), stage.destinationSize},
-                                   written) != 1) {
-        state.cvtsize = 0;
-        stage.acmhead.sourceLengthUsed = appended;
-        return 0;
-    }
-    stage.acmhead.destinationLengthUsed = static_cast<uint32_t>(written);
+    // A call on what already waited reports what it took from the
+    // accumulator, at least a byte when it gave output (silence owed for
+    // bytes an earlier call dropped): the read places only output that
+    // used input.
+    const uint32_t consumed = waitingBefore - state.cvtsize;
+    stage.acmhead.sourceLengthUsed =
+        appended != 0 ? appended : std::max(consumed, written != 0 ? 1u : 0u);
+    stage.acmhead.destinationLengthUsed = written;
     return 1;
 }
 

@@ -8,6 +8,7 @@
 #include <span>
 
 #include "mp3/acm_stage.h"
+#include "mp3/gapless_trim.h"
 #include "mp3/mpeg_audio_decoder.h"
 
 namespace tunebox {
@@ -26,11 +27,30 @@ struct DecodeInfo {
     uint32_t sizeB = 0;
 };
 
+// Where the feed stands in the stream: the file position the next block
+// continues from (a block elsewhere means the file was sought), and how far
+// the frames have come since the stream was entered.
+struct FeedPosition {
+    int64_t firstBlock = -1;
+    int64_t nextBlock = -1;
+    uint64_t framesTaken = 0;  // since the start of the stream
+    bool inStream = false;     // a frame was taken since the stream was entered
+    uint32_t lastFrameLength = 0;
+    uint32_t junkBytes = 0;         // skipped since the last frame
+    uint32_t silentFramesOwed = 0;  // for skipped bytes, not yet delivered
+    bool reservoirLost = false;     // with the skipped bytes' main data
+};
+
 struct BuiltinDecoderState {
     std::unique_ptr<MpegAudioDecoder> decoder;
     HeapBytes accumulator;  // kDecoderAccumulatorBytes
     uint32_t cvtsize = 0;   // bytes waiting in the accumulator
     DecodeInfo info;
+    MpegFrameHeader streamHeader;  // the first frame's: later frames must agree
+    GaplessTrim trim;
+    FeedPosition position;
+    // Frames that could not be decoded; each left a frame of silence.
+    uint32_t lostFrames = 0;
 };
 
 // Sets the decoder up from the first bytes of the stream. Returns 1 or 0
@@ -40,9 +60,18 @@ int mpegGetDecodeInfo(BuiltinDecoderState& state, std::span<const uint8_t> first
 // Opens the built-in path as the source's first stage. Returns 1 or 0.
 int mp3OpenMyDecoder(AudioSource& source, std::span<const uint8_t> firstBytes);
 
-// Takes the block in the first stage's source buffer into the accumulator and
-// decodes one frame when a whole one is there. Returns 1, or 0 when a frame
-// could not be found or decoded.
+// Tells the feed where in the file the next block was read, so that a seek
+// starts the stream afresh.
+void mp3NoteMyDecoderBlock(BuiltinDecoderState& state, int64_t position, uint32_t bytes);
+
+// Whether a whole frame waits in the accumulator: the read then converts it
+// before it reads on.
+bool mp3MyDecoderHoldsFrame(const BuiltinDecoderState& state);
+
+// Takes the block in the first stage's source buffer (it may be empty) into
+// the accumulator and decodes the whole frames there, as many as the
+// destination holds. A frame that cannot be decoded leaves a frame of
+// silence and is counted. Returns 1; 0 only when the decoder is missing.
 int mp3ConvertMyDecoder(AudioSource& source);
 
 }  // namespace tunebox

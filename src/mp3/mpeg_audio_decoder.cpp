@@ -73,12 +73,16 @@ bool MpegAudioDecoder::takeMainData(std::span<const uint8_t> frameMainData, int 
         mainData_.assign(reservoir_.end() - static_cast<std::ptrdiff_t>(back), reservoir_.end());
         mainData_.insert(mainData_.end(), frameMainData.begin(), frameMainData.end());
     }
+    keepInReservoir(frameMainData);
+    return available;
+}
+
+void MpegAudioDecoder::keepInReservoir(std::span<const uint8_t> frameMainData) {
     reservoir_.insert(reservoir_.end(), frameMainData.begin(), frameMainData.end());
     if (reservoir_.size() > kReservoirBytes) {
         reservoir_.erase(reservoir_.begin(),
                          reservoir_.end() - static_cast<std::ptrdiff_t>(kReservoirBytes));
     }
-    return available;
 }
 
 int MpegAudioDecoder::decodeFrame(std::span<const uint8_t> frame, std::span<uint8_t> out,
@@ -99,13 +103,16 @@ int MpegAudioDecoder::decodeFrame(std::span<const uint8_t> frame, std::span<uint
     }
     Work& work = *work_;
     BitReader sideReader(frame.subspan(sideStart, header.sideInfoBytes()));
+    const std::span<const uint8_t> frameMainData =
+        frame.subspan(mainStart, header.frameBytes() - mainStart);
     if (!readSideInfo(sideReader, header, work.sideInfo)) {
+        // Later frames may still reach back into this one's main data.
+        keepInReservoir(frameMainData);
         return 0;
     }
     header_ = header;
     setup_ = setup;
-    if (!takeMainData(frame.subspan(mainStart, header.frameBytes() - mainStart),
-                      work.sideInfo.mainDataBegin)) {
+    if (!takeMainData(frameMainData, work.sideInfo.mainDataBegin)) {
         return 1;
     }
     work.reader = BitReader(mainData_);

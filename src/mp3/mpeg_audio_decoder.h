@@ -57,10 +57,14 @@ class MpegAudioDecoder {
     // still decoded: a damaged bit more often costs a click than silence.
     std::size_t crcMismatches() const { return crcMismatches_; }
     void reset();
+    // Drops the main data kept for later frames, which then give no output
+    // until the reservoir has filled again.
+    void forgetReservoir() { reservoir_.clear(); }
 
   private:
     void decodeGranule(int granule);
     bool takeMainData(std::span<const uint8_t> frameMainData, int mainDataBegin);
+    void keepInReservoir(std::span<const uint8_t> frameMainData);
     template <typename Sample>
     std::size_t decodeStreamInto(std::span<const uint8_t> bytes, std::vector<Sample>& out);
 

@@ -40,9 +40,10 @@ TEST_F(CommandDecodeTest, BuiltinRawOutputMatchesTheConformanceReference) {
         EXPECT_NE(run.err.find("(built-in decoder)"), std::string::npos);
         const auto decoded = samplesOf(out);
         const auto reference = test::toSamples(test::readBytes(streams_ + name + ".pcm"));
-        // One frame is decoded per block read, so the last frames may be missing.
-        ASSERT_GT(decoded.size(), reference.size() * 9 / 10);
-        const std::size_t compared = std::min(decoded.size(), reference.size());
+        // Every frame comes out; a reference may lack the last one.
+        ASSERT_GE(decoded.size(), reference.size());
+        ASSERT_LE(decoded.size(), reference.size() + 1152 * 2);
+        const std::size_t compared = reference.size();
         int worst = 0;
         double squares = 0;
         for (std::size_t i = 0; i < compared; ++i) {

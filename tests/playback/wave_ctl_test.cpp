@@ -99,9 +99,9 @@ TEST_F(WaveCtlTest, ConvertedFilesPlayToTheirEnd) {
         SCOPED_TRACE(seconds);
         const std::string path = (dir_ / (std::string(seconds) + ".wav")).string();
         test::runTool("sox -n -r 22050 -c 1 -b 16 " + path + " synth " + seconds + " sine 300");
-        test::OpenedSource opened;
-        ASSERT_TRUE(test::openSource(path, opened));
-        const auto whole = test::readWholeSource(opened, kBuffer);
+        test::Opened opened;
+        ASSERT_TRUE(test::open(path, opened));
+        const auto whole = test::readAll(opened, kBuffer);
         EXPECT_NEAR(double(whole.size()), double(opened.length), 4.0);
         const auto heard = playFileToEnd(path, opened.length);
         ASSERT_LE(heard.size(), whole.size());

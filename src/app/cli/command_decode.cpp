@@ -97,6 +97,10 @@ int decode(const DecodeOptions& options) {
         std::cerr << (options.output == "-" ? "standard output" : options.output) << ": " << written
                   << " bytes, " << job.format.samplesPerSec << " Hz, " << job.format.channels
                   << " channels" << (builtin ? " (built-in decoder)" : "") << "\n";
+        if (builtin && source.mx.lostFrames > 0) {
+            std::cerr << options.input << ": could not decode " << source.mx.lostFrames
+                      << " frames; silence stands in their place\n";
+        }
     }
     return status;
 }
