@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdio>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "app/diagnostic_log.h"
@@ -227,14 +228,16 @@ TEST_F(Mp3SourceTest, AFrameCountBeyondTheLongestLengthIsRefused) {
     const auto good = test::readBytes(makeMp3("counted.mp3", 44100, 2, "-b 128"));
     const auto withFrames = [&](uint32_t frames) {
         std::vector<uint8_t> bytes = good;
-        const auto info = std::search(bytes.begin(), bytes.end(), "Info", "Info" + 4);
+        const std::string_view infoName = "Info";
+        const auto info = std::search(bytes.begin(), bytes.end(), infoName.begin(), infoName.end());
         EXPECT_NE(info, bytes.end());
         for (int i = 0; i < 4; ++i) {
             info[8 + i] = static_cast<uint8_t>(frames >> (24 - 8 * i));
         }
         // Without the encoder's name its delay and padding are not trusted,
         // so the length is the whole frames' playing time.
-        const auto encoder = std::search(info, bytes.end(), "LAME", "LAME" + 4);
+        const std::string_view encoderName = "LAME";
+        const auto encoder = std::search(info, bytes.end(), encoderName.begin(), encoderName.end());
         EXPECT_NE(encoder, bytes.end());
         *encoder = 'X';
         const std::string path = (dir_ / ("frames-" + std::to_string(frames) + ".mp3")).string();
