@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "../tests/support/mpg123_reference.h"
-#include "platform/wave_format.h"
+#include "core/wave_format.h"
 #include "playback/source_reader.h"
 #include "playback/wav_reader.h"
 

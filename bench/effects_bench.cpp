@@ -12,7 +12,7 @@
 
 #include "effects/effect_chain.h"
 #include "effects/equalizer_stage.h"
-#include "platform/wave_format.h"
+#include "core/wave_format.h"
 
 namespace tunebox {
 namespace {

@@ -2,7 +2,7 @@
 #include <iostream>
 
 #include "app/cli/commands.h"
-#include "app/diagnostic_log.h"
+#include "core/diagnostic_log.h"
 #include "app/gui/run_dialog.h"
 
 namespace {

@@ -6,11 +6,11 @@
 #include <cstring>
 #include <thread>
 
-#include "app/diagnostic_log.h"
+#include "core/diagnostic_log.h"
 #include "effects/effect_chain.h"
 #include "platform/audio_backend.h"
-#include "platform/heap.h"
-#include "platform/little_endian.h"
+#include "core/heap.h"
+#include "core/little_endian.h"
 #include "playback/mixing_wave_ctl.h"
 
 namespace tunebox {

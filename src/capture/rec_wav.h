@@ -16,12 +16,12 @@
 #include <string>
 
 #include "capture/output_sink.h"
-#include "capture/rec_ling_buffer.h"
+#include "core/rec_ling_buffer.h"
 #include "capture/sync_mx.h"
 #include "effects/effect_control.h"
 #include "platform/audio_device.h"
 #include "platform/dispatcher.h"
-#include "platform/wave_format.h"
+#include "core/wave_format.h"
 
 namespace tunebox {
 

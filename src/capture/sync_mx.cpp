@@ -4,8 +4,8 @@
 #include <cstring>
 
 #include "platform/audio_device.h"
-#include "platform/heap.h"
-#include "platform/little_endian.h"
+#include "core/heap.h"
+#include "core/little_endian.h"
 #include "playback/wave_ctl.h"
 
 namespace tunebox {

@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "capture/ling_buffer.h"
+#include "core/ling_buffer.h"
 
 namespace tunebox {
 

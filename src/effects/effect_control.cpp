@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "app/diagnostic_log.h"
-#include "platform/heap.h"
+#include "core/diagnostic_log.h"
+#include "core/heap.h"
 
 namespace tunebox {
 namespace {

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <string>
 
-#include "app/diagnostic_log.h"
+#include "core/diagnostic_log.h"
 #include "effects/sample_clip.h"
-#include "platform/heap.h"
+#include "core/heap.h"
 
 namespace tunebox {
 namespace {

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string>
 
-#include "app/diagnostic_log.h"
+#include "core/diagnostic_log.h"
 #include "mp3/builtin_decoder_feed.h"
 #include "playback/audio_source.h"
 

@@ -5,9 +5,9 @@
 #include <cstring>
 #include <string>
 
-#include "app/diagnostic_log.h"
-#include "platform/heap.h"
-#include "platform/little_endian.h"
+#include "core/diagnostic_log.h"
+#include "core/heap.h"
+#include "core/little_endian.h"
 
 namespace tunebox {
 namespace {

@@ -5,10 +5,10 @@
 #include <cstring>
 #include <string>
 
-#include "app/diagnostic_log.h"
+#include "core/diagnostic_log.h"
 #include "mp3/lame_tag.h"
 #include "mp3/mpeg_frame_length.h"
-#include "platform/heap.h"
+#include "core/heap.h"
 #include "platform/mpeg_codec.h"
 #include "playback/audio_source.h"
 

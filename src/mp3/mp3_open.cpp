@@ -8,13 +8,13 @@
 #include <string>
 #include <vector>
 
-#include "app/diagnostic_log.h"
-#include "app/settings.h"
+#include "core/diagnostic_log.h"
+#include "platform/settings.h"
 #include "mp3/mp3_open_xing.h"
 #include "mp3/mpeg_header.h"
 #include "mp3/mpeg_header_walk.h"
 #include "platform/format_plausibility.h"
-#include "platform/little_endian.h"
+#include "core/little_endian.h"
 #include "platform/native_length.h"
 #include "playback/audio_source.h"
 

@@ -9,7 +9,7 @@
 #include <string>
 
 #include "platform/riff_file.h"
-#include "platform/wave_format.h"
+#include "core/wave_format.h"
 
 namespace tunebox {
 

@@ -1,7 +1,7 @@
 #include "mp3/mpeg_header.h"
 
 #include "mp3/mpeg_header_chain.h"
-#include "platform/little_endian.h"
+#include "core/little_endian.h"
 
 namespace tunebox {
 namespace {

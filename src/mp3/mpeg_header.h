@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <span>
 
-#include "platform/wave_format.h"
+#include "core/wave_format.h"
 
 namespace tunebox {
 

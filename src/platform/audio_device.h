@@ -10,8 +10,8 @@
 #include <string>
 
 #include "platform/audio_result.h"
-#include "platform/wave_format.h"
-#include "platform/wave_header.h"
+#include "core/wave_format.h"
+#include "core/wave_header.h"
 
 namespace tunebox {
 

@@ -10,7 +10,7 @@
 #include <span>
 #include <string>
 
-#include "platform/wave_format.h"
+#include "core/wave_format.h"
 
 namespace tunebox {
 

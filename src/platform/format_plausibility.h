@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/wave_format.h"
+#include "core/wave_format.h"
 
 namespace tunebox {
 

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstdio>
 
-#include "platform/wave_format.h"
+#include "core/wave_format.h"
 
 namespace tunebox {
 namespace {

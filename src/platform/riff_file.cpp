@@ -8,7 +8,7 @@
 #include <array>
 #include <limits>
 
-#include "platform/little_endian.h"
+#include "core/little_endian.h"
 
 namespace tunebox {
 namespace {

@@ -11,7 +11,7 @@
 #include "mp3/builtin_decoder_feed.h"
 #include "mp3/id3_tag.h"
 #include "mp3/mp3_stream_facts.h"
-#include "platform/wave_format.h"
+#include "core/wave_format.h"
 
 namespace tunebox {
 

@@ -1,6 +1,6 @@
 #include "playback/mixing_wave_ctl.h"
 
-#include "app/diagnostic_log.h"
+#include "core/diagnostic_log.h"
 
 namespace tunebox {
 

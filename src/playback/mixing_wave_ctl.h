@@ -5,7 +5,7 @@
 // engine takes those blocks with get() on its own thread and pairs them with
 // wavGetDevicePosition() to line the voice up with what was heard.
 
-#include "capture/ling_buffer.h"
+#include "core/ling_buffer.h"
 #include "playback/wave_ctl.h"
 
 namespace tunebox {

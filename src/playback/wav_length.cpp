@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "platform/wave_format.h"
+#include "core/wave_format.h"
 #include "playback/wav_reader.h"
 
 namespace tunebox {

@@ -8,7 +8,7 @@
 
 #include "mp3/mp3_open.h"
 #include "platform/format_plausibility.h"
-#include "platform/little_endian.h"
+#include "core/little_endian.h"
 #include "platform/native_length.h"
 #include "playback/wav_length.h"
 #include "playback/wave_extensible.h"

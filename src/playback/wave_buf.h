@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "platform/wave_header.h"
+#include "core/wave_header.h"
 
 namespace tunebox {
 

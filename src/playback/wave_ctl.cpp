@@ -5,11 +5,11 @@
 #include <string>
 #include <thread>
 
-#include "app/diagnostic_log.h"
+#include "core/diagnostic_log.h"
 #include "effects/effect_chain.h"
 #include "platform/audio_backend.h"
-#include "platform/heap.h"
-#include "playback/playback_clock.h"
+#include "core/heap.h"
+#include "core/playback_clock.h"
 #include "playback/source_reader.h"
 #include "playback/wav_reader.h"
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <array>
 
-#include "platform/little_endian.h"
-#include "platform/wave_format.h"
+#include "core/little_endian.h"
+#include "core/wave_format.h"
 
 namespace tunebox {
 namespace {

@@ -8,7 +8,7 @@
 #include <chrono>
 #include <thread>
 
-#include "app/synthetic_voice.h"
+#include "session/synthetic_voice.h"
 #include "platform/queue_dispatcher.h"
 #include "platform/virtual_audio.h"
 #include "playback/mixing_wave_ctl.h"

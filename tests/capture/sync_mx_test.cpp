@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "platform/heap.h"
+#include "core/heap.h"
 #include "support/log_records.h"
 
 namespace tunebox {

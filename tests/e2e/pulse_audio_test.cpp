@@ -8,8 +8,8 @@
 #include <cstdlib>
 #include <iostream>
 
-#include "app/measurement_signal.h"
-#include "app/offset_finder.h"
+#include "capture/measurement_signal.h"
+#include "capture/offset_finder.h"
 #include "support/device_buffers.h"
 #include "support/test_audio_server.h"
 

@@ -8,8 +8,8 @@
 #include <cstdlib>
 #include <iostream>
 
-#include "app/measurement_signal.h"
-#include "app/offset_finder.h"
+#include "capture/measurement_signal.h"
+#include "capture/offset_finder.h"
 #include "support/native_wav.h"
 #include "support/take_runner.h"
 #include "support/test_audio_server.h"

@@ -11,10 +11,10 @@
 #include <string>
 #include <vector>
 
-#include "app/diagnostic_log.h"
+#include "core/diagnostic_log.h"
 #include "effects/effect_control.h"
-#include "platform/heap.h"
-#include "platform/wave_format.h"
+#include "core/heap.h"
+#include "core/wave_format.h"
 
 namespace tunebox::test {
 

@@ -18,7 +18,7 @@
 #include "app/gui/image_button.h"
 #include "app/gui/main_dialog.h"
 #include "app/gui/position_trackbar.h"
-#include "app/settings.h"
+#include "platform/settings.h"
 #include "gui/fake_desktop.h"
 #include "gui/gui_fixture.h"
 #include "platform/profile_file.h"

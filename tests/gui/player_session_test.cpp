@@ -4,7 +4,7 @@
 #include <QTreeWidget>
 
 #include "app/gui/position_time.h"
-#include "app/settings.h"
+#include "platform/settings.h"
 #include "gui/session_fixture.h"
 
 namespace tunebox::test {

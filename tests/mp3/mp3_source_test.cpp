@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "app/diagnostic_log.h"
+#include "core/diagnostic_log.h"
 #include "mp3/mp3_open.h"
 #include "mp3/mpeg_audio_decoder.h"
 #include "support/log_records.h"

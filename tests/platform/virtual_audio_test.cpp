@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "app/measurement_signal.h"
-#include "app/offset_finder.h"
+#include "capture/measurement_signal.h"
+#include "capture/offset_finder.h"
 #include "support/device_buffers.h"
 
 namespace tunebox {

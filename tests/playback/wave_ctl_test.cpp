@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
-#include "platform/heap.h"
-#include "playback/playback_clock.h"
+#include "core/heap.h"
+#include "core/playback_clock.h"
 #include "support/log_records.h"
 #include "support/loopback_listener.h"
 #include "support/player_support.h"

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "app/diagnostic_log.h"
+#include "core/diagnostic_log.h"
 #include "support/temp_dir.h"
 
 namespace tunebox::test {

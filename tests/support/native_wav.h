@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/little_endian.h"
+#include "core/little_endian.h"
 #include "playback/wav_writer.h"
 
 namespace tunebox::test {

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/wave_format.h"
+#include "core/wave_format.h"
 
 namespace tunebox::test {
 

@@ -5,8 +5,8 @@
 #include <memory>
 
 #include "app/cli/commands.h"
-#include "app/round_trip.h"
-#include "app/settings.h"
+#include "capture/round_trip.h"
+#include "platform/settings.h"
 
 namespace tunebox::cli {
 namespace {

@@ -5,8 +5,8 @@
 #include "app/cli/commands.h"
 #include "app/cli/demo_tune_file.h"
 #include "app/cli/take_loop.h"
-#include "app/demo_tune.h"
-#include "app/synthetic_voice.h"
+#include "session/demo_tune.h"
+#include "session/synthetic_voice.h"
 #include "platform/virtual_audio.h"
 #include "playback/wav_length.h"
 

@@ -2,7 +2,7 @@
 
 #include "app/cli/commands.h"
 #include "app/cli/take_loop.h"
-#include "app/settings.h"
+#include "platform/settings.h"
 
 namespace tunebox::cli {
 namespace {

@@ -12,7 +12,7 @@
 #include "app/cli/play_progress.h"
 #include "app/cli/start_option.h"
 #include "app/cli/terminal_keys.h"
-#include "playback/playback_clock.h"
+#include "core/playback_clock.h"
 #include "playback/wav_length.h"
 #include "playback/wav_refusal.h"
 #include "playback/wave_ctl.h"

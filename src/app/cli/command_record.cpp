@@ -7,7 +7,7 @@
 #include "app/cli/commands.h"
 #include "app/cli/start_option.h"
 #include "app/cli/take_loop.h"
-#include "app/settings.h"
+#include "platform/settings.h"
 #include "playback/wav_length.h"
 
 namespace tunebox::cli {

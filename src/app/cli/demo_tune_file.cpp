@@ -5,8 +5,8 @@
 
 #include "app/cli/commands.h"
 #include "app/cli/input_checks.h"
-#include "app/demo_tune.h"
-#include "platform/little_endian.h"
+#include "session/demo_tune.h"
+#include "core/little_endian.h"
 #include "platform/staged_output.h"
 #include "playback/wav_length.h"
 #include "playback/wav_writer.h"

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "mp3/mp3_open.h"
-#include "platform/wave_format.h"
+#include "core/wave_format.h"
 #include "playback/source_reader.h"
 #include "playback/wav_reader.h"
 

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "app/cli/opened_source.h"
-#include "platform/wave_format.h"
+#include "core/wave_format.h"
 
 namespace tunebox::cli {
 

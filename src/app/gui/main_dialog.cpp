@@ -19,7 +19,7 @@
 #include "app/gui/image_button.h"
 #include "app/gui/level_meter.h"
 #include "app/gui/position_time.h"
-#include "app/settings.h"
+#include "platform/settings.h"
 
 namespace tunebox::gui {
 namespace {

@@ -2,13 +2,13 @@
 
 #include <cstdlib>
 
-#include "app/diagnostic_log.h"
+#include "core/diagnostic_log.h"
 #include "app/gui/about_dialog.h"
 #include "app/gui/image_button.h"
 #include "app/gui/level_meter.h"
 #include "app/gui/main_dialog.h"
 #include "app/gui/project_pages.h"
-#include "platform/wave_format.h"
+#include "core/wave_format.h"
 
 namespace tunebox::gui {
 namespace {

@@ -8,10 +8,10 @@
 #include "app/gui/image_button.h"
 #include "app/gui/main_dialog.h"
 #include "app/gui/position_time.h"
-#include "app/settings.h"
-#include "capture/ling_buffer.h"
-#include "platform/wave_format.h"
-#include "playback/playback_clock.h"
+#include "platform/settings.h"
+#include "core/ling_buffer.h"
+#include "core/wave_format.h"
+#include "core/playback_clock.h"
 #include "playback/wav_length.h"
 
 namespace tunebox::gui {

@@ -1,0 +1,122 @@
+#include "platform/settings.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <optional>
+
+#include "support/temp_dir.h"
+
+namespace tunebox {
+namespace {
+
+// Sets or clears an environment variable for one test and puts it back.
+class ScopedEnvironment {
+  public:
+    ScopedEnvironment(const char* name, const char* value) : name_(name) {
+        if (const char* old = std::getenv(name)) {
+            previous_ = old;
+        }
+        set(value);
+    }
+    ~ScopedEnvironment() { set(previous_ ? previous_->c_str() : nullptr); }
+    ScopedEnvironment(const ScopedEnvironment&) = delete;
+    ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
+
+  private:
+    void set(const char* value) {
+        if (value == nullptr) {
+            unsetenv(name_);
+        } else {
+            setenv(name_, value, 1);
+        }
+    }
+    const char* name_;
+    std::optional<std::string> previous_;
+};
+
+TEST(SettingsPath, ConfigDirectoryOverridesXdgWhichOverridesHome) {
+    ScopedEnvironment home("HOME", "/home/singer");
+    ScopedEnvironment xdg("XDG_CONFIG_HOME", nullptr);
+    {
+        ScopedEnvironment config("TUNEBOX_CONFIG_DIR", nullptr);
+        EXPECT_EQ(settingsPath(), "/home/singer/.config/tunebox/Tunebox.INI");
+        ScopedEnvironment relative("XDG_CONFIG_HOME", "relative/dir");
+        EXPECT_EQ(settingsPath(), "/home/singer/.config/tunebox/Tunebox.INI");
+        ScopedEnvironment absolute("XDG_CONFIG_HOME", "/xdg");
+        EXPECT_EQ(settingsPath(), "/xdg/tunebox/Tunebox.INI");
+    }
+    ScopedEnvironment config("TUNEBOX_CONFIG_DIR", "/etc/karaoke");
+    EXPECT_EQ(settingsPath(), "/etc/karaoke/Tunebox.INI");
+}
+
+class SettingsTest : public ::testing::Test {
+  protected:
+    void writeFile(const std::string& text) {
+        std::filesystem::create_directories(configDir_);
+        std::ofstream(settingsPath(), std::ios::binary) << text;
+    }
+    std::string fileText() const {
+        std::ifstream in(settingsPath(), std::ios::binary);
+        return {std::istreambuf_iterator<char>(in), {}};
+    }
+
+    test::TempDir dir_;
+    std::filesystem::path configDir_ = dir_ / "missing" / "tunebox";
+    ScopedEnvironment config_{"TUNEBOX_CONFIG_DIR", configDir_.c_str()};
+};
+
+TEST_F(SettingsTest, WithoutAFileTheDelayStaysEmptyAndSavesAsEmptyAndOff) {
+    SyncSettings settings;
+    readSyncSettings(settings);
+    EXPECT_EQ(settings.manualDelayText, "");
+    EXPECT_EQ(settings.manualDelayFlag, 0);
+
+    writeSyncSettings(settings);
+    EXPECT_EQ(fileText(), "[REC_DIFFERENCE]\nDIFF_PLAY_BYTE=\nMANUAL_DIFF=0\n");
+    SyncSettings again{"kept", 1};
+    readSyncSettings(again);
+    EXPECT_EQ(again.manualDelayText, "kept");  // an empty value counts as absent
+    EXPECT_EQ(again.manualDelayFlag, 0);
+}
+
+TEST_F(SettingsTest, SyncSettingsRoundTripAndOnlyOneSwitchesTheManualDelayOn) {
+    writeSyncSettings({"-1200", 1});
+    SyncSettings settings;
+    readSyncSettings(settings);
+    EXPECT_EQ(settings.manualDelayText, "-1200");
+    EXPECT_EQ(settings.manualDelayFlag, 1);
+
+    writeFile("[REC_DIFFERENCE]\nDIFF_PLAY_BYTE=12x\nMANUAL_DIFF=2\n");
+    readSyncSettings(settings);
+    EXPECT_EQ(settings.manualDelayText, "12");
+    EXPECT_EQ(settings.manualDelayFlag, 0);
+
+    writeFile("[REC_DIFFERENCE]\nDIFF_PLAY_BYTE=abc\n");
+    readSyncSettings(settings);
+    EXPECT_EQ(settings.manualDelayText, "0");
+}
+
+TEST_F(SettingsTest, OnlyOriginalOnePrefersTheBuiltInDecoder) {
+    EXPECT_EQ(readDecoderChoice(), 0);
+    const std::pair<const char*, int> cases[] = {{"0", 0}, {"-1", 0}, {"2", 0}, {"1", 1}};
+    for (const auto& [value, expected] : cases) {
+        writeFile(std::string("[MP3_DECODER]\nORIGINAL=") + value + "\n");
+        EXPECT_EQ(readDecoderChoice(), expected) << value;
+    }
+}
+
+TEST_F(SettingsTest, EachPickerRemembersTheFolderOfItsLastFile) {
+    EXPECT_EQ(readFolder(FolderPicker::kKaraoke), "");
+    writeFolder(FolderPicker::kKaraoke, "/music/enka/song.mp3");
+    EXPECT_TRUE(std::filesystem::is_regular_file(settingsPath()));
+    writeFolder(FolderPicker::kMic, "/takes/today.wav");
+    writeFolder(FolderPicker::kMic, "/root.wav");
+    EXPECT_EQ(readFolder(FolderPicker::kKaraoke), "/music/enka/");
+    EXPECT_EQ(readFolder(FolderPicker::kMic), "/");
+}
+
+}  // namespace
+}  // namespace tunebox
