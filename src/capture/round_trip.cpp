@@ -9,15 +9,16 @@
 #include <vector>
 
 #include "capture/measurement_signal.h"
+#include "core/wave_format.h"
 
 namespace tunebox {
 namespace {
 
-constexpr uint32_t kSignalFrames = 2 * 44100;
+constexpr uint32_t kSignalFrames = 2 * kNativeSampleRate;
 constexpr uint32_t kLeadInFrames = 4410;
 constexpr uint32_t kCaptureBlocks = 8;  // 4.2 s: the signal and any sane round trip
-constexpr int64_t kEarliestOffset = -44100;
-constexpr int64_t kLatestOffset = 2 * 44100;
+constexpr int64_t kEarliestOffset = -int64_t{kNativeSampleRate};
+constexpr int64_t kLatestOffset = 2 * int64_t{kNativeSampleRate};
 constexpr auto kPositionInterval = std::chrono::milliseconds(20);
 // Two capture readings around the playback reading further apart than this
 // straddle a step of the clock and are not used.

@@ -30,7 +30,13 @@ inline constexpr std::size_t kWaveFormatBytes = 18;
 WaveFormat parseWaveFormat(std::span<const uint8_t> record);
 void storeWaveFormat(const WaveFormat& format, std::span<uint8_t> record);
 
-inline constexpr WaveFormat kNativeFormat{kFormatPcm, 2, 44100, 176400, 4, 16, 0};
+// Native PCM geometry.
+inline constexpr uint32_t kNativeSampleRate = 44100;
+inline constexpr uint32_t kNativeFrameBytes = 4;
+inline constexpr uint32_t kNativeBytesPerSecond = kNativeSampleRate * kNativeFrameBytes;
+
+inline constexpr WaveFormat kNativeFormat{kFormatPcm, 2, kNativeSampleRate, kNativeBytesPerSecond,
+                                          kNativeFrameBytes, 16, 0};
 
 // Two records describe the same samples when every field but the extra size
 // agrees.
@@ -40,9 +46,6 @@ constexpr bool sameFormat(const WaveFormat& a, const WaveFormat& b) {
            a.blockAlign == b.blockAlign && a.bitsPerSample == b.bitsPerSample;
 }
 
-// Native PCM geometry.
-inline constexpr uint32_t kNativeBytesPerSecond = 176400;
-inline constexpr uint32_t kNativeFrameBytes = 4;
 // One CD sector: 1/75 second of native PCM. Buffer sizes and the clock use it.
 inline constexpr uint32_t kSectorBytes = 2352;
 inline constexpr uint32_t kSectorsPerSecond = 75;

@@ -4,10 +4,12 @@
 #include <cmath>
 #include <numbers>
 
+#include "core/wave_format.h"
+
 namespace tunebox {
 namespace {
 
-constexpr double kRate = 44100.0;
+constexpr double kRate = kNativeSampleRate;
 constexpr double kNoteSeconds = 0.5;
 constexpr double kBreathSeconds = 0.06;
 constexpr double kPeak = 6000.0;

@@ -13,6 +13,7 @@
 #include "app/cli/input_checks.h"
 #include "app/cli/opened_source.h"
 #include "app/cli/source_to_wav.h"
+#include "core/wave_format.h"
 #include "effects/effect_chain.h"
 #include "playback/wav_length.h"
 
@@ -20,7 +21,6 @@ namespace tunebox::cli {
 namespace {
 
 constexpr int kExitFailure = 1;
-constexpr int kSampleRate = 44100;
 // Shorter files are done before a progress line would be worth reading.
 constexpr uint32_t kProgressFromBytes = 30 * kNativeBytesPerSecond;
 constexpr auto kProgressInterval = std::chrono::milliseconds(200);
@@ -39,7 +39,7 @@ bool setUpChain(EffectControl& ctl, const FxOptions& options) {
     values.fill(kFlatBandValue);
     std::copy(options.bands.begin(), options.bands.end(), values.begin());
     ctl.blockSize = kEngineBlockBytes;
-    if (fltEqualizerInit(ctl, values, kSampleRate) != 1) {
+    if (fltEqualizerInit(ctl, values, kNativeSampleRate) != 1) {
         return false;
     }
     ctl.level = options.level.value_or(100);
