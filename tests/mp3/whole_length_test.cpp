@@ -105,6 +105,7 @@ TEST_F(WholeLengthTest, ConvertedWavesKeepEveryFrameAndTheirReportedLength) {
         test::Opened opened;
         ASSERT_TRUE(test::open(file, opened));
         ASSERT_EQ(opened.source.conversionFlag, 1u);
+        EXPECT_EQ(opened.length, 264600u);  // the playing time of the data: 1.5 s
         const auto ours = test::readAll(opened, kPlayerBlock);
         EXPECT_NEAR(double(ours.size()), double(opened.length), double(kFrameBytes));
         const auto reference = soxNative(file);
