@@ -2,21 +2,19 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <vector>
 
 #include "support/temp_dir.h"
+#include "support/test_files.h"
 
 namespace tunebox {
 namespace {
 
-std::vector<char> readLog() {
-    std::ifstream in(logPath(), std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
+std::string readLog() {
+    return test::readText(logPath());
 }
 
-LogHeader headerOf(const std::vector<char>& bytes) {
+LogHeader headerOf(const std::string& bytes) {
     auto field = [&](std::size_t index) {
         uint32_t value = 0;
         for (std::size_t b = 0; b < 4; ++b) {
@@ -28,7 +26,7 @@ LogHeader headerOf(const std::vector<char>& bytes) {
     return {field(0), field(1), field(2)};
 }
 
-std::string slotText(const std::vector<char>& bytes, int slot) {
+std::string slotText(const std::string& bytes, int slot) {
     return {bytes.begin() + slot * 256, bytes.begin() + (slot + 1) * 256};
 }
 

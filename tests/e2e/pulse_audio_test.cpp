@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <iostream>
 
 #include "capture/measurement_signal.h"
@@ -22,27 +21,6 @@ using test::queueAll;
 
 constexpr uint32_t kBlock = 8820;  // 50 ms
 
-// In CI a missing server is a failure; on a developer's machine the tests
-// are skipped when none is reachable.
-#define REQUIRE_SERVER(audio)                                                         \
-    do {                                                                              \
-        if ((audio).outputDeviceCount() == 0) {                                       \
-            if (std::getenv("CI") != nullptr) {                                       \
-                FAIL() << "no sound server reachable (scripts/test-audio-server.sh)"; \
-            }                                                                         \
-            GTEST_SKIP() << "no sound server reachable";                              \
-        }                                                                             \
-    } while (false)
-
-std::vector<int16_t> samplesOf(const BufferSet& buffers) {
-    std::vector<int16_t> samples;
-    for (const auto& buffer : buffers.data) {
-        const auto* begin = reinterpret_cast<const int16_t*>(buffer.data());
-        samples.insert(samples.end(), begin, begin + buffer.size() / 2);
-    }
-    return samples;
-}
-
 double bytesToMs(double bytes) {
     return bytes / 176.4;
 }
@@ -58,7 +36,7 @@ TEST(PulseAudio, AMissingServerIsAClearErrorAtOpen) {
 
 TEST(PulseAudio, HeadersFollowTheQueueRulesAndResetReturnsThem) {
     PulseAudio audio;
-    REQUIRE_SERVER(audio);
+    TUNEBOX_REQUIRE_SOUND_SERVER(audio.outputDeviceCount() > 0);
     auto output = audio.makeOutput();
     DoneLog log;
     ASSERT_EQ(output->open(kNativeFormat, log.callback()), kAudioOk) << output->lastError();
@@ -84,7 +62,7 @@ TEST(PulseAudio, HeadersFollowTheQueueRulesAndResetReturnsThem) {
 // cross-correlation.
 TEST(PulseAudio, PositionDelayMatchesTheCrossCorrelatedRoundTrip) {
     PulseAudio audio;
-    REQUIRE_SERVER(audio);
+    TUNEBOX_REQUIRE_SOUND_SERVER(audio.outputDeviceCount() > 0);
     auto input = audio.makeInput();
     auto output = audio.makeOutput();
     DoneLog inputDone, outputDone;
@@ -115,7 +93,7 @@ TEST(PulseAudio, PositionDelayMatchesTheCrossCorrelatedRoundTrip) {
     ASSERT_TRUE(outputDone.waitFor(30, std::chrono::seconds(10)));
     ASSERT_TRUE(inputDone.waitFor(60, std::chrono::seconds(10)));
     const auto search =
-        findOffset(leftChannel(clicks), leftChannel(samplesOf(captured)), -44100, 88200);
+        findOffset(leftChannel(clicks), leftChannel(captured.samples()), -44100, 88200);
     ASSERT_TRUE(search.found) << search.reason;
     const int64_t trueDelay = search.offsetFrames * 4;
     // Positions that are not what was heard (bytes handed over, say) are off
@@ -142,7 +120,7 @@ TEST(PulseAudio, PositionDelayMatchesTheCrossCorrelatedRoundTrip) {
 TEST(PulseAudio, AServerThatGoesAwayReturnsTheBuffersAndReportsAnError) {
     test::TestAudioServer server("/tmp/tunebox-test-audio-gone");
     PulseAudio audio(server.address());
-    REQUIRE_SERVER(audio);
+    TUNEBOX_REQUIRE_SOUND_SERVER(audio.outputDeviceCount() > 0);
     auto output = audio.makeOutput();
     auto input = audio.makeInput();
     DoneLog outputDone, inputDone;

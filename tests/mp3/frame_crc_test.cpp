@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -12,61 +11,26 @@
 #include "mp3/layer3_side_info.h"
 #include "mp3/mpeg_audio_decoder.h"
 #include "pcm_comparison.h"
+#include "stream_frames.h"
 #include "support/temp_dir.h"
+#include "support/tool_fixture.h"
 
 namespace tunebox {
 namespace {
 
 std::vector<uint8_t> makeProtectedStream(int rate, int channels, const std::string& options) {
-    test::TempDir dir;
-    const std::string wav = (dir / "input.wav").string();
-    const std::string mp3 = (dir / "stream.mp3").string();
-    const std::string make = "sox -n -r " + std::to_string(rate) + " -c " +
-                             std::to_string(channels) + " -b 16 " + wav +
-                             " synth 1 sine 200-5000 pinknoise vol 0.4 >/dev/null 2>&1 && "
-                             "lame --quiet -t -p " +
-                             options + " " + wav + " " + mp3 + " >/dev/null 2>&1";
-    if (std::system(make.c_str()) != 0) {
-        return {};
-    }
-    return test::readBytes(mp3);
-}
-
-struct Frame {
-    std::size_t offset;
-    MpegFrameHeader header;
-};
-
-std::vector<Frame> framesOf(std::span<const uint8_t> stream) {
-    std::vector<Frame> frames;
-    std::size_t position = 0;
-    MpegFrameHeader header;
-    while (position < stream.size()) {
-        const auto rest = stream.subspan(position);
-        if (parseFrameHeader(rest, header) && header.frameBytes() <= rest.size()) {
-            frames.push_back({position, header});
-            position += header.frameBytes();
-        } else {
-            ++position;
-        }
-    }
-    return frames;
-}
-
-TEST(FrameCrc, GeneratorAndPresetGiveTheCatalogueCheckValue) {
-    // CRC-16 with generator 0x8005, preset all ones, no reflection: the
-    // standard check value of the nine digits.
-    const std::string digits = "123456789";
-    EXPECT_EQ(crc16({reinterpret_cast<const uint8_t*>(digits.data()), digits.size()}), 0xaee7);
+    const test::TempDir dir;
+    return test::readBytes(test::synthesiseMp3(dir / "stream.mp3", rate, channels,
+                                               "synth 1 sine 200-5000 pinknoise vol 0.4",
+                                               "-t -p " + options));
 }
 
 TEST(FrameCrc, ProtectedLameFramesPassInEveryVersion) {
     for (const auto& [rate, channels] : {std::pair{44100, 2}, std::pair{22050, 1}}) {
         const auto stream = makeProtectedStream(rate, channels, "-b 64");
-        ASSERT_FALSE(stream.empty()) << "sox or lame failed";
-        const auto frames = framesOf(stream);
+        const auto frames = test::streamFrames(stream);
         ASSERT_GT(frames.size(), 10u);
-        for (const Frame& frame : frames) {
+        for (const test::StreamFrame& frame : frames) {
             ASSERT_TRUE(frame.header.crcProtected);
             EXPECT_TRUE(frameCrcMatches(std::span(stream).subspan(frame.offset), frame.header))
                 << "frame at byte " << frame.offset << ", " << rate << " Hz";
@@ -80,10 +44,9 @@ TEST(FrameCrc, ProtectedLameFramesPassInEveryVersion) {
 
 TEST(FrameCrc, FlippedGlobalGainBitFailsButTheFrameStillDecodes) {
     auto stream = makeProtectedStream(44100, 2, "-m s -b 128");
-    ASSERT_FALSE(stream.empty()) << "sox or lame failed";
-    const auto frames = framesOf(stream);
+    const auto frames = test::streamFrames(stream);
     ASSERT_GT(frames.size(), 20u);
-    const Frame& target = frames[10];
+    const test::StreamFrame& target = frames[10];
     const std::size_t sideStart = target.offset + kFrameHeaderBytes + kCrcBytes;
 
     // MPEG-1 stereo: main_data_begin (9), private bits (3) and scfsi (2 x 4)

@@ -9,15 +9,13 @@
 
 #include "mp3/id3_text.h"
 #include "mp3/id3_v1_fields.h"
+#include "support/riff_bytes.h"
 
 namespace tunebox {
 namespace {
 
-using Bytes = std::vector<uint8_t>;
-
-void append(Bytes& bytes, const std::string& text) {
-    bytes.insert(bytes.end(), text.begin(), text.end());
-}
+using test::Bytes;
+using test::operator+;
 
 void appendBigEndian(Bytes& bytes, uint32_t value, int count) {
     for (int shift = 8 * (count - 1); shift >= 0; shift -= 8) {
@@ -28,7 +26,7 @@ void appendBigEndian(Bytes& bytes, uint32_t value, int count) {
 // A version 2.3/2.4 frame: id, plain big-endian size, two flag bytes, data.
 Bytes frame(const std::string& id, const Bytes& data) {
     Bytes bytes;
-    append(bytes, id);
+    test::appendText(bytes, id);
     appendBigEndian(bytes, static_cast<uint32_t>(data.size()), 4);
     bytes.push_back(0);
     bytes.push_back(0);
@@ -38,7 +36,7 @@ Bytes frame(const std::string& id, const Bytes& data) {
 
 Bytes textData(const std::string& text) {
     Bytes data{0};  // encoding byte
-    append(data, text);
+    test::appendText(data, text);
     return data;
 }
 
@@ -51,14 +49,6 @@ Bytes tag(int version, const Bytes& body, uint8_t flags = 0) {
     bytes.push_back(size & 0x7F);
     bytes.insert(bytes.end(), body.begin(), body.end());
     return bytes;
-}
-
-Bytes concat(std::initializer_list<Bytes> parts) {
-    Bytes all;
-    for (const auto& part : parts) {
-        all.insert(all.end(), part.begin(), part.end());
-    }
-    return all;
 }
 
 struct FileCloser {
@@ -74,13 +64,13 @@ std::unique_ptr<std::FILE, FileCloser> streamOf(const Bytes& bytes) {
 
 TEST(Id3v2, ReadsTextFramesOfConsecutiveTagsAndAddsTheirSizes) {
     const Bytes first =
-        tag(3, concat({frame("TIT2", textData("Song")), frame("TPE1", textData("Singer")),
-                       frame("TYER", textData("1999")), frame("TRCK", textData("7/12")),
-                       frame("TLEN", textData("215000"))}));
+        tag(3, frame("TIT2", textData("Song")) + frame("TPE1", textData("Singer")) +
+                   frame("TYER", textData("1999")) + frame("TRCK", textData("7/12")) +
+                   frame("TLEN", textData("215000")));
     const Bytes second =
-        tag(4, concat({frame("TALB", textData("Album")), frame("TCOM", textData("Writer")),
-                       frame("TCON", textData("(17)"))}));
-    const auto stream = streamOf(concat({first, second, Bytes{0xFF, 0xFB, 0x90, 0x00}}));
+        tag(4, frame("TALB", textData("Album")) + frame("TCOM", textData("Writer")) +
+                   frame("TCON", textData("(17)")));
+    const auto stream = streamOf(first + second + Bytes{0xFF, 0xFB, 0x90, 0x00});
     Id3Tag result;
     uint32_t total = 0;
     ASSERT_EQ(mp3GetId3v2(result, total, stream.get()), 1);
@@ -100,7 +90,7 @@ TEST(Id3v2, ReadsTextFramesOfConsecutiveTagsAndAddsTheirSizes) {
 TEST(Id3v2, FrameSizesArePlainBigEndianAndOversizedFramesEndTheLoop) {
     // A size byte with bit 7 set is read as it stands (not sync-safe).
     Bytes longTitle = textData(std::string(0x80 - 1, 'x'));
-    const Bytes body = concat({frame("TIT2", longTitle), frame("TALB", textData("Kept"))});
+    const Bytes body = frame("TIT2", longTitle) + frame("TALB", textData("Kept"));
     Id3Tag result;
     uint32_t total = 0;
     ASSERT_EQ(mp3GetId3v2(result, total, streamOf(tag(4, body)).get()), 1);
@@ -112,8 +102,7 @@ TEST(Id3v2, FrameSizesArePlainBigEndianAndOversizedFramesEndTheLoop) {
     huge[5] = 0;
     huge[6] = 0x75;
     huge[7] = 0x31;  // 30,001 bytes, clamped to what the tag holds first
-    const Bytes bigTag =
-        tag(3, concat({frame("TALB", textData("Before")), huge, Bytes(30010, 'y')}));
+    const Bytes bigTag = tag(3, frame("TALB", textData("Before")) + huge + Bytes(30010, 'y'));
     Id3Tag clipped;
     ASSERT_EQ(mp3GetId3v2(clipped, total, streamOf(bigTag).get()), 1);
     EXPECT_EQ(clipped.album, "Before");
@@ -154,24 +143,24 @@ Bytes unsynchronised(const Bytes& bytes) {
 TEST(Id3v2, UnsynchronisedTagsAndExtendedHeadersKeepTheirTexts) {
     // A UTF-16 title starts with the mark FF FE, which unsynchronisation breaks up.
     const Bytes title{1, 0xFF, 0xFE, 'S', 0, 0xFF, 0x30};
-    const Bytes body = concat({frame("TIT2", title), frame("TPE1", textData("Singer"))});
+    const Bytes body = frame("TIT2", title) + frame("TPE1", textData("Singer"));
     Id3Tag result;
     uint32_t total = 0;
     // Frame sizes count the bytes as stored.
-    const Bytes unsynced = tag(
-        3, concat({frame("TIT2", unsynchronised(title)), frame("TPE1", textData("Singer"))}), 0x80);
+    const Bytes unsynced =
+        tag(3, frame("TIT2", unsynchronised(title)) + frame("TPE1", textData("Singer")), 0x80);
     ASSERT_EQ(mp3GetId3v2(result, total, streamOf(unsynced).get()), 1);
     EXPECT_EQ(result.title, "S\u30FF");
     EXPECT_EQ(result.artist, "Singer");
     EXPECT_EQ(total, unsynced.size());
 
     // Version 2.3: a big-endian size without its own four bytes.
-    const Bytes extended3 = concat({Bytes{0, 0, 0, 6, 0, 0, 0, 0, 0, 0}, body});
+    const Bytes extended3 = Bytes{0, 0, 0, 6, 0, 0, 0, 0, 0, 0} + body;
     Id3Tag three;
     ASSERT_EQ(mp3GetId3v2(three, total, streamOf(tag(3, extended3, 0x40)).get()), 1);
     EXPECT_EQ(three.artist, "Singer");
     // Version 2.4: a sync-safe size with them.
-    const Bytes extended4 = concat({Bytes{0, 0, 0, 6, 1, 0}, body});
+    const Bytes extended4 = Bytes{0, 0, 0, 6, 1, 0} + body;
     Id3Tag four;
     ASSERT_EQ(mp3GetId3v2(four, total, streamOf(tag(4, extended4, 0x40)).get()), 1);
     EXPECT_EQ(four.artist, "Singer");

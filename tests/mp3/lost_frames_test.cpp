@@ -8,10 +8,12 @@
 #include <string>
 
 #include "mp3/lame_tag.h"
-#include "mp3/mpeg_frame_header.h"
-#include "support/source_reading.h"
+#include "stream_frames.h"
 #include "support/command_runner.h"
 #include "support/log_records.h"
+#include "support/riff_bytes.h"
+#include "support/scoped_environment.h"
+#include "support/source_reading.h"
 #include "support/tool_fixture.h"
 
 namespace tunebox {
@@ -24,11 +26,8 @@ constexpr std::size_t kChannels = 2;
 // Where each frame starts, the tag frame first.
 std::vector<std::size_t> frameOffsets(const std::vector<uint8_t>& bytes) {
     std::vector<std::size_t> offsets;
-    MpegFrameHeader header;
-    for (std::size_t at = 0;
-         parseFrameHeader(std::span(bytes).subspan(at), header) && at < bytes.size();
-         at += header.frameBytes()) {
-        offsets.push_back(at);
+    for (const test::StreamFrame& frame : test::streamFrames(bytes)) {
+        offsets.push_back(frame.offset);
     }
     return offsets;
 }
@@ -59,13 +58,11 @@ bool same(const std::vector<int16_t>& a, const std::vector<int16_t>& b, std::siz
 class LostFramesTest : public ::testing::Test {
   protected:
     void SetUp() override {
-        setenv("TUNEBOX_CONFIG_DIR", log_.dir().path().c_str(), 1);
-        const std::string wav = (log_.dir() / "music.wav").string();
-        test::runTool("sox -R -n -r 44100 -c 2 -b 16 " + wav +
-                      " synth 3 sine 220 sine 277 vol 0.5 : synth 1 pinknoise vol 0.7 : "
-                      "synth 3 pluck 330 pluck 440 vol 0.8");
-        test::runTool("lame --quiet -V 5 " + wav + " " + (log_.dir() / "good.mp3").string());
-        good_ = test::readBytes(log_.dir() / "good.mp3");
+        good_ = test::readBytes(
+            test::synthesiseMp3(log_.dir() / "good.mp3", 44100, 2,
+                                "synth 3 sine 220 sine 277 vol 0.5 : synth 1 pinknoise vol 0.7 : "
+                                "synth 3 pluck 330 pluck 440 vol 0.8",
+                                "-V 5"));
         offsets_ = frameOffsets(good_);
         ASSERT_GT(offsets_.size(), 150u);
         LameTag tag;
@@ -73,14 +70,10 @@ class LostFramesTest : public ::testing::Test {
         start_ = tag.encoderDelay + 529;
         clean_ = test::decodeWithBuiltinFeed(path("good.mp3"), kRequest);
     }
-    void TearDown() override { unsetenv("TUNEBOX_CONFIG_DIR"); }
-
     std::string path(const std::string& name) const { return (log_.dir() / name).string(); }
 
     std::string write(const std::string& name, const std::vector<uint8_t>& bytes) const {
-        std::FILE* file = std::fopen(path(name).c_str(), "wb");
-        std::fwrite(bytes.data(), 1, bytes.size(), file);
-        std::fclose(file);
+        test::writeFile(path(name), bytes);
         return path(name);
     }
 
@@ -91,6 +84,7 @@ class LostFramesTest : public ::testing::Test {
     }
 
     test::LogDirectory log_;
+    test::ScopedEnvironment config_{"TUNEBOX_CONFIG_DIR", log_.dir().path().c_str()};
     std::vector<uint8_t> good_;
     std::vector<std::size_t> offsets_;
     std::size_t start_ = 0;

@@ -10,9 +10,10 @@
 #include <vector>
 
 #include "mp3/mp3_open.h"
-#include "playback/wav_reader.h"
 #include "support/log_records.h"
 #include "support/riff_bytes.h"
+#include "support/scoped_environment.h"
+#include "support/source_reading.h"
 #include "support/tool_fixture.h"
 
 namespace tunebox {
@@ -22,30 +23,17 @@ using Bytes = std::vector<uint8_t>;
 
 class Mp3OpenTruthTest : public ::testing::Test {
   protected:
-    void SetUp() override { setenv("TUNEBOX_CONFIG_DIR", dir_.path().c_str(), 1); }
-    void TearDown() override { unsetenv("TUNEBOX_CONFIG_DIR"); }
-
     std::string lame(const std::string& name, const std::string& options) {
-        const std::string wav = (dir_ / (name + ".wav")).string();
-        const std::string path = (dir_ / name).string();
-        test::runTool("sox -n -r 44100 -c 2 -b 16 " + wav + " synth 6 sine 440 vol 0.5");
-        test::runTool("lame --quiet " + options + " " + wav + " " + path);
-        return path;
+        return test::synthesiseMp3(dir_ / name, 44100, 2, "synth 6 sine 440 vol 0.5", options);
     }
 
     test::LogDirectory log_;
     const test::TempDir& dir_ = log_.dir();
+    test::ScopedEnvironment config_{"TUNEBOX_CONFIG_DIR", dir_.path().c_str()};
 };
 
-struct Opened {
-    RiffHandle file;
-    AudioSource source;
-    uint32_t length = 0;
-};
-
-bool open(const std::string& path, Opened& opened, uint32_t forceOwnDecoder = 0) {
-    return wavOpenSource(path, opened.file, opened.length, opened.source, forceOwnDecoder) == 1;
-}
+using test::open;
+using test::Opened;
 
 // Native-PCM bytes of the mpg123 player's own (gapless) decode of the file.
 uint32_t mpg123Length(const std::string& path, long rate) {
@@ -113,8 +101,7 @@ TEST_F(Mp3OpenTruthTest, LayerOneAndTwoAreTimedAsThemselvesAndOpenThroughTheSyst
     const std::string one = (dir_ / "one.mp1").string();
     test::writeFile(one, layer1);
     const std::string two = (dir_ / "two.mp2").string();
-    test::runTool("sox -n -r 44100 -c 2 -b 16 " + (dir_ / "two.wav").string() +
-                  " synth 3 sine 440 vol 0.5");
+    test::synthesise(dir_ / "two.wav", 44100, 2, "synth 3 sine 440 vol 0.5");
     test::runTool("ffmpeg -loglevel error -y -i " + (dir_ / "two.wav").string() +
                   " -c:a mp2 -b:a 192k " + two);
     const struct {

@@ -3,13 +3,13 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
 
 #include "mp3/mpeg_audio_decoder.h"
 #include "pcm_comparison.h"
 #include "support/mpg123_reference.h"
 #include "support/temp_dir.h"
+#include "support/tool_fixture.h"
 
 namespace tunebox {
 namespace {
@@ -23,25 +23,17 @@ struct LameCase {
 
 // A sweep on the left and pink noise on the right give the encoder tonal and
 // noisy material, and the chirp at the end forces block switching.
-bool makeStream(const LameCase& c, const test::TempDir& dir) {
-    const std::string wav = (dir / "input.wav").string();
-    const std::string mp3 = (dir / "stream.mp3").string();
-    const std::string sox = "sox -n -r " + std::to_string(c.rate) + " -c " +
-                            std::to_string(c.channels) + " -b 16 " + wav +
-                            " synth 2 sine 60-9000 pinknoise vol 0.4 : synth 0.4 square 440 "
-                            "pinknoise fade 0 0.4 0.35 vol 0.6 >/dev/null 2>&1";
-    const std::string lame = std::string("lame --quiet -t ") + c.lameOptions + " " + wav + " " +
-                             mp3 + " >/dev/null 2>&1";
-    return std::system(sox.c_str()) == 0 && std::system(lame.c_str()) == 0;
-}
+constexpr const char* kMaterial =
+    "synth 2 sine 60-9000 pinknoise vol 0.4 : synth 0.4 square 440 pinknoise fade 0 0.4 0.35 "
+    "vol 0.6";
 
 class LameStream : public ::testing::TestWithParam<LameCase> {};
 
 TEST_P(LameStream, MatchesLibmpg123WithinOneLsb) {
     const LameCase& c = GetParam();
-    test::TempDir dir;
-    ASSERT_TRUE(makeStream(c, dir)) << "sox or lame failed";
-    const auto stream = test::readBytes(dir / "stream.mp3");
+    const test::TempDir dir;
+    const auto stream = test::readBytes(test::synthesiseMp3(
+        dir / "stream.mp3", c.rate, c.channels, kMaterial, std::string("-t ") + c.lameOptions));
     const test::Mpg123Output reference = test::decodeWithMpg123(stream);
     ASSERT_FALSE(reference.samples.empty());
 

@@ -8,8 +8,9 @@
 #include <string>
 
 #include "pcm_comparison.h"
-#include "support/source_reading.h"
 #include "support/mpg123_reference.h"
+#include "support/scoped_environment.h"
+#include "support/source_reading.h"
 #include "support/temp_dir.h"
 #include "support/tool_fixture.h"
 
@@ -35,10 +36,8 @@ struct Layout {
 
 class VbrStreams : public ::testing::TestWithParam<Layout> {
   protected:
-    void SetUp() override { setenv("TUNEBOX_CONFIG_DIR", dir_.path().c_str(), 1); }
-    void TearDown() override { unsetenv("TUNEBOX_CONFIG_DIR"); }
-
     test::TempDir dir_;
+    test::ScopedEnvironment config_{"TUNEBOX_CONFIG_DIR", dir_.path().c_str()};
 };
 
 void expectSameAsLibmpg123(const std::string& path, const std::string& name) {
@@ -56,9 +55,8 @@ void expectSameAsLibmpg123(const std::string& path, const std::string& name) {
 
 TEST_P(VbrStreams, EveryQualityMatchesLibmpg123GaplessWithinOneLsb) {
     const Layout layout = GetParam();
-    const std::string wav = (dir_ / "music.wav").string();
-    test::runTool("sox -R -n -r " + std::to_string(layout.rate) + " -c " +
-                  std::to_string(layout.channels) + " -b 16 " + wav + " " + kMaterial);
+    const std::string wav =
+        test::synthesise(dir_ / "music.wav", layout.rate, layout.channels, kMaterial);
     for (int quality = 0; quality <= 9; ++quality) {
         const std::string mp3 = (dir_ / ("v" + std::to_string(quality) + ".mp3")).string();
         test::runTool("lame --quiet -V " + std::to_string(quality) + " " + wav + " " + mp3);

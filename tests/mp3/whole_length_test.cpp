@@ -4,12 +4,13 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <string>
 #include <vector>
 
 #include "mp3/pcm_comparison.h"
 #include "support/command_runner.h"
+#include "support/riff_bytes.h"
+#include "support/scoped_environment.h"
 #include "support/source_reading.h"
 #include "support/temp_dir.h"
 #include "support/tool_fixture.h"
@@ -21,6 +22,9 @@ constexpr uint32_t kPlayerBlock = 91728;
 constexpr std::size_t kWaveHeaderBytes = 44;
 constexpr std::size_t kFrameBytes = 4;
 constexpr std::size_t kTailSamples = 2 * 2205;  // the last 50 ms, both channels
+// A 1.5 s sweep that is still loud in its last milliseconds, so a lost tail or
+// a shifted start shows.
+constexpr const char* kSweep = "synth 1.5 sine 200-3000 vol 0.5";
 
 // Native PCM as sox makes it from any file it reads, without dither.
 std::string toNativeBySox(const std::string& input) {
@@ -29,18 +33,19 @@ std::string toNativeBySox(const std::string& input) {
 
 class WholeLengthTest : public ::testing::Test {
   protected:
-    void SetUp() override { setenv("TUNEBOX_CONFIG_DIR", dir_.path().c_str(), 1); }
-    void TearDown() override { unsetenv("TUNEBOX_CONFIG_DIR"); }
-
     std::string path(const std::string& name) const { return (dir_ / name).string(); }
 
-    // A 1.5 s sweep that is still loud in its last milliseconds, so a lost
-    // tail or a shifted start shows.
     std::string makeSweep(const std::string& name, int rate, int channels,
                           const std::string& encoding) const {
-        test::runTool("sox -n -r " + std::to_string(rate) + " -c " + std::to_string(channels) +
-                      " " + encoding + " " + path(name) + " synth 1.5 sine 200-3000 vol 0.5");
-        return path(name);
+        return test::synthesise(path(name), rate, channels, kSweep, encoding);
+    }
+
+    // The sweep as the MP3 file `mp3`, and mpg123's decode of it as native PCM.
+    std::vector<int16_t> sweepMp3(const std::string& mp3, int rate, int channels,
+                                  const std::string& lameOptions) const {
+        test::synthesiseMp3(mp3, rate, channels, kSweep, lameOptions);
+        test::runTool("mpg123 -q -w " + path("mpg123.wav") + " " + mp3);
+        return soxNative(path("mpg123.wav"));
     }
 
     std::vector<int16_t> soxNative(const std::string& input) const {
@@ -60,6 +65,7 @@ class WholeLengthTest : public ::testing::Test {
     }
 
     test::TempDir dir_;
+    test::ScopedEnvironment config_{"TUNEBOX_CONFIG_DIR", dir_.path().c_str()};
 };
 
 std::vector<uint8_t> readThroughReader(const std::string& file, uint32_t ownDecoder = 0) {
@@ -99,6 +105,7 @@ TEST_F(WholeLengthTest, ConvertedWavesKeepEveryFrameAndTheirReportedLength) {
         test::Opened opened;
         ASSERT_TRUE(test::open(file, opened));
         ASSERT_EQ(opened.source.conversionFlag, 1u);
+        EXPECT_EQ(opened.length, 264600u);  // the playing time of the data: 1.5 s
         const auto ours = test::readAll(opened, kPlayerBlock);
         EXPECT_NEAR(double(ours.size()), double(opened.length), double(kFrameBytes));
         const auto reference = soxNative(file);
@@ -130,19 +137,17 @@ void appendListChunk(const std::string& file) {
     for (int i = 0; i < 4; ++i) {
         bytes[4 + i] = static_cast<uint8_t>(riffSize >> (8 * i));
     }
-    std::FILE* out = std::fopen(file.c_str(), "wb");
-    ASSERT_NE(out, nullptr);
-    std::fwrite(bytes.data(), 1, bytes.size(), out);
-    std::fclose(out);
+    test::writeFile(file, bytes);
 }
 
 TEST_F(WholeLengthTest, AChunkAfterTheDataIsNeverPlayed) {
-    for (const auto& [name, encoding] : {std::pair{"native.wav", "-r 44100 -c 2 -b 16"},
-                                         {"resampled.wav", "-r 22050 -c 2 -b 16"},
-                                         {"widened.wav", "-r 44100 -c 1 -b 8"}}) {
+    for (const auto& [name, rate, channels, encoding] :
+         {std::tuple{"native.wav", 44100, 2, "-b 16"},
+          {"resampled.wav", 22050, 2, "-b 16"},
+          {"widened.wav", 44100, 1, "-b 8"}}) {
         SCOPED_TRACE(name);
-        const std::string file = path(name);
-        test::runTool(std::string("sox -n ") + encoding + " " + file + " synth 0.5 sine 440");
+        const std::string file =
+            test::synthesise(path(name), rate, channels, "synth 0.5 sine 440", encoding);
         const auto plain = readThroughReader(file);
         appendListChunk(file);
         EXPECT_EQ(readThroughReader(file), plain);
@@ -157,11 +162,8 @@ TEST_F(WholeLengthTest, Mpeg2AndMpeg25KeepTheWholeLengthOfMpg123sDecode) {
                                                   {11025, 1, 24},
                                                   {8000, 2, 16}}) {
         SCOPED_TRACE(rate);
-        const std::string wav = makeSweep("source.wav", rate, channels, "-b 16");
         const std::string mp3 = path("stream" + std::to_string(rate) + ".mp3");
-        test::runTool("lame --quiet -b " + std::to_string(bitRate) + " " + wav + " " + mp3);
-        test::runTool("mpg123 -q -w " + path("mpg123.wav") + " " + mp3);
-        const auto reference = soxNative(path("mpg123.wav"));
+        const auto reference = sweepMp3(mp3, rate, channels, "-b " + std::to_string(bitRate));
         const auto ours = readThroughReader(mp3);
         expectLikeReference(ours, reference, 40.0, 30.0);
         EXPECT_EQ(decodedByCli(mp3, "--decoder system"), ours);
@@ -173,12 +175,8 @@ TEST_F(WholeLengthTest, Mpeg2AndMpeg25KeepTheWholeLengthOfMpg123sDecode) {
 TEST_F(WholeLengthTest, BuiltinDecoderFramesAllPassTheSecondStage) {
     for (const auto& [rate, channels] : {std::pair{22050, 2}, {16000, 1}, {11025, 2}}) {
         SCOPED_TRACE(rate);
-        const std::string wav = makeSweep("source.wav", rate, channels, "-b 16");
         const std::string mp3 = path("builtin" + std::to_string(rate) + ".mp3");
-        test::runTool("lame --quiet -b 32 " + wav + " " + mp3);
-        test::runTool("mpg123 -q -w " + path("mpg123.wav") + " " + mp3);
-        const auto reference = soxNative(path("mpg123.wav"));
-
+        const auto reference = sweepMp3(mp3, rate, channels, "-b 32");
         const auto ours = decodedByCli(mp3, "--decoder builtin");
         expectLikeReference(ours, reference, 40.0, 30.0);
         EXPECT_EQ(readThroughReader(mp3, 1), ours);

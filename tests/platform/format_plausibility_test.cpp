@@ -3,20 +3,19 @@
 #include <gtest/gtest.h>
 
 #include "platform/native_length.h"
+#include "support/riff_bytes.h"
 
 namespace tunebox {
 namespace {
 
-WaveFormat pcm(uint16_t channels, uint32_t rate, uint16_t bits) {
-    const auto align = static_cast<uint16_t>(channels * (bits / 8));
-    return {kFormatPcm, channels, rate, align * rate, align, bits, 0};
-}
+using test::pcmFormat;
 
 TEST(FormatPlausibility, RealRecordingFormatsPass) {
     const WaveFormat layer3{kFormatMpegLayer3, 2, 44100, 128000, 1, 0, 12};
     const WaveFormat aLaw{kFormatALaw, 1, 8000, 8000, 1, 8, 0};
-    for (const WaveFormat& format : {kNativeFormat, pcm(1, 8000, 16), pcm(2, 1000, 16),
-                                     pcm(8, 768000, 16), pcm(1, 2757, 8), layer3, aLaw}) {
+    for (const WaveFormat& format :
+         {kNativeFormat, pcmFormat(1, 8000, 16), pcmFormat(2, 1000, 16), pcmFormat(8, 768000, 16),
+          pcmFormat(1, 2757, 8), layer3, aLaw}) {
         EXPECT_EQ(implausibleFormatReason(format), "") << format.samplesPerSec;
     }
 }
@@ -29,18 +28,18 @@ TEST(FormatPlausibility, EachRefusalNamesTheFieldAndItsValue) {
     const WaveFormat silentMpeg{kFormatMpegLayer3, 2, 44100, 0, 1, 0, 12};
     const WaveFormat wideMuLaw{kFormatMuLaw, 1, 8000, 16000, 2, 16, 0};
     const std::pair<WaveFormat, std::string> cases[] = {
-        {pcm(2, 1, 16), "sample rate 1 Hz is outside 1000-768000 Hz"},
-        {pcm(1, 1, 8), "sample rate 1 Hz is outside 1000-768000 Hz"},
-        {pcm(2, 999, 16), "sample rate 999 Hz is outside 1000-768000 Hz"},
-        {pcm(2, 768001, 16), "sample rate 768001 Hz is outside 1000-768000 Hz"},
-        {pcm(0, 44100, 16), "channel count 0 is outside 1-8"},
-        {pcm(9, 44100, 16), "channel count 9 is outside 1-8"},
-        {pcm(2, 44100, 24), "bits per sample 24 is not supported (PCM: 8 or 16)"},
+        {pcmFormat(2, 1, 16), "sample rate 1 Hz is outside 1000-768000 Hz"},
+        {pcmFormat(1, 1, 8), "sample rate 1 Hz is outside 1000-768000 Hz"},
+        {pcmFormat(2, 999, 16), "sample rate 999 Hz is outside 1000-768000 Hz"},
+        {pcmFormat(2, 768001, 16), "sample rate 768001 Hz is outside 1000-768000 Hz"},
+        {pcmFormat(0, 44100, 16), "channel count 0 is outside 1-8"},
+        {pcmFormat(9, 44100, 16), "channel count 9 is outside 1-8"},
+        {pcmFormat(2, 44100, 24), "bits per sample 24 is not supported (PCM: 8 or 16)"},
         {wideMuLaw, "bits per sample 16 is not supported (A-law, mu-law: 8)"},
         {badAlign, "block alignment 3 does not match 2 channels of 16 bits (4)"},
         {badRate,
          "average bytes per second 100000 does not match 44100 frames of 4 bytes (176400)"},
-        {pcm(1, 2756, 8),
+        {pcmFormat(1, 2756, 8),
          "average bytes per second 2756 is too few: native audio would be more than 64 times as "
          "large"},
         {silentMpeg, "average bytes per second 0"},

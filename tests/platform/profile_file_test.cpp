@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <iterator>
 
 #include "support/temp_dir.h"
+#include "support/test_files.h"
 
 namespace tunebox {
 namespace {
@@ -13,10 +13,6 @@ namespace {
 class ProfileFileTest : public ::testing::Test {
   protected:
     void writeText(const std::string& text) { std::ofstream(file_, std::ios::binary) << text; }
-    std::string readText() const {
-        std::ifstream in(file_, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
 
     test::TempDir dir_;
     std::filesystem::path file_ = dir_ / "Tunebox.INI";
@@ -51,7 +47,8 @@ TEST_F(ProfileFileTest, NamesMatchWithoutCaseAndTheFirstSectionWins) {
 }
 
 TEST_F(ProfileFileTest, StringsFitTheBufferWithoutSplittingACharacter) {
-    writeText("[F]\nPATH=" + std::string(300, 'a') + "\nWIDE=ab\xE5\xA4\xB1\n");
+    writeText("[F]\nPATH=" + std::string(300, 'a') + "\nWIDE=ab\xE5\xA4\xB1\nEMPTY=\n");
+    EXPECT_EQ(profileReadString(file_, "F", "EMPTY", "dflt", 260), "");
     EXPECT_EQ(profileReadString(file_, "F", "PATH", "", 260), std::string(259, 'a'));
     EXPECT_EQ(profileReadString(file_, "F", "WIDE", "", 5), "ab");
     EXPECT_EQ(profileReadString(file_, "F", "WIDE", "", 6), "ab\xE5\xA4\xB1");
@@ -66,19 +63,10 @@ TEST_F(ProfileFileTest, WritesChangeOneLineAndKeepEveryOtherByte) {
     ASSERT_EQ(profileWriteString(file_, "rec_difference", "DIFF_PLAY_BYTE", "40"), 1);
     ASSERT_EQ(profileWriteString(file_, "REC_DIFFERENCE", "MANUAL_DIFF", "1"), 1);
     ASSERT_EQ(profileWriteString(file_, "MP3_DECODER", "ORIGINAL", "1\nInjected=1"), 1);
-    EXPECT_EQ(readText(),
+    EXPECT_EQ(test::readText(file_),
               "; settings\r\n\r\n[REC_DIFFERENCE]\r\nDIFF_PLAY_BYTE=40\r\n  # note\r\n"
               "MANUAL_DIFF=1\r\n\r\n[MIC_FOLDER]\r\nPATH=/old/\r\n\r\n[LAST]\r\nK=v\r\n"
               "[MP3_DECODER]\r\nORIGINAL=1\r\n");
-}
-
-TEST_F(ProfileFileTest, WriteCreatesTheFileAndItsDirectories) {
-    const auto nested = dir_ / "a" / "b" / "Tunebox.INI";
-    ASSERT_EQ(profileWriteString(nested, "S", "K", ""), 1);
-    ASSERT_EQ(profileWriteString(nested, "S", "L", "x"), 1);
-    std::ifstream in(nested, std::ios::binary);
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), "[S]\nK=\nL=x\n");
-    EXPECT_EQ(profileReadString(nested, "S", "K", "dflt", 260), "");
 }
 
 TEST_F(ProfileFileTest, UnwritableFileFailsAndIsLeftAlone) {

@@ -2,40 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <fstream>
-#include <iterator>
-#include <optional>
 
+#include "support/scoped_environment.h"
 #include "support/temp_dir.h"
+#include "support/test_files.h"
 
 namespace tunebox {
 namespace {
 
-// Sets or clears an environment variable for one test and puts it back.
-class ScopedEnvironment {
-  public:
-    ScopedEnvironment(const char* name, const char* value) : name_(name) {
-        if (const char* old = std::getenv(name)) {
-            previous_ = old;
-        }
-        set(value);
-    }
-    ~ScopedEnvironment() { set(previous_ ? previous_->c_str() : nullptr); }
-    ScopedEnvironment(const ScopedEnvironment&) = delete;
-    ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
-
-  private:
-    void set(const char* value) {
-        if (value == nullptr) {
-            unsetenv(name_);
-        } else {
-            setenv(name_, value, 1);
-        }
-    }
-    const char* name_;
-    std::optional<std::string> previous_;
-};
+using test::ScopedEnvironment;
 
 TEST(SettingsPath, ConfigDirectoryOverridesXdgWhichOverridesHome) {
     ScopedEnvironment home("HOME", "/home/singer");
@@ -58,10 +34,6 @@ class SettingsTest : public ::testing::Test {
         std::filesystem::create_directories(configDir_);
         std::ofstream(settingsPath(), std::ios::binary) << text;
     }
-    std::string fileText() const {
-        std::ifstream in(settingsPath(), std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
 
     test::TempDir dir_;
     std::filesystem::path configDir_ = dir_ / "missing" / "tunebox";
@@ -75,7 +47,7 @@ TEST_F(SettingsTest, WithoutAFileTheDelayStaysEmptyAndSavesAsEmptyAndOff) {
     EXPECT_EQ(settings.manualDelayFlag, 0);
 
     writeSyncSettings(settings);
-    EXPECT_EQ(fileText(), "[REC_DIFFERENCE]\nDIFF_PLAY_BYTE=\nMANUAL_DIFF=0\n");
+    EXPECT_EQ(test::readText(settingsPath()), "[REC_DIFFERENCE]\nDIFF_PLAY_BYTE=\nMANUAL_DIFF=0\n");
     SyncSettings again{"kept", 1};
     readSyncSettings(again);
     EXPECT_EQ(again.manualDelayText, "kept");  // an empty value counts as absent

@@ -15,15 +15,6 @@ using test::queueAll;
 
 constexpr uint32_t kBlock = 8820;  // 50 ms
 
-std::vector<int16_t> capturedSamples(const BufferSet& buffers) {
-    std::vector<int16_t> samples;
-    for (const auto& buffer : buffers.data) {
-        const auto* begin = reinterpret_cast<const int16_t*>(buffer.data());
-        samples.insert(samples.end(), begin, begin + buffer.size() / 2);
-    }
-    return samples;
-}
-
 TEST(VirtualAudio, HeadersFollowTheQueueRulesAndResetReturnsEveryOne) {
     VirtualAudio audio({.speed = 50});
     audio.setOutputHangs(true);
@@ -144,7 +135,7 @@ TEST(VirtualAudio, PositionsGiveTheTrueRoundTripToTheByte) {
 
     ASSERT_TRUE(inputDone.waitFor(20));
     const auto search =
-        findOffset(leftChannel(clicks), leftChannel(capturedSamples(captured)), -44100, 44100);
+        findOffset(leftChannel(clicks), leftChannel(captured.samples()), -44100, 44100);
     ASSERT_TRUE(search.found) << search.reason;
     EXPECT_EQ(search.offsetFrames * 4, positionDelay);
 }
@@ -166,8 +157,7 @@ TEST(VirtualAudio, TheVoiceIsSungInTimeWithWhatTheOutputPlays) {
     ASSERT_TRUE(queueAll(*output, played, &OutputDevice::write));
     audio.setClockStalled(false);
     ASSERT_TRUE(inputDone.waitFor(8));
-    const auto search =
-        findOffset(leftChannel(voice), leftChannel(capturedSamples(captured)), 0, 44100);
+    const auto search = findOffset(leftChannel(voice), leftChannel(captured.samples()), 0, 44100);
     ASSERT_TRUE(search.found) << search.reason;
     EXPECT_EQ(search.offsetFrames, 100);
     EXPECT_GT(search.match, 0.999);

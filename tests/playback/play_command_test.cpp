@@ -4,20 +4,15 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 
+#include "support/command_runner.h"
 #include "support/player_support.h"
 #include "support/temp_dir.h"
 
 namespace tunebox {
 namespace {
 
-struct CommandRun {
-    int status = -1;
-    std::string out;
-    std::string err;
-};
+using test::RunResult;
 
 class PlayCommand : public ::testing::Test {
   protected:
@@ -28,19 +23,15 @@ class PlayCommand : public ::testing::Test {
 
     // The command runs in the background as $player; `then` runs in the
     // shell meanwhile.
-    CommandRun play(const std::string& arguments, const std::string& backend = "virtual",
-                    const std::string& speed = "20", const std::string& then = "") {
+    RunResult play(const std::string& arguments, const std::string& backend = "virtual",
+                   const std::string& speed = "20", const std::string& then = "") {
         const std::string command =
             "cd '" + dir_.path().string() + "' && TUNEBOX_AUDIO=" + backend +
             " TUNEBOX_VIRTUAL_SPEED=" + speed + " '" + TUNEBOX_EXE + "' play " + arguments +
             " </dev/null >out.txt 2>err.txt & player=$!; " + then + " wait $player";
         const int raw = std::system(command.c_str());
-        return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, text("out.txt"), text("err.txt")};
-    }
-
-    std::string text(const std::string& name) {
-        std::ifstream in(dir_ / name);
-        return {std::istreambuf_iterator<char>(in), {}};
+        return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, test::slurp(dir_ / "out.txt"),
+                test::slurp(dir_ / "err.txt")};
     }
 
     test::TempDir dir_;
@@ -49,7 +40,7 @@ class PlayCommand : public ::testing::Test {
 // Off a terminal it plays quietly to the end.
 TEST_F(PlayCommand, PlaysAFileToItsEndWithAndWithoutEcho) {
     for (const std::string options : {"", " --echo", " --start 1.5"}) {
-        const CommandRun run = play("take.wav" + options);
+        const RunResult run = play("take.wav" + options);
         EXPECT_EQ(run.status, 0) << options << ": " << run.err;
         EXPECT_EQ(run.out, "");
         EXPECT_EQ(run.err, "");
@@ -57,28 +48,26 @@ TEST_F(PlayCommand, PlaysAFileToItsEndWithAndWithoutEcho) {
 }
 
 TEST_F(PlayCommand, BadInputGivesOneLineAndStatusTwo) {
-    const std::pair<std::string, std::string> cases[] = {
-        {"missing.wav", "tunebox: missing.wav: no such file\n"},
-        {".", "tunebox: .: is a directory\n"},
-        {"take.wav --start 3", "tunebox: --start 3 lies past the end of take.wav (00:03:00)\n"},
+    const struct {
+        std::string arguments, backend, message;
+    } cases[] = {
+        {"missing.wav", "virtual", "tunebox: missing.wav: no such file\n"},
+        {".", "virtual", "tunebox: .: is a directory\n"},
+        {"take.wav --start 3", "virtual",
+         "tunebox: --start 3 lies past the end of take.wav (00:03:00)\n"},
+        {"take.wav", "none-such", "tunebox: no audio output device\n"},
     };
-    for (const auto& [arguments, message] : cases) {
-        const CommandRun run = play(arguments);
+    for (const auto& [arguments, backend, message] : cases) {
+        const RunResult run = play(arguments, backend);
         EXPECT_EQ(run.status, 2) << arguments;
         EXPECT_EQ(run.err, message);
     }
 }
 
-TEST_F(PlayCommand, NoOutputDeviceIsSaidInOneLine) {
-    const CommandRun run = play("take.wav", "none-such");
-    EXPECT_EQ(run.status, 2);
-    EXPECT_EQ(run.err, "tunebox: no audio output device\n");
-}
-
 // At real speed the three seconds are far from over when Ctrl-C comes.
 TEST_F(PlayCommand, CtrlCStopsPlaybackAtOnce) {
     const auto started = std::chrono::steady_clock::now();
-    const CommandRun run = play("take.wav", "virtual", "1", "sleep 0.5; kill -INT $player;");
+    const RunResult run = play("take.wav", "virtual", "1", "sleep 0.5; kill -INT $player;");
     EXPECT_EQ(run.status, 130);
     EXPECT_EQ(run.err, "");
     EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::milliseconds(2500));

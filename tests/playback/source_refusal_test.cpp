@@ -31,11 +31,8 @@ class SourceRefusalTest : public ::testing::Test {
     // A few real MPEG frames, so that a file falling through to the MP3
     // opener would open.
     Bytes mpegFrames() {
-        const std::string wav = (dir_ / "tone.wav").string();
-        const std::string mp3 = (dir_ / "tone.mp3").string();
-        test::runTool("sox -n -r 44100 -c 2 -b 16 " + wav + " synth 0.1 sine 440");
-        test::runTool("lame --quiet -b 128 " + wav + " " + mp3);
-        return test::readFile(mp3);
+        return test::readFile(
+            test::synthesiseMp3(dir_ / "tone.mp3", 44100, 2, "synth 0.1 sine 440", "-b 128"));
     }
     static Bytes wave(const Bytes& format, const Bytes& data) {
         return test::riff("WAVE", test::chunk("fmt ", format) + test::chunk("data", data));

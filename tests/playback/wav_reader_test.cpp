@@ -8,6 +8,7 @@
 
 #include "support/riff_bytes.h"
 #include "support/temp_dir.h"
+#include "support/tool_fixture.h"
 
 namespace tunebox {
 namespace {
@@ -24,13 +25,6 @@ class WavReaderTest : public ::testing::Test {
     std::string store(const Bytes& bytes) {
         const std::string path = (dir_ / ("f" + std::to_string(++files_) + ".wav")).string();
         test::writeFile(path, bytes);
-        return path;
-    }
-    std::string soxSine(const std::string& name, const std::string& options) {
-        const std::string path = (dir_ / name).string();
-        const std::string command =
-            "sox -n " + options + " '" + path + "' synth 1 sine 440 2>/dev/null";
-        EXPECT_EQ(test::run(command), 0) << command;
         return path;
     }
     WavOpenStatus examine(const std::string& path) {
@@ -51,7 +45,7 @@ std::size_t dataStart(const Bytes& bytes) {
 }
 
 TEST_F(WavReaderTest, NativeSoxFileIsReadDirectlyFromItsFirstDataByte) {
-    const std::string path = soxSine("native.wav", "-r 44100 -c 2 -b 16");
+    const std::string path = test::synthesise(dir_ / "native.wav", 44100, 2, "synth 1 sine 440");
     const Bytes bytes = test::readFile(path);
     const std::size_t start = dataStart(bytes);
 
@@ -61,22 +55,6 @@ TEST_F(WavReaderTest, NativeSoxFileIsReadDirectlyFromItsFirstDataByte) {
     EXPECT_EQ(source_.conversionFlag, 0u);
     EXPECT_TRUE(sameFormat(source_.outputFormat, kNativeFormat));
     EXPECT_EQ(file_->seek(0, SEEK_CUR), static_cast<int64_t>(start));
-}
-
-TEST_F(WavReaderTest, OtherPcmFormatsOpenThroughTheConverterWithTheirPlayingTime) {
-    const char* const options[] = {"-r 22050 -c 2 -b 16", "-r 44100 -c 1 -b 16",
-                                   "-r 44100 -c 2 -b 8", "-r 8000 -c 2 -e a-law",
-                                   "-r 44100 -c 1 -e mu-law"};
-    int n = 0;
-    for (const char* option : options) {
-        SCOPED_TRACE(option);
-        const std::string path = soxSine("other" + std::to_string(++n) + ".wav", option);
-        ASSERT_EQ(wavOpenSource(path, file_, length_, source_, 0), 1);
-        EXPECT_EQ(source_.conversionFlag, 1u);
-        // sox writes one second: data size / bytes per second x 176,400.
-        EXPECT_EQ(length_, 176400u);
-        wavCloseSource(file_, source_);
-    }
 }
 
 TEST_F(WavReaderTest, FormatChunkMayHoldOneToThirtyTwoBytes) {

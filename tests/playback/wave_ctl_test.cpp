@@ -97,8 +97,8 @@ TEST_F(WaveCtlTest, AFileShorterThanOneBufferPlaysWholeAndEnds) {
 TEST_F(WaveCtlTest, ConvertedFilesPlayToTheirEnd) {
     for (const char* seconds : {"0.3", "2.2"}) {
         SCOPED_TRACE(seconds);
-        const std::string path = (dir_ / (std::string(seconds) + ".wav")).string();
-        test::runTool("sox -n -r 22050 -c 1 -b 16 " + path + " synth " + seconds + " sine 300");
+        const std::string path = test::synthesise(dir_ / (std::string(seconds) + ".wav"), 22050, 1,
+                                                  std::string("synth ") + seconds + " sine 300");
         test::Opened opened;
         ASSERT_TRUE(test::open(path, opened));
         const auto whole = test::readAll(opened, kBuffer);

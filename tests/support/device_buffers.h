@@ -32,6 +32,15 @@ struct BufferSet {
             offset += count;
         }
     }
+    // Every buffer's samples, in order.
+    std::vector<int16_t> samples() const {
+        std::vector<int16_t> all;
+        for (const auto& buffer : data) {
+            const auto* begin = reinterpret_cast<const int16_t*>(buffer.data());
+            all.insert(all.end(), begin, begin + buffer.size() / 2);
+        }
+        return all;
+    }
     std::vector<std::vector<uint8_t>> data;
     std::vector<WaveHeader> headers;
 };

@@ -64,6 +64,13 @@ inline Bytes operator+(Bytes a, const Bytes& b) {
     return a;
 }
 
+// A linear PCM format record (or another tag with the same arithmetic).
+inline WaveFormat pcmFormat(uint16_t channels, uint32_t rate, uint16_t bits,
+                            uint16_t tag = kFormatPcm) {
+    const auto align = static_cast<uint16_t>(channels * bits / 8);
+    return {tag, channels, rate, align * rate, align, bits, 0};
+}
+
 // A "fmt " payload of `size` bytes: the format record, cut or zero-padded.
 inline Bytes formatPayload(const WaveFormat& format, std::size_t size) {
     Bytes bytes;
