@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "effects/band_section.h"
 #include "effects/effect_control.h"
 #include "effects/play_range.h"
 #include "playback/wave_ctl.h"
@@ -14,7 +15,6 @@
 namespace tunebox {
 
 // The preset every entry starts with: flat bands, full level, a 0.9 room.
-inline constexpr int kInitialBandGain = 24;
 inline constexpr int32_t kInitialLevel = 100;
 inline constexpr int32_t kInitialRoomTenths = 9;
 
@@ -33,7 +33,7 @@ struct TrackEntry {
   private:
     static BandValues initialBands() {
         BandValues bands;
-        bands.fill(kInitialBandGain);
+        bands.fill(kFlatBandValue);
         return bands;
     }
 };

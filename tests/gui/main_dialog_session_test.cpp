@@ -26,13 +26,6 @@ class MainDialogSessionTest : public SessionTest {
     QString label(ControlId id) const { return control<QLabel>(id)->text(); }
 };
 
-TEST_F(MainDialogSessionTest, PlayWithNoFilePickedDoesNothing) {
-    start(2, 1, false);
-    click(kKaraokePlay);
-    EXPECT_EQ(karaoke().state, kIdle);
-    EXPECT_EQ(face(kKaraokePlay), kFacePlay);
-}
-
 TEST_F(MainDialogSessionTest, PickingAnotherFileReplacesTheOnlyEntry) {
     start(2, 1);
     const auto other = (configDir() / "other.wav").string();

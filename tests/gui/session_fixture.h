@@ -34,9 +34,8 @@ inline void saveScreenshot(QWidget& dialog, const QString& name) {
 
 class SessionTest : public GuiTest {
   protected:
-    // Speed: virtual seconds per real second. Without the pick the song is
-    // written but not chosen, for a take of the voice alone.
-    void start(double songSeconds, double speed, bool pickSong = true) {
+    // Speed: virtual seconds per real second.
+    void start(double songSeconds, double speed) {
         auto config = VirtualAudioConfig{};
         config.speed = speed;
         config.loopbackGain = 0.25f;
@@ -48,10 +47,8 @@ class SessionTest : public GuiTest {
         writeTone(song_, songSeconds);
         dialog_ = std::make_unique<gui::MainDialog>(desktop_.services());
         dialog_->show();
-        if (pickSong) {
-            desktop_.openAnswer = {QString::fromStdString(song_)};
-            click(gui::kKaraokePick);
-        }
+        desktop_.openAnswer = {QString::fromStdString(song_)};
+        click(gui::kKaraokePick);
         control<QLineEdit>(gui::kRecordedName)->setText(QString::fromStdString(take_));
     }
     void TearDown() override {
