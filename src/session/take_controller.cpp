@@ -11,7 +11,10 @@
 namespace tunebox {
 namespace {
 
+// Three reads of 13 sectors fill one engine block.
 constexpr uint8_t kSectorsPerRead = 13;
+static_assert(kEngineBlockBytes == 3 * kSectorsPerRead * kSectorBytes);
+
 TakeButton playButton(TakePlayer player) {
     return player == TakePlayer::kAccompaniment ? TakeButton::kAccompanimentPlay
                                                 : TakeButton::kRecordedPlay;
@@ -26,7 +29,6 @@ TakeButton pauseButton(TakePlayer player) {
 
 TakeController::TakeController(Dispatcher& dispatcher, TakeListener& listener)
     : listener_(listener), capture_(dispatcher) {
-    capture_.setEffectsEnabled(1);
     capture_.registerLevelMeter(&TakeController::onLevels, this);
     capture_.registerFaultNotice(&TakeController::onFault, this);
 }
