@@ -70,15 +70,6 @@ TEST_F(TakeRecordingTest, AccompanimentEndFinishesTheTakeWhichThenPlaysBack) {
     EXPECT_FALSE(shown_.faces[TakeButton::kRecordedPlay]);
 }
 
-// The mixer keeps whole frames of a delay; 4,400 bytes is 1,100 of them.
-TEST_F(TakeRecordingTest, TheManualDelayIsWhatTheMixerUses) {
-    startAudio(1);
-    ASSERT_TRUE(controller().rec({song(20), 1, 4400}).capturing);
-    EXPECT_TRUE(
-        runUntil([&] { return shown_.accompaniment.delay == 4400; }, std::chrono::seconds(3)))
-        << shown_.accompaniment.delay;
-}
-
 // Nobody presses STOP: the fault is told once, the owner ends the take, and
 // the file is finished with what fitted; with the song or the voice alone.
 class FullDiskTest : public TakeRecordingTest, public ::testing::WithParamInterface<bool> {};
