@@ -13,6 +13,7 @@
 #include <QRegularExpressionValidator>
 #include <QTreeWidget>
 #include <QVBoxLayout>
+#include <tuple>
 
 #include "app/gui/app_icon.h"
 #include "app/gui/control_ids.h"
@@ -158,21 +159,17 @@ void MainDialog::createControls() {
     connect(manualDelayCheck_, &QCheckBox::clicked, this, &MainDialog::readFromControls);
     connect(aboutButton_, &QPushButton::clicked, this, &MainDialog::showAbout);
     connect(helpButton_, &QPushButton::clicked, this, &MainDialog::showHelp);
-    connect(karaokeTrackbar_, &PositionTrackbar::scrolled, this,
-            [this](TrackbarScroll kind, int value) {
-                trackbarScrolled(TakePlayer::kAccompaniment, kind, value);
-            });
-    connect(recordedTrackbar_, &PositionTrackbar::scrolled, this,
-            [this](TrackbarScroll kind, int value) {
-                trackbarScrolled(TakePlayer::kRecorded, kind, value);
-            });
-
     karaokeTimer_.setObjectName(QStringLiteral("101"));
     recordedTimer_.setObjectName(QStringLiteral("102"));
-    connect(&karaokeTimer_, &QTimer::timeout, this,
-            [this] { controller_.tick(TakePlayer::kAccompaniment); });
-    connect(&recordedTimer_, &QTimer::timeout, this,
-            [this] { controller_.tick(TakePlayer::kRecorded); });
+    for (auto [trackbar, timer, player] :
+         {std::tuple{karaokeTrackbar_, &karaokeTimer_, TakePlayer::kAccompaniment},
+          {recordedTrackbar_, &recordedTimer_, TakePlayer::kRecorded}}) {
+        connect(trackbar, &PositionTrackbar::scrolled, this,
+                [this, player](TrackbarScroll kind, int value) {
+                    trackbarScrolled(player, kind, value);
+                });
+        connect(timer, &QTimer::timeout, this, [this, player] { controller_.tick(player); });
+    }
 }
 
 void MainDialog::setUpImageButtons() {
