@@ -18,10 +18,10 @@
 #include "app/gui/image_button.h"
 #include "app/gui/main_dialog.h"
 #include "app/gui/position_trackbar.h"
-#include "platform/settings.h"
 #include "gui/fake_desktop.h"
 #include "gui/gui_fixture.h"
 #include "platform/profile_file.h"
+#include "platform/settings.h"
 
 namespace tunebox::test {
 namespace {

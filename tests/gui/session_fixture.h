@@ -7,7 +7,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QtTest/QTest>
-#include <cmath>
 #include <memory>
 
 #include "app/gui/control_ids.h"
@@ -17,38 +16,9 @@
 #include "gui/fake_desktop.h"
 #include "gui/gui_fixture.h"
 #include "platform/virtual_audio.h"
-#include "playback/wav_writer.h"
+#include "support/tone_signals.h"
 
 namespace tunebox::test {
-
-// A 440 Hz tone, `seconds` long, as a native WAV file.
-inline void writeTone(const std::string& path, double seconds) {
-    const auto frames = static_cast<std::size_t>(seconds * 44100);
-    std::vector<int16_t> samples(frames * 2);
-    for (std::size_t i = 0; i < frames; ++i) {
-        const auto value = static_cast<int16_t>(8000 * std::sin(2 * M_PI * 440 * i / 44100.0));
-        samples[2 * i] = value;
-        samples[2 * i + 1] = value;
-    }
-    WaveWriter writer;
-    wavResetWriter(writer);
-    ASSERT_EQ(wavCreateFile(path, writer), 1);
-    ASSERT_EQ(wavWrite(writer, reinterpret_cast<const uint8_t*>(samples.data()),
-                       static_cast<uint32_t>(samples.size() * 2)),
-              1);
-    ASSERT_EQ(wavCloseFile(writer), 1);
-}
-
-// A singer: a loud 220 Hz tone for the meter to show.
-inline std::vector<int16_t> loudVoice(double seconds) {
-    const auto frames = static_cast<std::size_t>(seconds * 44100);
-    std::vector<int16_t> samples(frames * 2);
-    for (std::size_t i = 0; i < frames; ++i) {
-        samples[2 * i] = static_cast<int16_t>(30000 * std::sin(2 * M_PI * 220 * i / 44100.0));
-        samples[2 * i + 1] = static_cast<int16_t>(20000 * std::sin(2 * M_PI * 220 * i / 44100.0));
-    }
-    return samples;
-}
 
 // The dialog as it looks, for review: at 1x, and rendered at 2x as on a
 // high-density screen.
@@ -64,9 +34,8 @@ inline void saveScreenshot(QWidget& dialog, const QString& name) {
 
 class SessionTest : public GuiTest {
   protected:
-    // Speed: virtual seconds per real second. Without the pick the song is
-    // written but not chosen, for a take of the voice alone.
-    void start(double songSeconds, double speed, bool pickSong = true) {
+    // Speed: virtual seconds per real second.
+    void start(double songSeconds, double speed) {
         auto config = VirtualAudioConfig{};
         config.speed = speed;
         config.loopbackGain = 0.25f;
@@ -78,10 +47,8 @@ class SessionTest : public GuiTest {
         writeTone(song_, songSeconds);
         dialog_ = std::make_unique<gui::MainDialog>(desktop_.services());
         dialog_->show();
-        if (pickSong) {
-            desktop_.openAnswer = {QString::fromStdString(song_)};
-            click(gui::kKaraokePick);
-        }
+        desktop_.openAnswer = {QString::fromStdString(song_)};
+        click(gui::kKaraokePick);
         control<QLineEdit>(gui::kRecordedName)->setText(QString::fromStdString(take_));
     }
     void TearDown() override {
@@ -99,14 +66,8 @@ class SessionTest : public GuiTest {
     bool waitFor(Condition condition, int milliseconds = 20000) {
         return QTest::qWaitFor(condition, milliseconds);
     }
-    const gui::PlayerStatus& karaoke() const { return dialog_->karaokeStatus(); }
-    const gui::PlayerStatus& recorded() const { return dialog_->recordedStatus(); }
-    // The accompaniment player's own idea of where it is, in bytes.
-    uint32_t enginePosition() {
-        uint32_t minutes = 0, seconds = 0, frames = 0;
-        dialog_->karaokePlayer().wavGetTime(minutes, seconds, frames);
-        return (minutes * 4500 + seconds * 75 + frames) * 2352;
-    }
+    const PlayerStatus& karaoke() const { return dialog_->karaokeStatus(); }
+    TakeController& controller() { return dialog_->controller(); }
 
     FakeDesktop desktop_;
     std::shared_ptr<VirtualAudio> audio_;

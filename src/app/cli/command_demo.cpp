@@ -5,10 +5,10 @@
 #include "app/cli/commands.h"
 #include "app/cli/demo_tune_file.h"
 #include "app/cli/take_loop.h"
-#include "session/demo_tune.h"
-#include "session/synthetic_voice.h"
 #include "platform/virtual_audio.h"
 #include "playback/wav_length.h"
+#include "session/demo_tune.h"
+#include "session/synthetic_voice.h"
 
 namespace tunebox::cli {
 namespace {
@@ -43,19 +43,19 @@ int demo(const std::string& output) {
         return status;
     }
     chooseDevices();
-    RecordingSession session;
+    CommandLineTake take;
     RecordingOptions options;
     options.accompaniment = tune.string();
     options.output = output;
-    if (!session.rec(options)) {
-        std::cerr << "tunebox: " << session.error() << '\n';
+    if (!take.rec(options)) {
+        std::cerr << "tunebox: " << take.error() << '\n';
         return kExitBadInput;
     }
-    const int status = runTake(session, true);
+    const int status = runTake(take, true);
     uint32_t length = 0;
     if (wavGetLength(output, length) == 1) {
         std::cout << output << ": the take, " << formatSectorTime(length) << ", delay "
-                  << session.capture().syncMx().alignedDelay() << " bytes\n";
+                  << take.capture().syncMx().alignedDelay() << " bytes\n";
     }
     return status;
 }

@@ -10,12 +10,12 @@ namespace {
 int monitor() {
     SyncSettings settings;
     readSyncSettings(settings);
-    RecordingSession session;
-    if (!session.monitor(settings.manualDelayFlag == 1 ? 1 : 0)) {
-        std::cerr << "tunebox: " << session.error() << '\n';
+    CommandLineTake take;
+    if (!take.monitor(settings.manualDelayFlag == 1 ? 1 : 0)) {
+        std::cerr << "tunebox: " << take.error() << '\n';
         return kExitBadInput;
     }
-    return runTake(session, false);
+    return runTake(take, false);
 }
 
 }  // namespace

@@ -16,6 +16,7 @@
 #include "playback/wav_length.h"
 #include "playback/wav_refusal.h"
 #include "playback/wave_ctl.h"
+#include "session/track_list.h"
 
 namespace tunebox::cli {
 namespace {
@@ -28,13 +29,12 @@ struct PlayOptions {
 
 constexpr auto kPollInterval = std::chrono::milliseconds(100);
 
-// The track's defaults as the dialog plays them: level 100, every band at
-// 24, every stage off but the echo when asked for, room size 0.9.
+// The track's preset as the dialog plays it, with the echo only when asked.
+// A plain player, not the recorder's: nothing takes copies of its blocks.
 void initAsTrack(WaveCtl& player, bool echo) {
-    BandValues bands;
-    bands.fill(24);
-    player.wavInit(nullptr, 100, bands, 0, 0, echo ? 1 : 0, 0, PlayRange{}, 1);
-    player.wavSetRoomSize(9);
+    TrackEntry track;
+    track.p2 = echo ? 1 : 0;
+    applyPreset(player, track);
 }
 
 void showProgress(const PlayProgress& progress, bool paused) {

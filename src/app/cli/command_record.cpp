@@ -1,5 +1,4 @@
 #include <cmath>
-#include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -9,6 +8,7 @@
 #include "app/cli/take_loop.h"
 #include "platform/settings.h"
 #include "playback/wav_length.h"
+#include "session/delay_text.h"
 
 namespace tunebox::cli {
 namespace {
@@ -20,12 +20,6 @@ struct RecordArguments {
     bool noEcho = false;
     double startSeconds = 0.0;
 };
-
-// The dialog reads the manual-delay box with "%ld": a sign and leading
-// digits, anything else (or nothing) is 0.
-int32_t parseDelayText(const std::string& text) {
-    return static_cast<int32_t>(std::strtol(text.c_str(), nullptr, 10));
-}
 
 RecordingOptions optionsFrom(const RecordArguments& arguments) {
     RecordingOptions options;
@@ -47,17 +41,17 @@ RecordingOptions optionsFrom(const RecordArguments& arguments) {
 }
 
 int record(const RecordArguments& arguments) {
-    RecordingSession session;
-    if (!session.rec(optionsFrom(arguments))) {
-        std::cerr << "tunebox: " << session.error() << '\n';
+    CommandLineTake take;
+    if (!take.rec(optionsFrom(arguments))) {
+        std::cerr << "tunebox: " << take.error() << '\n';
         return kExitBadInput;
     }
-    const int status = runTake(session, !arguments.accompaniment.empty());
+    const int status = runTake(take, !arguments.accompaniment.empty());
     uint32_t length = 0;
     if (wavGetLength(arguments.output, length) == 1) {
         std::cout << arguments.output << ": " << formatSectorTime(length) << " recorded";
         if (!arguments.accompaniment.empty()) {
-            std::cout << ", delay " << session.capture().syncMx().alignedDelay() << " bytes";
+            std::cout << ", delay " << take.capture().syncMx().alignedDelay() << " bytes";
         }
         std::cout << ", " << lostCaptureBlocks() << " capture blocks lost\n";
     }

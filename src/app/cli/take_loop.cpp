@@ -11,7 +11,7 @@ namespace tunebox::cli {
 namespace {
 
 constexpr auto kTurn = std::chrono::milliseconds(100);
-constexpr int kTurnsPerTick = 5;  // the dialog's 500 ms timer
+constexpr auto kTurnsPerTick = kTickMilliseconds / kTurn.count();
 constexpr int kMeterSegments = 12;
 
 volatile std::sig_atomic_t interrupted = 0;
@@ -45,18 +45,18 @@ std::string bar(int32_t level) {
     return text;
 }
 
-void showProgress(RecordingSession& session, bool showDelay) {
-    std::cout << '\r' << formatSectorTime(session.capture().capturePosition()) << "  "
-              << levelBars(session.firstLevel(), session.secondLevel());
+void showProgress(CommandLineTake& take, bool showDelay) {
+    std::cout << '\r' << formatSectorTime(take.capture().capturePosition()) << "  "
+              << levelBars(take.firstLevel(), take.secondLevel());
     if (showDelay) {
-        std::cout << "  delay " << session.capture().syncMx().currentDelay() << " bytes";
+        std::cout << "  delay " << take.capture().syncMx().currentDelay() << " bytes";
     }
     std::cout << "   " << std::flush;
 }
 
-bool keepsRunning(RecordingSession& session) {
-    return interrupted == 0 && session.capture().isActive() &&
-           session.capture().fault() == CaptureFault::kNone;
+bool keepsRunning(CommandLineTake& take) {
+    return interrupted == 0 && take.capture().isActive() &&
+           take.capture().fault() == CaptureFault::kNone;
 }
 
 }  // namespace
@@ -65,28 +65,27 @@ std::string levelBars(int32_t first, int32_t second) {
     return "L " + bar(first) + "  R " + bar(second);
 }
 
-int runTake(RecordingSession& session, bool showDelay) {
+int runTake(CommandLineTake& take, bool showDelay) {
     InterruptGuard guard;
     const bool terminal = ::isatty(STDOUT_FILENO) == 1;
-    for (int turn = 1; keepsRunning(session); ++turn) {
-        session.runFor(kTurn);
+    for (int turn = 1; keepsRunning(take); ++turn) {
+        take.runFor(kTurn);
         if (turn % kTurnsPerTick != 0) {
             continue;
         }
-        if (session.accompanimentEnded()) {
-            break;
-        }
-        if (terminal) {
-            showProgress(session, showDelay);
+        // The accompaniment's tick ends the take when it has played out.
+        take.tick();
+        if (terminal && take.capture().isActive()) {
+            showProgress(take, showDelay);
         }
     }
-    const CaptureFault fault = session.capture().fault();
-    session.stop();
+    const CaptureFault fault = take.capture().fault();
+    take.controller().stopRecorder();
     if (terminal) {
         std::cout << '\n';
     }
-    if (fault != CaptureFault::kNone || session.capture().fault() != CaptureFault::kNone) {
-        std::cerr << "tunebox: " << session.capture().lastError() << '\n';
+    if (fault != CaptureFault::kNone || take.capture().fault() != CaptureFault::kNone) {
+        std::cerr << "tunebox: " << take.capture().lastError() << '\n';
         return kExitTakeFailed;
     }
     return 0;

@@ -13,13 +13,14 @@
 #include <QRegularExpressionValidator>
 #include <QTreeWidget>
 #include <QVBoxLayout>
+#include <tuple>
 
 #include "app/gui/app_icon.h"
 #include "app/gui/control_ids.h"
 #include "app/gui/image_button.h"
 #include "app/gui/level_meter.h"
-#include "app/gui/position_time.h"
 #include "platform/settings.h"
+#include "session/position_time.h"
 
 namespace tunebox::gui {
 namespace {
@@ -142,29 +143,33 @@ void MainDialog::createControls() {
     setUpImageButtons();
 
     connect(karaokePick_, &QPushButton::clicked, this, &MainDialog::pickKaraoke);
-    connect(karaokePlay_, &QPushButton::clicked, this, [this] { playKaraoke(); });
-    connect(karaokeStop_, &QPushButton::clicked, this, [this] { stopKaraoke(true); });
-    connect(karaokePause_, &QPushButton::clicked, this, &MainDialog::pauseKaraoke);
+    connect(karaokePlay_, &QPushButton::clicked, this, &MainDialog::playKaraoke);
+    connect(karaokeStop_, &QPushButton::clicked, this,
+            [this] { controller_.stopAccompaniment(true); });
+    connect(karaokePause_, &QPushButton::clicked, this,
+            [this] { controller_.pauseAccompaniment(); });
     connect(recordedPick_, &QPushButton::clicked, this, &MainDialog::pickRecorded);
     connect(recordedNameEdit_, &QLineEdit::textChanged, this, &MainDialog::recordedNameChanged);
     connect(recordButton_, &QPushButton::clicked, this, &MainDialog::record);
-    connect(recordedPlay_, &QPushButton::clicked, this, &MainDialog::playRecorded);
-    connect(recorderStop_, &QPushButton::clicked, this, &MainDialog::stopRecorder);
-    connect(recordedPause_, &QPushButton::clicked, this, &MainDialog::pauseRecorded);
+    connect(recordedPlay_, &QPushButton::clicked, this, [this] { controller_.playRecorded(); });
+    connect(recorderStop_, &QPushButton::clicked, this, [this] { controller_.stopRecorder(); });
+    connect(recordedPause_, &QPushButton::clicked, this, [this] { controller_.pauseRecorded(); });
     connect(monitorButton_, &QPushButton::clicked, this, &MainDialog::toggleMonitor);
     connect(echoCheck_, &QCheckBox::clicked, this, &MainDialog::echoChanged);
     connect(manualDelayCheck_, &QCheckBox::clicked, this, &MainDialog::readFromControls);
     connect(aboutButton_, &QPushButton::clicked, this, &MainDialog::showAbout);
     connect(helpButton_, &QPushButton::clicked, this, &MainDialog::showHelp);
-    connect(karaokeTrackbar_, &PositionTrackbar::scrolled, this,
-            [this](TrackbarScroll kind, int value) { trackbarScrolled(karaoke_, kind, value); });
-    connect(recordedTrackbar_, &PositionTrackbar::scrolled, this,
-            [this](TrackbarScroll kind, int value) { trackbarScrolled(recorded_, kind, value); });
-
     karaokeTimer_.setObjectName(QStringLiteral("101"));
     recordedTimer_.setObjectName(QStringLiteral("102"));
-    connect(&karaokeTimer_, &QTimer::timeout, this, &MainDialog::karaokeTick);
-    connect(&recordedTimer_, &QTimer::timeout, this, &MainDialog::recordedTick);
+    for (auto [trackbar, timer, player] :
+         {std::tuple{karaokeTrackbar_, &karaokeTimer_, TakePlayer::kAccompaniment},
+          {recordedTrackbar_, &recordedTimer_, TakePlayer::kRecorded}}) {
+        connect(trackbar, &PositionTrackbar::scrolled, this,
+                [this, player](TrackbarScroll kind, int value) {
+                    trackbarScrolled(player, kind, value);
+                });
+        connect(timer, &QTimer::timeout, this, [this, player] { controller_.tick(player); });
+    }
 }
 
 void MainDialog::setUpImageButtons() {
@@ -264,16 +269,16 @@ void MainDialog::setUpWindowMenu() {
 }
 
 void MainDialog::initialiseMembers() {
-    karaokeTrackbar_->setValue(karaoke_.position);
-    recordedTrackbar_->setValue(recorded_.position);
+    karaokeTrackbar_->setValue(static_cast<int>(controller_.accompaniment().position));
+    recordedTrackbar_->setValue(static_cast<int>(controller_.recorded().position));
     echoFlag_ = 1;
-    connectCapture();
+    controller_.setEcho(echoFlag_);
     manualDelayFlag_ = 0;
     SyncSettings settings;
     readSyncSettings(settings);
     manualDelayText_ = QString::fromStdString(settings.manualDelayText);
     manualDelayFlag_ = settings.manualDelayFlag;
-    timeText_ = QString::fromStdString(formatPositionTime(karaoke_.position));
+    timeText_ = QString::fromStdString(formatPositionTime(controller_.accompaniment().position));
     pushToControls();
 }
 
@@ -320,9 +325,7 @@ bool MainDialog::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void MainDialog::destroy() {
-    if (karaoke_.state != kIdle) {
-        stopKaraoke(false);
-    }
+    controller_.close();
     SyncSettings settings;
     settings.manualDelayText = manualDelayEdit_->text().toStdString();
     settings.manualDelayFlag = manualDelayCheck_->isChecked() ? 1 : 0;

@@ -1,8 +1,7 @@
 #pragma once
-// The main dialog: the whole user interface and the controller of a
-// recording session. It owns the accompaniment player (which hands copies of
-// what it plays to the recorder), the player that auditions the recorded
-// file, and the capture engine, and decides when each starts and stops.
+// The main dialog: the whole user interface of a recording session. The take
+// controller it owns runs the players and the capture engine; the dialog
+// keeps the widgets, the button faces, the pickers and the message boxes.
 
 #include <QDialog>
 #include <QTimer>
@@ -11,10 +10,8 @@
 #include "app/gui/dialog_services.h"
 #include "app/gui/position_trackbar.h"
 #include "app/gui/qt_dispatcher.h"
-#include "app/gui/track_list.h"
-#include "capture/rec_wav.h"
-#include "playback/mixing_wave_ctl.h"
-#include "playback/wave_ctl.h"
+#include "session/take_controller.h"
+#include "session/track_list.h"
 
 class QCheckBox;
 class QLabel;
@@ -26,37 +23,19 @@ namespace tunebox::gui {
 class ImageButton;
 class LevelMeter;
 
-enum PlayerMode : int { kIdle = 0, kPlaying = 1, kPaused = 2 };
-
-// What the dialog keeps about one player.
-struct PlayerStatus {
-    int state = kIdle;
-    uint32_t position = 0;  // where the next open starts, in bytes
-    uint32_t length = 0;
-    int dragged = 0;        // the thumb is held
-    int restartMarker = 0;  // set by PLAY while playing; nothing reads it
-};
-
-class MainDialog : public QDialog {
+class MainDialog : public QDialog, private TakeListener {
     Q_OBJECT
 
   public:
     explicit MainDialog(DialogServices services = desktopServices(), QWidget* parent = nullptr);
     ~MainDialog() override;
 
-    const PlayerStatus& karaokeStatus() const { return karaoke_; }
-    const PlayerStatus& recordedStatus() const { return recorded_; }
-    int monitorOn() const { return monitorFlag_; }
+    const PlayerStatus& karaokeStatus() const { return controller_.accompaniment(); }
+    const PlayerStatus& recordedStatus() const { return controller_.recorded(); }
+    int monitorOn() const { return controller_.monitorOn(); }
     int currentIndex() const { return currentIndex_; }
     LevelMeter& meter() const { return *meter_; }
-    WaveCtl& karaokePlayer() { return karaokePlayer_; }
-    WaveCtl& recordedPlayer() { return recordedPlayer_; }
-    CRecWav& capture() { return capture_; }
-
-    // The capture engine's level callback lands here.
-    void drawLevels(int first, int second);
-    // And its fault notice.
-    void captureFaulted(CaptureFault fault);
+    TakeController& controller() { return controller_; }
 
   protected:
     void paintEvent(QPaintEvent* event) override;
@@ -78,55 +57,38 @@ class MainDialog : public QDialog {
 
     // Commands.
     void pickKaraoke();
-    int playKaraoke();
-    void stopKaraoke(bool reset);
-    void pauseKaraoke();
+    void playKaraoke();
     void pickRecorded();
     void recordedNameChanged();
     void record();
-    void playRecorded();
-    void stopRecorder();
-    void pauseRecorded();
     void toggleMonitor();
     void echoChanged();
     void manualDelayLeft();
     void showAbout();
     void showHelp();
-
-    // Shared steps.
-    void togglePause(PlayerStatus& status, WaveCtl& player, ImageButton* pauseButton);
-    void stopRecordedPlayer();
-    void karaokeTick();
-    void recordedTick();
-    void trackbarScrolled(PlayerStatus& status, TrackbarScroll kind, int value);
-    void refreshKaraokeDisplay();
-    int32_t takeDelay();
-    void refreshRecordedTrackbar();
+    void trackbarScrolled(TakePlayer player, TrackbarScroll kind, int value);
+    std::optional<TrackEntry> currentTrack() const;
     bool playersIdle() const;
-
-    // Capture.
-    int captureActive() const { return capture_.isActive(); }
-    void stopMonitor();
-    void startSyncOffsets();
-    void connectCapture();
     void endFaultedTake(CaptureFault fault);
     void destroy();
 
+    // What the take controller shows.
+    void showFace(TakeButton button, bool lit) override;
+    void showLevels(int32_t first, int32_t second) override;
+    void captureFaulted(CaptureFault fault) override;
+    void tickerChanged(TakePlayer player, bool running) override;
+    void showAccompaniment(const AccompanimentReadout& readout) override;
+    void showRecordedTrackbar(int value) override;
+    void showStartPositions(uint32_t playback, uint32_t capture) override;
+    void recorderStopping(bool stopping) override;
+    void showTime(uint32_t position);
+
     DialogServices services_;
-    MixingWaveCtl karaokePlayer_;
-    WaveCtl recordedPlayer_;
-    PlayerStatus karaoke_;
-    PlayerStatus recorded_;
-    // Declared after the players it reads from, so it is gone before them.
+    // Before the controller, whose capture engine posts to it until it goes.
     QtDispatcher dispatcher_;
-    CRecWav capture_{dispatcher_};
+    TakeController controller_{dispatcher_, *this};
     TrackList list_;
     int currentIndex_ = -1;
-    // Where the accompaniment's current run started, in bytes.
-    uint32_t karaokeRunStart_ = 0;
-    // The delay the mixer lined the take up with, for the read-out.
-    int32_t takeDelay_ = 0;
-    int monitorFlag_ = 0;
 
     // Members exchanged with controls.
     QString karaokeName_;

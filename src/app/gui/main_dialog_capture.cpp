@@ -1,30 +1,14 @@
-// The capture side: REC, the level monitor, echo and the manual delay.
+// The capture side: REC, the level monitor, echo, the manual delay, and a
+// take that a fault cut short.
 
-#include <cstdlib>
-
-#include "core/diagnostic_log.h"
 #include "app/gui/about_dialog.h"
-#include "app/gui/image_button.h"
-#include "app/gui/level_meter.h"
 #include "app/gui/main_dialog.h"
 #include "app/gui/project_pages.h"
-#include "core/wave_format.h"
+#include "core/diagnostic_log.h"
+#include "session/delay_text.h"
 
 namespace tunebox::gui {
 namespace {
-
-constexpr uint32_t kRecordSlotBytes = kEngineBlockBytes;
-// 25 ms of sound: the meter moves smoothly. Deliberately not whole frames.
-constexpr uint32_t kMonitorSlotBytes = 4410;
-constexpr int32_t kCaptureBuffers = 3;
-
-void meterCallback(int32_t first, int32_t second, void* context) {
-    static_cast<MainDialog*>(context)->drawLevels(first, second);
-}
-
-void faultCallback(CaptureFault fault, void* context) {
-    static_cast<MainDialog*>(context)->captureFaulted(fault);
-}
 
 QString faultText(CaptureFault fault) {
     return fault == CaptureFault::kOutputWrite
@@ -32,23 +16,10 @@ QString faultText(CaptureFault fault) {
                : QStringLiteral("ﾏｲｸからの入力が止まりました。");
 }
 
-// "%ld" of the manual-delay text: leading digits, 0 for none.
-int32_t parseDelay(const QString& text) {
-    return static_cast<int32_t>(std::strtol(text.toStdString().c_str(), nullptr, 10));
-}
-
 }  // namespace
 
-void MainDialog::connectCapture() {
-    capture_.setEffectsEnabled(echoFlag_);
-    capture_.registerLevelMeter(meterCallback, this);
-    capture_.registerFaultNotice(faultCallback, this);
-}
-
-// A full disk or a microphone that went away ends the take at once, with or
-// without the accompaniment: waiting for STOP would only lose more of it.
 void MainDialog::captureFaulted(CaptureFault fault) {
-    logAlways(capture_.lastError());
+    logAlways(controller_.capture().lastError());
     // The notice may be run by a stop that is waiting for its buffers; the
     // take is ended from the event loop instead, outside that stop.
     QMetaObject::invokeMethod(
@@ -56,87 +27,34 @@ void MainDialog::captureFaulted(CaptureFault fault) {
 }
 
 void MainDialog::endFaultedTake(CaptureFault fault) {
-    const bool recording = monitorFlag_ == 0;
-    if (captureActive()) {
-        stopRecorder();
-    }
     QString text = faultText(fault);
-    if (recording) {
+    if (controller_.endFaultedTake()) {
         text += QStringLiteral("ここまでの録音は保存しました:") + recordedName_;
     }
     services_.showStop(this, QStringLiteral("録音の中断"), text);
 }
 
 void MainDialog::record() {
-    if (karaoke_.state != kIdle || recorded_.state != kIdle || recordedName_.isEmpty()) {
-        return;
+    RecordRequest request;
+    if (!karaokeName_.isEmpty()) {
+        request.track = currentTrack();
     }
-    if (captureActive()) {
-        if (monitorFlag_ != 1) {
-            return;
-        }
-        stopMonitor();
-    }
-    const int32_t delay = parseDelay(manualDelayText_);
-    MixingWaveCtl* source = karaokeName_.isEmpty() ? nullptr : &karaokePlayer_;
-    if (capture_.startRecording(kNativeFormat, kRecordSlotBytes, kCaptureBuffers, source,
-                                manualDelayFlag_, delay) == 1) {
-        setFace(recordButton_, kFaceRecording);
-        takeDelay_ = 0;
-        // Capture runs before the accompaniment starts, so that nothing the
-        // singer hears is missing from the take.
-        playKaraoke();
-    }
-    startSyncOffsets();
-}
-
-void MainDialog::startSyncOffsets() {
-    const uint32_t capturePosition = capture_.capturePosition();
-    const uint32_t playbackPosition = karaokePlayer_.wavGetDevicePosition();
-    capture_.syncMx().setStartPositions(playbackPosition, capturePosition);
-    playbackStartText_ = QString::number(playbackPosition);
-    captureStartText_ = QString::number(capturePosition);
-    pushToControls();
-}
-
-void MainDialog::stopMonitor() {
-    capture_.stop();
-    setFace(monitorButton_, kFaceMonitor);
-    monitorFlag_ = 0;
-    drawLevels(0, 0);
+    request.manualFlag = manualDelayFlag_;
+    request.manualDelay = parseDelayText(manualDelayText_.toStdString());
+    controller_.rec(request);
 }
 
 void MainDialog::toggleMonitor() {
-    if (monitorFlag_ == 1) {
-        stopMonitor();
-        return;
-    }
-    if (captureActive()) {
-        return;
-    }
-    if (capture_.startLevelMonitor(kNativeFormat, kMonitorSlotBytes, kCaptureBuffers, nullptr,
-                                   manualDelayFlag_, 0) == 1) {
-        setFace(monitorButton_, kFaceMonitoring);
-        monitorFlag_ = 1;
-    }
+    controller_.toggleMonitor(manualDelayFlag_);
 }
 
 void MainDialog::echoChanged() {
     readFromControls();
-    capture_.setEffectsEnabled(echoFlag_);
-}
-
-void MainDialog::recordedNameChanged() {
-    readFromControls();
-    capture_.setOutputFileName(recordedName_.toStdString());
+    controller_.setEcho(echoFlag_);
 }
 
 void MainDialog::manualDelayLeft() {
     readFromControls();
-}
-
-void MainDialog::drawLevels(int first, int second) {
-    meter_->draw(first, second);
 }
 
 void MainDialog::showAbout() {

@@ -3,7 +3,7 @@
 #include <QPainter>
 #include <QStyleOptionSlider>
 
-#include "app/gui/position_time.h"
+#include "session/position_time.h"
 
 namespace tunebox::gui {
 

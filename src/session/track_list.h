@@ -7,18 +7,22 @@
 #include <string>
 #include <vector>
 
+#include "effects/band_section.h"
 #include "effects/effect_control.h"
 #include "effects/play_range.h"
+#include "playback/wave_ctl.h"
 
-namespace tunebox::gui {
+namespace tunebox {
 
-inline constexpr int kInitialBandGain = 24;
+// The preset every entry starts with: flat bands, full level, a 0.9 room.
+inline constexpr int32_t kInitialLevel = 100;
+inline constexpr int32_t kInitialRoomTenths = 9;
 
 struct TrackEntry {
     std::string path;
     BandValues bands = initialBands();
-    int32_t p0 = 100;
-    int32_t tenths = 9;
+    int32_t p0 = kInitialLevel;
+    int32_t tenths = kInitialRoomTenths;
     int32_t p3 = 0;
     int32_t p1 = 0;
     int32_t p2 = 0;
@@ -29,10 +33,13 @@ struct TrackEntry {
   private:
     static BandValues initialBands() {
         BandValues bands;
-        bands.fill(kInitialBandGain);
+        bands.fill(kFlatBandValue);
         return bands;
     }
 };
+
+// Hands the entry's preset to a player, for a file source.
+void applyPreset(WaveCtl& player, const TrackEntry& entry);
 
 class TrackList {
   public:
@@ -47,4 +54,4 @@ class TrackList {
     std::vector<TrackEntry> entries_;
 };
 
-}  // namespace tunebox::gui
+}  // namespace tunebox

@@ -1,13 +1,12 @@
-#include "app/gui/position_time.h"
+#include "session/position_time.h"
 
 #include <cstdio>
 
 #include "core/wave_format.h"
 
-namespace tunebox::gui {
+namespace tunebox {
 namespace {
 
-constexpr uint32_t kSectorsPerSecond = 75;
 constexpr uint32_t kSectorsPerMinute = 60 * kSectorsPerSecond;
 
 }  // namespace
@@ -28,4 +27,4 @@ uint32_t trackbarToBytes(int value, uint32_t length) {
     return static_cast<uint32_t>(value / double(kTrackbarMax) * length + 0.5);
 }
 
-}  // namespace tunebox::gui
+}  // namespace tunebox

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-namespace tunebox::gui {
+namespace tunebox {
 
 inline constexpr int kTrackbarMax = 10000;
 inline constexpr int kTrackbarPage = 100;
@@ -17,4 +17,4 @@ std::string formatPositionTime(uint32_t bytes);
 // round(value / 10000 x length): where a trackbar value points in a file.
 uint32_t trackbarToBytes(int value, uint32_t length);
 
-}  // namespace tunebox::gui
+}  // namespace tunebox

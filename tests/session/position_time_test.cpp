@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "app/gui/position_time.h"
+#include "session/position_time.h"
 
-namespace tunebox::gui {
+namespace tunebox {
 namespace {
 
 TEST(PositionTime, ShowsMinutesSecondsAndHundredths) {
@@ -25,4 +25,4 @@ TEST(PositionTime, TrackbarValueRoundsToTheNearestByte) {
 }
 
 }  // namespace
-}  // namespace tunebox::gui
+}  // namespace tunebox

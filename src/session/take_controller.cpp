@@ -1,0 +1,232 @@
+#include "session/take_controller.h"
+
+#include <algorithm>
+
+#include "core/ling_buffer.h"
+#include "core/playback_clock.h"
+#include "core/wave_format.h"
+#include "playback/wav_length.h"
+#include "session/position_time.h"
+
+namespace tunebox {
+namespace {
+
+// Three reads of 13 sectors fill one engine block.
+constexpr uint8_t kSectorsPerRead = 13;
+static_assert(kEngineBlockBytes == 3 * kSectorsPerRead * kSectorBytes);
+
+TakeButton playButton(TakePlayer player) {
+    return player == TakePlayer::kAccompaniment ? TakeButton::kAccompanimentPlay
+                                                : TakeButton::kRecordedPlay;
+}
+
+TakeButton pauseButton(TakePlayer player) {
+    return player == TakePlayer::kAccompaniment ? TakeButton::kAccompanimentPause
+                                                : TakeButton::kRecordedPause;
+}
+
+}  // namespace
+
+TakeController::TakeController(Dispatcher& dispatcher, TakeListener& listener)
+    : listener_(listener), capture_(dispatcher) {
+    capture_.registerLevelMeter(&TakeController::onLevels, this);
+    capture_.registerFaultNotice(&TakeController::onFault, this);
+}
+
+void TakeController::onLevels(int32_t first, int32_t second, void* context) {
+    static_cast<TakeController*>(context)->listener_.showLevels(first, second);
+}
+
+void TakeController::onFault(CaptureFault fault, void* context) {
+    static_cast<TakeController*>(context)->listener_.captureFaulted(fault);
+}
+
+PlayerStatus& TakeController::status(TakePlayer player) {
+    return player == TakePlayer::kAccompaniment ? accompaniment_ : recorded_;
+}
+
+WaveCtl& TakeController::engine(TakePlayer player) {
+    return player == TakePlayer::kAccompaniment ? static_cast<WaveCtl&>(accompanimentPlayer_)
+                                                : recordedPlayer_;
+}
+
+PlayStart TakeController::playAccompaniment(const std::optional<TrackEntry>& track) {
+    if (!track) {
+        return PlayStart::kNoTrack;
+    }
+    if (accompaniment_.state == kPlaying) {
+        accompaniment_.restartMarker = 1;
+        return PlayStart::kStarted;
+    }
+    if (accompaniment_.state == kPaused) {
+        accompaniment_.restartMarker = 0;
+        togglePause(TakePlayer::kAccompaniment);
+        return PlayStart::kStarted;
+    }
+    listener_.showFace(TakeButton::kAccompanimentPlay, true);
+    accompanimentPlayer_.wavSetGeometry(kEngineBlockCount, kSectorsPerRead);
+    allocateMixBuf(accompanimentPlayer_.mixBuf(), kEngineBlockBytes, kEngineBlockCount);
+    applyPreset(accompanimentPlayer_, *track);
+    accompaniment_.length = track->length;
+    if (accompanimentPlayer_.wavOpenFile(track->path, accompaniment_.position,
+                                         accompaniment_.length) == 0) {
+        // The PLAY face stays lit: that is how a failed start has always looked.
+        return PlayStart::kOpenFailed;
+    }
+    accompaniment_.state = kPlaying;
+    accompanimentRunStart_ = adjustStartPosition(accompaniment_.position);
+    listener_.tickerChanged(TakePlayer::kAccompaniment, true);
+    return accompanimentPlayer_.wavPlay() == 1 ? PlayStart::kStarted : PlayStart::kDeviceFailed;
+}
+
+void TakeController::togglePause(TakePlayer player) {
+    PlayerStatus& current = status(player);
+    if (current.state == kPaused) {
+        current.state = kPlaying;
+        engine(player).wavPause(0);
+        listener_.showFace(pauseButton(player), false);
+    } else if (current.state == kPlaying) {
+        current.state = kPaused;
+        engine(player).wavPause(1);
+        listener_.showFace(pauseButton(player), true);
+        refresh(player);
+    }
+}
+
+void TakeController::stopPlayer(TakePlayer player) {
+    engine(player).wavStop();
+    status(player).state = kIdle;
+    status(player).restartMarker = 0;
+    showIdle(player);
+}
+
+void TakeController::showIdle(TakePlayer player) {
+    listener_.tickerChanged(player, false);
+    listener_.showFace(playButton(player), false);
+    listener_.showFace(pauseButton(player), false);
+}
+
+void TakeController::stopAccompaniment(bool reset) {
+    stopPlayer(TakePlayer::kAccompaniment);
+    if (reset) {
+        accompaniment_.position = 0;
+        refreshAccompaniment();
+    }
+}
+
+void TakeController::pauseAccompaniment() {
+    // Pausing and then stopping leaves a player that remembers where it
+    // stopped: the next PLAY opens the file afresh from there.
+    togglePause(TakePlayer::kAccompaniment);
+    stopAccompaniment(false);
+}
+
+void TakeController::playRecorded() {
+    if (outputFile_.empty() || captureActive()) {
+        return;
+    }
+    if (recorded_.state == kPlaying) {
+        // The accompaniment's marker, as it always was; nothing reads it.
+        accompaniment_.restartMarker = 1;
+        return;
+    }
+    if (recorded_.state == kPaused) {
+        togglePause(TakePlayer::kRecorded);
+        return;
+    }
+    listener_.showFace(TakeButton::kRecordedPlay, true);
+    applyPreset(recordedPlayer_, TrackEntry{});
+    wavGetLength(outputFile_, recorded_.length);
+    if (recordedPlayer_.wavOpenFile(outputFile_, recorded_.position, recorded_.length) == 0) {
+        stopPlayer(TakePlayer::kRecorded);
+        return;
+    }
+    recorded_.state = kPlaying;
+    listener_.tickerChanged(TakePlayer::kRecorded, true);
+    recordedPlayer_.wavPlay();
+}
+
+void TakeController::tick(TakePlayer player) {
+    PlayerStatus& current = status(player);
+    if (engine(player).wavIsStopped()) {
+        finishedByItself(player);
+    }
+    if (current.dragged == 0 && current.state != kPaused) {
+        refresh(player);
+    }
+}
+
+// The end of the accompaniment is the end of the take.
+void TakeController::finishedByItself(TakePlayer player) {
+    PlayerStatus& current = status(player);
+    current.state = kIdle;
+    showIdle(player);
+    current.position = 0;
+    if (player == TakePlayer::kAccompaniment) {
+        stopRecorder();
+    }
+    refresh(player);
+}
+
+void TakeController::moveTrackbar(TakePlayer player, bool dragging, int value) {
+    PlayerStatus& current = status(player);
+    current.dragged = dragging ? 1 : 0;
+    current.position = trackbarToBytes(std::clamp(value, 0, kTrackbarMax), current.length);
+}
+
+void TakeController::close() {
+    if (accompaniment_.state != kIdle) {
+        stopAccompaniment(false);
+    }
+}
+
+void TakeController::refresh(TakePlayer player) {
+    if (player == TakePlayer::kAccompaniment) {
+        refreshAccompaniment();
+    } else {
+        refreshRecordedTrackbar();
+    }
+}
+
+void TakeController::refreshAccompaniment() {
+    AccompanimentReadout readout;
+    if (accompaniment_.state == kIdle) {
+        readout.trackbar = 0;
+    } else {
+        // Where the singer is: the start of this run plus what the device
+        // has played. The player's own clock rounds to whole seconds and so
+        // reads up to a second ahead, which PAUSE would keep and PLAY skip.
+        if (accompanimentPlayer_.state() != kPlayerStopped) {
+            accompaniment_.position =
+                accompanimentRunStart_ + accompanimentPlayer_.wavGetDevicePosition();
+        }
+        if (accompaniment_.dragged == 0) {
+            readout.trackbar = static_cast<int>(accompanimentPlayer_.wavGetSliderPos());
+        }
+    }
+    readout.delay = takeDelay();
+    readout.position = accompaniment_.position;
+    listener_.showAccompaniment(readout);
+}
+
+// The mixer measures the delay afresh at every block, also while a take winds
+// down after the accompaniment's device has closed, when the figure is the
+// capture position alone. The read-out follows the mixer only while both
+// devices run, and keeps the delay the take was lined up with after it.
+int32_t TakeController::takeDelay() {
+    const SyncMx& mixer = capture_.syncMx();
+    if (captureActive() && accompaniment_.state == kPlaying) {
+        takeDelay_ = mixer.aligned() ? mixer.alignedDelay() : mixer.currentDelay();
+    }
+    return takeDelay_;
+}
+
+void TakeController::refreshRecordedTrackbar() {
+    if (recorded_.state == kIdle) {
+        listener_.showRecordedTrackbar(0);
+    } else if (recorded_.dragged == 0) {
+        listener_.showRecordedTrackbar(static_cast<int>(recordedPlayer_.wavGetSliderPos()));
+    }
+}
+
+}  // namespace tunebox

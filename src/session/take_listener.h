@@ -1,0 +1,52 @@
+#pragma once
+// What the take controller tells its owner: which button faces to light,
+// the microphone levels, capture faults, which player's tick to run and
+// what the read-outs show. The controller runs on its owner's thread and
+// calls these there. Every call has a do-nothing default, so an owner
+// without a face or a meter (the command line) overrides only what it shows.
+
+#include <cstdint>
+#include <optional>
+
+#include "capture/rec_wav.h"
+
+namespace tunebox {
+
+enum class TakePlayer { kAccompaniment, kRecorded };
+
+enum class TakeButton {
+    kAccompanimentPlay,
+    kAccompanimentPause,
+    kRecordedPlay,
+    kRecordedPause,
+    kRecord,
+    kMonitor,
+};
+
+// The accompaniment's position display at one refresh.
+struct AccompanimentReadout {
+    std::optional<int> trackbar;  // empty: leave the held thumb alone
+    int32_t delay = 0;            // the delay read-out, bytes
+    uint32_t position = 0;        // where the next open starts, bytes
+};
+
+class TakeListener {
+  public:
+    virtual ~TakeListener() = default;
+
+    // `lit`: the button's active face (playing, paused, recording, monitoring).
+    virtual void showFace(TakeButton, bool /*lit*/) {}
+    virtual void showLevels(int32_t /*first*/, int32_t /*second*/) {}
+    // Called from inside the capture pump, which may be running under a stop
+    // that waits for its buffers: end the take later, with endFaultedTake.
+    virtual void captureFaulted(CaptureFault) {}
+    // The owner runs `tick(player)` every kTickMilliseconds while running.
+    virtual void tickerChanged(TakePlayer, bool /*running*/) {}
+    virtual void showAccompaniment(const AccompanimentReadout&) {}
+    virtual void showRecordedTrackbar(int /*value*/) {}
+    virtual void showStartPositions(uint32_t /*playback*/, uint32_t /*capture*/) {}
+    // While capture drains at a stop, the recorder's STOP and PLAY are off.
+    virtual void recorderStopping(bool /*stopping*/) {}
+};
+
+}  // namespace tunebox

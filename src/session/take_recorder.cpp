@@ -1,0 +1,101 @@
+// The recorder's side of the take controller: REC, the level monitor and the
+// recorder group's STOP.
+
+#include "core/wave_format.h"
+#include "session/take_controller.h"
+
+namespace tunebox {
+namespace {
+
+// 25 ms of sound: the meter moves smoothly. Deliberately not whole frames.
+constexpr uint32_t kMonitorSlotBytes = 4410;
+
+}  // namespace
+
+void TakeController::setOutputFile(const std::string& path) {
+    outputFile_ = path;
+    capture_.setOutputFileName(path);
+}
+
+RecStart TakeController::rec(const RecordRequest& request) {
+    RecStart result;
+    if (accompaniment_.state != kIdle || recorded_.state != kIdle || outputFile_.empty()) {
+        return result;
+    }
+    if (captureActive()) {
+        if (monitorFlag_ != 1) {
+            return result;
+        }
+        stopMonitor();
+    }
+    MixingWaveCtl* source = request.track ? &accompanimentPlayer_ : nullptr;
+    if (capture_.startRecording(kNativeFormat, kEngineBlockBytes, kEngineBlockCount, source,
+                                request.manualFlag, request.manualDelay) == 1) {
+        result.capturing = true;
+        listener_.showFace(TakeButton::kRecord, true);
+        takeDelay_ = 0;
+        // Capture runs before the accompaniment starts, so that nothing the
+        // singer hears is missing from the take.
+        result.accompaniment = playAccompaniment(request.track);
+    }
+    handToMixer();
+    return result;
+}
+
+void TakeController::handToMixer() {
+    const uint32_t capturePosition = capture_.capturePosition();
+    const uint32_t playbackPosition = accompanimentPlayer_.wavGetDevicePosition();
+    capture_.syncMx().setStartPositions(playbackPosition, capturePosition);
+    listener_.showStartPositions(playbackPosition, capturePosition);
+}
+
+int TakeController::toggleMonitor(int32_t manualFlag) {
+    if (monitorFlag_ == 1) {
+        stopMonitor();
+    } else if (!captureActive() &&
+               capture_.startLevelMonitor(kNativeFormat, kMonitorSlotBytes, kEngineBlockCount,
+                                          nullptr, manualFlag, 0) == 1) {
+        listener_.showFace(TakeButton::kMonitor, true);
+        monitorFlag_ = 1;
+    }
+    return monitorFlag_;
+}
+
+void TakeController::stopMonitor() {
+    capture_.stop();
+    listener_.showFace(TakeButton::kMonitor, false);
+    monitorFlag_ = 0;
+    listener_.showLevels(0, 0);
+}
+
+void TakeController::stopRecorder() {
+    if (recorded_.state != kIdle) {
+        stopPlayer(TakePlayer::kRecorded);
+        recorded_.position = 0;
+        refreshRecordedTrackbar();
+    }
+    if (accompaniment_.state != kIdle) {
+        stopAccompaniment(true);
+    }
+    if (captureActive()) {
+        listener_.recorderStopping(true);
+        capture_.stop();
+        listener_.showFace(TakeButton::kRecord, false);
+        listener_.showFace(TakeButton::kMonitor, false);
+        monitorFlag_ = 0;
+        listener_.recorderStopping(false);
+        listener_.showLevels(0, 0);
+    }
+}
+
+// A full disk or a microphone that went away ends the take at once, with or
+// without the accompaniment: waiting for STOP would only lose more of it.
+bool TakeController::endFaultedTake() {
+    const bool recording = monitorFlag_ == 0;
+    if (captureActive()) {
+        stopRecorder();
+    }
+    return recording;
+}
+
+}  // namespace tunebox

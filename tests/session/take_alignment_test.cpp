@@ -1,0 +1,97 @@
+// Whole takes through the virtual devices: a known accompaniment, a known
+// voice, exact latencies and no echo, so every sample of the take is known.
+#include "capture/sync_mx.h"
+#include "session/demo_tune.h"
+#include "session/synthetic_voice.h"
+#include "session/take_harness.h"
+#include "support/test_files.h"
+
+namespace tunebox::test {
+namespace {
+
+constexpr uint32_t kOutputLatency = 5292;  // 30 ms
+constexpr uint32_t kInputLatency = 3000;
+constexpr std::size_t kWavHeaderBytes = 44;
+
+class TakeAlignmentTest : public TakeTest {
+  protected:
+    void SetUp() override {
+        writeNativeWav(song_, accompaniment_);
+        startAudio(20, {.outputLatencyBytes = kOutputLatency,
+                        .inputLatencyBytes = kInputLatency,
+                        .loopbackGain = 0,
+                        .voice = voice_});
+        controller().setEcho(0);
+        track_.path = song_;
+        track_.length = static_cast<uint32_t>(accompaniment_.size() * 2);
+    }
+
+    // Both devices start at one instant of the virtual clock.
+    void recAtOneInstant(RecordRequest request) {
+        audio_->setClockStalled(true);
+        ASSERT_TRUE(controller().rec(request).capturing);
+        audio_->setClockStalled(false);
+    }
+    // Stops as soon as the accompaniment has played out.
+    void runToTheEnd() {
+        ASSERT_TRUE(runUntil([&] { return controller().accompanimentPlayer().wavIsStopped(); }));
+        controller().stopRecorder();
+    }
+
+    // Every sample of the take is the clipped sum of the accompaniment and
+    // the voice sung to it, `voiceLag` samples late (silence before the
+    // voice); only the last part-block of the accompaniment, which the
+    // player cuts, may be missing.
+    void expectSampleExactTake(std::ptrdiff_t voiceLag = 0) {
+        const auto bytes = readBytes(take_);
+        ASSERT_GT(bytes.size(), kWavHeaderBytes);
+        const auto take = toSamples({bytes.begin() + kWavHeaderBytes, bytes.end()});
+        ASSERT_LE(take.size(), accompaniment_.size());
+        EXPECT_GT(take.size() * 2 + kEngineBlockBytes, accompaniment_.size() * 2);
+        std::size_t wrong = 0;
+        std::size_t firstWrong = 0;
+        for (std::size_t k = 0; k < take.size(); ++k) {
+            const auto sung = static_cast<std::ptrdiff_t>(k) - voiceLag;
+            const int16_t voice = sung >= 0 ? voice_[static_cast<std::size_t>(sung)] : 0;
+            if (take[k] != mixSample(voice, accompaniment_[k], 100, 100) && wrong++ == 0) {
+                firstWrong = k;
+            }
+        }
+        EXPECT_EQ(wrong, 0u) << "first at sample " << firstWrong;
+    }
+
+    std::vector<int16_t> accompaniment_ = synthesiseDemoTune();
+    std::vector<int16_t> voice_ = synthesiseVoice(44100 * (kDemoTuneSeconds + 4));
+    TrackEntry track_;
+};
+
+TEST_F(TakeAlignmentTest, MeasuredDelayAlignsEverySample) {
+    ASSERT_TRUE(controller().rec({track_, 0, 0}).capturing);
+    runToTheEnd();
+    const SyncMx& mixer = controller().capture().syncMx();
+    EXPECT_GE(mixer.alignedDelay(), static_cast<int32_t>(kOutputLatency));
+    expectSampleExactTake();
+}
+
+// With both devices started at one instant of the virtual clock the true
+// delay is the output latency, which the user types in.
+TEST_F(TakeAlignmentTest, ManualDelayAlignsEverySample) {
+    recAtOneInstant({track_, 1, kOutputLatency});
+    runToTheEnd();
+    EXPECT_EQ(controller().capture().syncMx().alignedDelay(), static_cast<int32_t>(kOutputLatency));
+    expectSampleExactTake();
+}
+
+// A delay typed too small, below zero, cannot drop voice bytes: the voice is
+// put that much later behind silence instead, and the take still ends with
+// the accompaniment.
+TEST_F(TakeAlignmentTest, NegativeManualDelayDelaysTheVoiceBehindSilence) {
+    constexpr int32_t kTyped = -4000;
+    recAtOneInstant({track_, 1, kTyped});
+    runToTheEnd();
+    EXPECT_EQ(controller().capture().syncMx().alignedDelay(), kTyped);
+    expectSampleExactTake((kOutputLatency - kTyped) / 2);
+}
+
+}  // namespace
+}  // namespace tunebox::test

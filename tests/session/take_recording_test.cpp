@@ -1,0 +1,103 @@
+// REC, the level monitor, the recorder's STOP and takes that a fault cuts
+// short, through the simulated sound card.
+
+#include "session/take_harness.h"
+#include "support/file_size_limit.h"
+#include "support/test_files.h"
+
+namespace tunebox::test {
+namespace {
+
+constexpr uint32_t kSecond = 176400;
+constexpr uint32_t kWavHeaderBytes = 44;
+
+class TakeRecordingTest : public TakeTest {
+  protected:
+    void expectFinishedTake(uint32_t& length) {
+        ASSERT_EQ(wavGetLength(take_, length), 1);
+        EXPECT_EQ(readBytes(take_).size(), kWavHeaderBytes + length) << "sizes written at close";
+    }
+};
+
+TEST_F(TakeRecordingTest, RecWithTheMonitorOnSwitchesToRecordingInOnePress) {
+    startAudio(1);
+    const TrackEntry track = song(20);
+    ASSERT_EQ(controller().toggleMonitor(0), 1);
+    EXPECT_TRUE(shown_.faces[TakeButton::kMonitor]);
+    EXPECT_EQ(controller().capture().state(), kRecCapturing);
+    runFor(std::chrono::milliseconds(100));
+
+    const RecStart started = controller().rec({track, 0, 0});
+    EXPECT_TRUE(started.capturing);
+    EXPECT_EQ(started.accompaniment, PlayStart::kStarted);
+    EXPECT_EQ(controller().monitorOn(), 0);
+    EXPECT_FALSE(shown_.faces[TakeButton::kMonitor]);
+    EXPECT_TRUE(shown_.faces[TakeButton::kRecord]);
+    EXPECT_EQ(controller().accompaniment().state, kPlaying);
+    EXPECT_TRUE(shown_.startShown);
+    // The simulated singer follows the accompaniment.
+    ASSERT_TRUE(runUntil([&] { return shown_.levelsSeen; }, std::chrono::seconds(5)));
+
+    controller().stopRecorder();
+    EXPECT_FALSE(controller().captureActive());
+    EXPECT_EQ(controller().accompaniment().state, kIdle);
+    EXPECT_FALSE(shown_.faces[TakeButton::kRecord]);
+    EXPECT_EQ(shown_.stops, 1);
+    EXPECT_EQ(shown_.first, 0) << "the meter is cleared when capture stops";
+    EXPECT_EQ(shown_.second, 0);
+}
+
+TEST_F(TakeRecordingTest, AccompanimentEndFinishesTheTakeWhichThenPlaysBack) {
+    startAudio(4);
+    const TrackEntry track = song(3);
+    ASSERT_TRUE(controller().rec({track, 0, 0}).capturing);
+    ASSERT_TRUE(runUntil([&] { return !controller().captureActive(); }));
+    EXPECT_EQ(controller().accompaniment().state, kIdle);
+    EXPECT_FALSE(shown_.faces[TakeButton::kRecord]);
+    EXPECT_FALSE(shown_.faces[TakeButton::kAccompanimentPlay]);
+
+    uint32_t length = 0;
+    expectFinishedTake(length);
+    EXPECT_GT(length, 2 * kSecond);
+    EXPECT_LE(length, 4 * kSecond);
+    EXPECT_EQ(shown_.accompaniment.delay, controller().capture().syncMx().alignedDelay())
+        << "the delay the take was lined up with, not one measured after the song's end";
+
+    controller().playRecorded();
+    EXPECT_EQ(controller().recorded().state, kPlaying);
+    EXPECT_EQ(controller().recorded().length, length);
+    ASSERT_TRUE(runUntil([&] { return controller().recorded().state == kIdle; }));
+    EXPECT_FALSE(shown_.faces[TakeButton::kRecordedPlay]);
+}
+
+// Nobody presses STOP: the fault is told once, the owner ends the take, and
+// the file is finished with what fitted; with the song or the voice alone.
+class FullDiskTest : public TakeRecordingTest, public ::testing::WithParamInterface<bool> {};
+
+TEST_P(FullDiskTest, EndsTheTakeAtOnceWithAFinishedFile) {
+    constexpr rlim_t kDiskBytes = 300 * 1024;
+    startAudio(4);
+    RecordRequest request;
+    if (GetParam()) {
+        request.track = song(20);
+    }
+    {
+        const FileSizeLimit disk(kDiskBytes);
+        ASSERT_TRUE(controller().rec(request).capturing);
+        ASSERT_TRUE(
+            runUntil([&] { return !controller().captureActive(); }, std::chrono::seconds(10)));
+    }
+    ASSERT_EQ(shown_.faults, std::vector{CaptureFault::kOutputWrite});
+    EXPECT_TRUE(keptRecording_);
+    EXPECT_EQ(controller().accompaniment().state, kIdle);
+    EXPECT_FALSE(shown_.faces[TakeButton::kRecord]);
+    uint32_t length = 0;
+    expectFinishedTake(length);
+    EXPECT_GT(length, 0u);
+    EXPECT_LE(kWavHeaderBytes + length, kDiskBytes);
+}
+
+INSTANTIATE_TEST_SUITE_P(WithAndWithoutTheSong, FullDiskTest, ::testing::Bool());
+
+}  // namespace
+}  // namespace tunebox::test
