@@ -30,12 +30,10 @@ class RecordingTakeTest : public ::testing::Test {
             .loopbackGain = 0,
             .voice = voice_,
         });
-        setAudioBackend(audio_);
         options_.accompaniment = accompanimentPath_;
         options_.output = (dir_.path() / "take.wav").string();
         options_.echo = 0;
     }
-    void TearDown() override { setAudioBackend(nullptr); }
 
     void runToTheEnd(cli::RecordingSession& session) {
         while (session.capture().isActive() && !session.accompanimentEnded()) {
@@ -75,7 +73,7 @@ class RecordingTakeTest : public ::testing::Test {
 };
 
 TEST_F(RecordingTakeTest, MeasuredDelayAlignsEverySample) {
-    cli::RecordingSession session;
+    cli::RecordingSession session(*audio_);
     ASSERT_EQ(session.rec(options_), 1) << session.error();
     runToTheEnd(session);
     const SyncMx& mixer = session.capture().syncMx();
@@ -88,7 +86,7 @@ TEST_F(RecordingTakeTest, MeasuredDelayAlignsEverySample) {
 TEST_F(RecordingTakeTest, ManualDelayAlignsEverySample) {
     options_.manualFlag = 1;
     options_.manualDelay = kOutputLatency;
-    cli::RecordingSession session;
+    cli::RecordingSession session(*audio_);
     audio_->setClockStalled(true);
     ASSERT_EQ(session.rec(options_), 1) << session.error();
     audio_->setClockStalled(false);
@@ -104,7 +102,7 @@ TEST_F(RecordingTakeTest, NegativeManualDelayDelaysTheVoiceBehindSilence) {
     constexpr int32_t kTyped = -4000;
     options_.manualFlag = 1;
     options_.manualDelay = kTyped;
-    cli::RecordingSession session;
+    cli::RecordingSession session(*audio_);
     audio_->setClockStalled(true);
     ASSERT_EQ(session.rec(options_), 1) << session.error();
     audio_->setClockStalled(false);

@@ -23,12 +23,11 @@ TEST(PlaybackOnPulseAudio, AFiveSecondFilePlaysToItsEndAndThePlayerStopsByItself
         }
         GTEST_SKIP() << "no sound server reachable";
     }
-    test::BackendScope scope(audio);
     test::TempDir dir;
     const uint32_t length = 5 * kNativeBytesPerSecond;
     ASSERT_TRUE(test::writeWav(dir / "take.wav", test::patternBytes(length)));
 
-    WaveCtl player;
+    WaveCtl player(*audio);
     test::initPlayer(player);
     ASSERT_EQ(player.wavOpenFile((dir / "take.wav").string(), 0, length), 1);
     const auto started = std::chrono::steady_clock::now();

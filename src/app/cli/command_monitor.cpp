@@ -1,4 +1,5 @@
 #include <iostream>
+#include <memory>
 
 #include "app/cli/commands.h"
 #include "app/cli/take_loop.h"
@@ -10,7 +11,8 @@ namespace {
 int monitor() {
     SyncSettings settings;
     readSyncSettings(settings);
-    RecordingSession session;
+    const std::shared_ptr<AudioBackend> backend = makeAudioBackendFromEnvironment();
+    RecordingSession session(*backend);
     if (!session.monitor(settings.manualDelayFlag == 1 ? 1 : 0)) {
         std::cerr << "tunebox: " << session.error() << '\n';
         return kExitBadInput;

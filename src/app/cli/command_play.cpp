@@ -31,9 +31,7 @@ constexpr auto kPollInterval = std::chrono::milliseconds(100);
 // The track's defaults as the dialog plays them: level 100, every band at
 // 24, every stage off but the echo when asked for, room size 0.9.
 void initAsTrack(WaveCtl& player, bool echo) {
-    BandValues bands;
-    bands.fill(24);
-    player.wavInit(nullptr, 100, bands, 0, 0, echo ? 1 : 0, 0, PlayRange{}, 1);
+    player.wavInit({.reverbFlag = echo ? 1 : 0});
     player.wavSetRoomSize(9);
 }
 
@@ -90,11 +88,12 @@ int playFile(const PlayOptions& options) {
                   << " (" << formatSectorTime(length) << ")\n";
         return kExitBadInput;
     }
-    if (WaveCtl::wavHasOutputDevice() != 1) {
+    const std::shared_ptr<AudioBackend> backend = makeAudioBackendFromEnvironment();
+    WaveCtl player(*backend);
+    if (player.wavHasOutputDevice() != 1) {
         std::cerr << "tunebox: no audio output device\n";
         return kExitBadInput;
     }
-    WaveCtl player;
     initAsTrack(player, options.echo);
     const auto start = static_cast<uint32_t>(startFrames) * kNativeFrameBytes;
     if (player.wavOpenFile(path, start, length) != 1) {

@@ -47,7 +47,8 @@ RecordingOptions optionsFrom(const RecordArguments& arguments) {
 }
 
 int record(const RecordArguments& arguments) {
-    RecordingSession session;
+    const std::shared_ptr<AudioBackend> backend = makeAudioBackendFromEnvironment();
+    RecordingSession session(*backend);
     if (!session.rec(optionsFrom(arguments))) {
         std::cerr << "tunebox: " << session.error() << '\n';
         return kExitBadInput;

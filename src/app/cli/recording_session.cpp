@@ -13,7 +13,8 @@ constexpr uint32_t kMonitorSlotBytes = 4410;  // 25 ms, deliberately not whole f
 
 }  // namespace
 
-RecordingSession::RecordingSession() : capture_(dispatcher_) {
+RecordingSession::RecordingSession(AudioBackend& backend)
+    : player_(backend), capture_(dispatcher_, backend) {
     capture_.registerLevelMeter(&RecordingSession::onLevels, this);
 }
 
@@ -76,7 +77,7 @@ int RecordingSession::startAccompaniment(const RecordingOptions& options) {
     allocateMixBuf(player_.mixBuf(), kEngineBlockBytes, kEngineBlockCount);
     BandValues flat;
     flat.fill(kFlatBand);
-    player_.wavInit(nullptr, kDefaultLevel, flat, 0, 0, 0, 0, PlayRange{}, 1);
+    player_.wavInit({.level = kDefaultLevel, .bands = flat});
     player_.wavSetRoomSize(kDefaultRoomTenths);
     if (player_.wavOpenFile(options.accompaniment, options.startBytes, length_) != 1) {
         error_ = options.accompaniment + ": cannot be opened";

@@ -26,7 +26,8 @@ struct RecordingOptions {
 
 class RecordingSession {
   public:
-    RecordingSession();
+    // `backend` gives the devices and must outlive the session.
+    explicit RecordingSession(AudioBackend& backend);
     ~RecordingSession();
     RecordingSession(const RecordingSession&) = delete;
     RecordingSession& operator=(const RecordingSession&) = delete;

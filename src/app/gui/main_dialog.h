@@ -113,13 +113,13 @@ class MainDialog : public QDialog {
     void destroy();
 
     DialogServices services_;
-    MixingWaveCtl karaokePlayer_;
-    WaveCtl recordedPlayer_;
+    MixingWaveCtl karaokePlayer_{*services_.audio};
+    WaveCtl recordedPlayer_{*services_.audio};
     PlayerStatus karaoke_;
     PlayerStatus recorded_;
     // Declared after the players it reads from, so it is gone before them.
     QtDispatcher dispatcher_;
-    CRecWav capture_{dispatcher_};
+    CRecWav capture_{dispatcher_, *services_.audio};
     TrackList list_;
     int currentIndex_ = -1;
     // Where the accompaniment's current run started, in bytes.

@@ -27,8 +27,14 @@ const QString kKaraokeFilter = QStringLiteral("*.wav;*.mp3|*.wav;*.mp3|All Files
 const QString kRecordedFilter = QStringLiteral("*.wav|*.wav|All Files (*.*)|*.*||");
 
 void initialisePlayer(WaveCtl& player, const TrackEntry& entry) {
-    player.wavInit(nullptr, entry.p0, entry.bands, entry.p3, entry.p1, entry.p2, entry.p4,
-                   entry.range, kFileSource);
+    player.wavInit({.level = entry.p0,
+                    .equaliserFlag = entry.p3,
+                    .bands = entry.bands,
+                    .centreRemovalFlag = entry.p1,
+                    .reverbFlag = entry.p2,
+                    .levelFlag = entry.p4,
+                    .playRange = entry.range,
+                    .fileSource = kFileSource});
     player.wavSetRoomSize(entry.tenths);
 }
 
