@@ -223,6 +223,22 @@ TEST_F(WaveCtlTest, AFailedBufferLeavesTheFewThatCameAndNothingPlays) {
     EXPECT_EQ(player.readPosition(), 0u);
 }
 
+// Each player plays through the backend it was given and nowhere else.
+TEST_F(WaveCtlTest, TwoBackendsInOneProcessKeepTheirPlayersApart) {
+    VirtualAudio other({.speed = 20});
+    LoopbackListener here(*audio_, 4);
+    LoopbackListener there(other, 4);
+    ASSERT_TRUE(here.listening() && there.listening());
+    const auto data = patternBytes(kBuffer);
+    WaveCtl player(other);
+    initPlayer(player);
+    ASSERT_EQ(player.wavOpenFile(fileOf(data), 0, kBuffer), 1);
+    ASSERT_EQ(player.wavPlay(), 1);
+    EXPECT_TRUE(waitUntil([&] { return player.wavIsStopped() == 1; }));
+    EXPECT_TRUE(here.heard().empty());
+    EXPECT_TRUE(samePrefix(there.heard(), data, data.size()));
+}
+
 TEST(WaveCtl, ADeviceThatWillNotOpenIsReportedAndLeavesNoClock) {
     VirtualAudio audio({.failOutputOpen = true});
     test::TempDir dir;
