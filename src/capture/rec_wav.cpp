@@ -7,11 +7,9 @@
 #include <thread>
 
 #include "core/diagnostic_log.h"
-#include "effects/effect_chain.h"
-#include "platform/audio_backend.h"
 #include "core/heap.h"
 #include "core/little_endian.h"
-#include "playback/mixing_wave_ctl.h"
+#include "effects/effect_chain.h"
 
 namespace tunebox {
 
@@ -47,7 +45,8 @@ uint32_t handledCaptureNotices() {
     return handledNotices.load(std::memory_order_relaxed);
 }
 
-CRecWav::CRecWav(Dispatcher& dispatcher) : dispatcher_(dispatcher) {}
+CRecWav::CRecWav(Dispatcher& dispatcher, AudioBackend& backend)
+    : dispatcher_(dispatcher), backend_(backend) {}
 
 CRecWav::~CRecWav() {
     close();
@@ -64,17 +63,17 @@ void CRecWav::registerFaultNotice(FaultNoticeCallback callback, void* context) {
 }
 
 int CRecWav::startRecording(const WaveFormat& format, uint32_t slotSize, int32_t bufferCount,
-                            MixingWaveCtl* playback, int32_t manualFlag, int32_t manualDelay) {
+                            PlaybackFeed* playback, int32_t manualFlag, int32_t manualDelay) {
     return start(kSinkWavFile, format, slotSize, bufferCount, playback, manualFlag, manualDelay);
 }
 
 int CRecWav::startLevelMonitor(const WaveFormat& format, uint32_t slotSize, int32_t bufferCount,
-                               MixingWaveCtl* playback, int32_t manualFlag, int32_t manualDelay) {
+                               PlaybackFeed* playback, int32_t manualFlag, int32_t manualDelay) {
     return start(kSinkDiscard, format, slotSize, bufferCount, playback, manualFlag, manualDelay);
 }
 
 int CRecWav::start(SinkMode mode, const WaveFormat& format, uint32_t slotSize, int32_t bufferCount,
-                   MixingWaveCtl* playback, int32_t manualFlag, int32_t manualDelay) {
+                   PlaybackFeed* playback, int32_t manualFlag, int32_t manualDelay) {
     if (state_ != kRecClosed) {
         return 0;
     }
@@ -122,7 +121,7 @@ int CRecWav::failStart(std::string reason) {
 // The callback runs on the device's thread and only posts; the notice is
 // handled on the owning thread, and only while this run is still open.
 int CRecWav::openInput() {
-    device_ = audioBackend().makeInput();
+    device_ = backend_.makeInput();
     Dispatcher* dispatcher = &dispatcher_;
     std::shared_ptr<CaptureInbox> inbox = inbox_;
     const auto onDone = [dispatcher, inbox](WaveHeader& header) {

@@ -16,16 +16,16 @@
 #include <string>
 
 #include "capture/output_sink.h"
-#include "core/rec_ling_buffer.h"
 #include "capture/sync_mx.h"
+#include "core/rec_ling_buffer.h"
+#include "core/wave_format.h"
 #include "effects/effect_control.h"
+#include "platform/audio_backend.h"
 #include "platform/audio_device.h"
 #include "platform/dispatcher.h"
-#include "core/wave_format.h"
+#include "playback/playback_feed.h"
 
 namespace tunebox {
-
-class MixingWaveCtl;
 
 enum RecState : int32_t { kRecClosed = 0, kRecCapturing = 1, kRecStopping = 2 };
 
@@ -47,7 +47,8 @@ struct CaptureInbox;
 
 class CRecWav {
   public:
-    explicit CRecWav(Dispatcher& dispatcher);
+    // The input device comes from `backend`, which must outlive the engine.
+    CRecWav(Dispatcher& dispatcher, AudioBackend& backend);
     ~CRecWav();
     CRecWav(const CRecWav&) = delete;
     CRecWav& operator=(const CRecWav&) = delete;
@@ -56,13 +57,13 @@ class CRecWav {
     void setOutputFileName(std::string path) { outputFileName_ = std::move(path); }
 
     // Starts capture into the output WAV; `playback` (null: the voice alone)
-    // supplies the accompaniment and its position. Returns 1, or 0 (with
+    // supplies the accompaniment and its position, and must outlive the run. Returns 1, or 0 (with
     // everything freed) when anything could not be set up.
     int startRecording(const WaveFormat& format, uint32_t slotSize, int32_t bufferCount,
-                       MixingWaveCtl* playback, int32_t manualFlag, int32_t manualDelay);
+                       PlaybackFeed* playback, int32_t manualFlag, int32_t manualDelay);
     // The same capture with every block measured and discarded.
     int startLevelMonitor(const WaveFormat& format, uint32_t slotSize, int32_t bufferCount,
-                          MixingWaveCtl* playback, int32_t manualFlag, int32_t manualDelay);
+                          PlaybackFeed* playback, int32_t manualFlag, int32_t manualDelay);
     // Waits for every queued buffer, then closes. Returns 1.
     int stop();
 
@@ -82,7 +83,7 @@ class CRecWav {
 
   private:
     int start(SinkMode mode, const WaveFormat& format, uint32_t slotSize, int32_t bufferCount,
-              MixingWaveCtl* playback, int32_t manualFlag, int32_t manualDelay);
+              PlaybackFeed* playback, int32_t manualFlag, int32_t manualDelay);
     int openInput();
     int initialiseEffects(uint32_t slotSize);
     int queueAll();
@@ -112,10 +113,11 @@ class CRecWav {
     int32_t pending_ = 0;
     uint32_t stopRetry_ = 0;
     Dispatcher& dispatcher_;
+    AudioBackend& backend_;
     std::shared_ptr<CaptureInbox> inbox_;
     int32_t effectsReady_ = 0;
     EffectControl micCtl_;
-    MixingWaveCtl* playback_ = nullptr;
+    PlaybackFeed* playback_ = nullptr;
     int32_t effectsEnabled_ = 1;
     LevelMeterCallback levelMeter_ = nullptr;
     void* levelMeterContext_ = nullptr;

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/audio_device.h"
 #include "core/heap.h"
 #include "core/little_endian.h"
-#include "playback/wave_ctl.h"
+#include "platform/audio_device.h"
+#include "playback/playback_feed.h"
 
 namespace tunebox {
 namespace {
@@ -30,8 +30,8 @@ uint32_t capturePosition(InputDevice* input) {
     return bytes;
 }
 
-uint32_t playbackPosition(WaveCtl* playback) {
-    return playback == nullptr ? 0 : playback->wavGetDevicePosition();
+uint32_t playbackPosition(PlaybackFeed* playback) {
+    return playback == nullptr ? 0 : playback->devicePosition();
 }
 
 }  // namespace
@@ -51,7 +51,7 @@ int16_t mixSample(int16_t microphone, int16_t accompaniment, int32_t microphoneG
 }
 
 int SyncMx::allocate(uint32_t p1SlotSize, uint32_t p2SlotSize, int32_t manualDelay,
-                     WaveCtl* playback, int32_t manualFlag) {
+                     PlaybackFeed* playback, int32_t manualFlag) {
     free();
     blockSize_ = p1SlotSize;
     currentDelay_ = manualDelay;

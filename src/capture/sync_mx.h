@@ -14,7 +14,7 @@
 namespace tunebox {
 
 class InputDevice;
-class WaveCtl;
+class PlaybackFeed;
 
 class SyncMx {
   public:
@@ -24,8 +24,8 @@ class SyncMx {
 
     // Sets up P1Buf and P2Buf (30 slots each) and pBuf. `playback` is queried
     // for its output position; null records without accompaniment.
-    int allocate(uint32_t p1SlotSize, uint32_t p2SlotSize, int32_t manualDelay, WaveCtl* playback,
-                 int32_t manualFlag);
+    int allocate(uint32_t p1SlotSize, uint32_t p2SlotSize, int32_t manualDelay,
+                 PlaybackFeed* playback, int32_t manualFlag);
     void setInputDevice(InputDevice* device) { input_ = device; }
     // The two device positions taken right after the accompaniment started;
     // kept for the read-outs, the mix does not use them.
@@ -67,7 +67,7 @@ class SyncMx {
     uint32_t blockSize_ = 0;
     std::unique_ptr<uint8_t[]> pBuf_;
     int32_t aligned_ = 0;
-    WaveCtl* playback_ = nullptr;
+    PlaybackFeed* playback_ = nullptr;
     InputDevice* input_ = nullptr;
     int32_t manualFlag_ = 0;
     LingBuffer P1Buf;

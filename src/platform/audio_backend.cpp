@@ -1,7 +1,6 @@
 #include "platform/audio_backend.h"
 
 #include <cstdlib>
-#include <mutex>
 #include <string_view>
 
 #include "platform/pulse_audio.h"
@@ -9,13 +8,6 @@
 #include "platform/virtual_audio.h"
 
 namespace tunebox {
-namespace {
-
-std::mutex backendMutex;
-std::shared_ptr<AudioBackend> installedBackend;
-
-}  // namespace
-
 std::shared_ptr<AudioBackend> makeAudioBackendFromEnvironment() {
     const char* chosen = std::getenv("TUNEBOX_AUDIO");
     const std::string_view name = chosen ? chosen : "";
@@ -28,19 +20,6 @@ std::shared_ptr<AudioBackend> makeAudioBackendFromEnvironment() {
     return std::make_shared<UnavailableAudio>("unknown audio backend in TUNEBOX_AUDIO: \"" +
                                               std::string(name) +
                                               "\" (use \"pulse\" or \"virtual\")");
-}
-
-AudioBackend& audioBackend() {
-    std::lock_guard lock(backendMutex);
-    if (!installedBackend) {
-        installedBackend = makeAudioBackendFromEnvironment();
-    }
-    return *installedBackend;
-}
-
-void setAudioBackend(std::shared_ptr<AudioBackend> backend) {
-    std::lock_guard lock(backendMutex);
-    installedBackend = std::move(backend);
 }
 
 }  // namespace tunebox

@@ -1,7 +1,7 @@
 #pragma once
-// Where devices and timers come from. One backend serves the whole process;
-// TUNEBOX_AUDIO chooses it: unset or "pulse" for the sound server, "virtual"
-// for the simulated devices. A backend that cannot play says so through its
+// Where devices and timers come from. A front end makes one and hands it to
+// the engines it drives; TUNEBOX_AUDIO chooses it: unset or "pulse" for the
+// sound server, "virtual" for the simulated devices. A backend that cannot play says so through its
 // devices' results; nothing falls back to the simulation on its own.
 
 #include <cstdint>
@@ -39,11 +39,5 @@ class AudioBackend {
 // Builds the backend TUNEBOX_AUDIO names; an unknown name gives a backend
 // whose devices refuse to open with a message naming it.
 std::shared_ptr<AudioBackend> makeAudioBackendFromEnvironment();
-
-// The process-wide backend, made from the environment on first use.
-AudioBackend& audioBackend();
-// Installs a backend (tests install a configured virtual one); null returns
-// to the environment's choice on next use.
-void setAudioBackend(std::shared_ptr<AudioBackend> backend);
 
 }  // namespace tunebox

@@ -3,32 +3,22 @@
 #include <pulse/rtclock.h>
 
 #include <algorithm>
-#include <vector>
+
+#include "platform/pulse_stream_units.h"
 
 namespace tunebox {
 namespace {
 
-constexpr uint32_t kRate = 44100;
-constexpr uint32_t kFrameBytes = 4;
 // Enough queued at the server to ride out a busy machine; positions do not
 // depend on it.
 constexpr pa_usec_t kPlaybackLatency = 200 * PA_USEC_PER_MSEC;
 constexpr pa_usec_t kRecordFragment = 10 * PA_USEC_PER_MSEC;
 constexpr pa_usec_t kTickPeriod = 5 * PA_USEC_PER_MSEC;
-constexpr std::size_t kReportsKept = 5;
 constexpr std::chrono::milliseconds kOperationTimeout{2000};
 
 // The flags whose timing the delay measurement was proven with.
 constexpr pa_stream_flags_t kTimingFlags = static_cast<pa_stream_flags_t>(
     PA_STREAM_INTERPOLATE_TIMING | PA_STREAM_AUTO_TIMING_UPDATE | PA_STREAM_ADJUST_LATENCY);
-
-uint64_t bytesOfTime(pa_usec_t usec) {
-    return (usec * kRate + PA_USEC_PER_SEC / 2) / PA_USEC_PER_SEC * kFrameBytes;
-}
-
-uint32_t wholeFrames(uint32_t bytes) {
-    return bytes - bytes % kFrameBytes;
-}
 
 }  // namespace
 
@@ -76,7 +66,7 @@ AudioResult PulseStream::open(const WaveFormat& format, DeviceDoneCallback onDon
 }
 
 bool PulseStream::makeStream() {
-    const pa_sample_spec spec{PA_SAMPLE_S16LE, kRate, 2};
+    const pa_sample_spec spec{PA_SAMPLE_S16LE, kPulseRate, 2};
     const bool playback = direction_ == Direction::playback;
     stream_ = pa_stream_new(connection_->context(),
                             playback ? "Tunebox playback" : "Tunebox capture", &spec, nullptr);
@@ -102,7 +92,7 @@ bool PulseStream::makeStream() {
         attributes.tlength = uint32_t(pa_usec_to_bytes(kPlaybackLatency, &spec));
         // Play from the first frame and pause on starvation rather than wait
         // for a fill level a last short buffer may never reach.
-        attributes.prebuf = kFrameBytes;
+        attributes.prebuf = kPulseFrameBytes;
         connected =
             pa_stream_connect_playback(stream_, nullptr, &attributes, flags, nullptr, nullptr);
     } else {
@@ -271,165 +261,6 @@ AudioResult PulseStream::close() {
     }
     teardown();
     return kAudioOk;
-}
-
-AudioResult PulseStream::position(uint32_t& bytes) {
-    if (!connection_) {
-        return kAudioBadDevice;
-    }
-    PulseConnection::Lock lock(*connection_);
-    if (!failed_) {
-        if (direction_ == Direction::playback) {
-            heardBytes();
-        } else {
-            captured_ = std::max(captured_, streamTimeBytes());
-        }
-    }
-    bytes = static_cast<uint32_t>(direction_ == Direction::playback ? heard_ : captured_);
-    return failed_ ? kAudioError : kAudioOk;
-}
-
-// Where the converter is, from the server's timing reports: the read index
-// less the sink latency for playback; the write index plus the source
-// latency for capture, less the sink latency when the source is a monitor,
-// as the server reports it. A running stream's report fixes the local time at
-// which the stream's clock stood at 0; carried forward on the local clock, it
-// gives the position now. Single reports were measured off by up to 5 ms
-// (the library's smoothed stream time lagged by up to 0.5 ms), so the median
-// origin of the last few reports is used.
-uint64_t PulseStream::streamTimeBytes() {
-    const pa_timing_info* info = stream_ ? pa_stream_get_timing_info(stream_) : nullptr;
-    if (info == nullptr) {
-        return 0;
-    }
-    const bool playback = direction_ == Direction::playback;
-    const int64_t index = std::max<int64_t>(playback ? info->read_index : info->write_index, 0);
-    auto usec = int64_t(pa_bytes_to_usec(uint64_t(index), pa_stream_get_sample_spec(stream_)));
-    if (streamCorked_) {
-        origins_.clear();
-        return bytesOfTime(pa_usec_t(usec));
-    }
-    usec += (playback ? 0 : int64_t(info->source_usec)) - int64_t(info->sink_usec);
-    if (playback && !info->playing) {
-        origins_.clear();  // starved or not yet started: the clock stands
-        return usec > 0 ? bytesOfTime(pa_usec_t(usec)) : 0;
-    }
-    const auto stamp = int64_t(pa_timeval_load(&info->timestamp));
-    if (stamp != lastReport_) {
-        lastReport_ = stamp;
-        origins_.push_back(stamp - usec);
-        if (origins_.size() > kReportsKept) {
-            origins_.pop_front();
-        }
-    }
-    std::vector<int64_t> sorted(origins_.begin(), origins_.end());
-    std::nth_element(sorted.begin(), sorted.begin() + sorted.size() / 2, sorted.end());
-    struct timeval now;
-    pa_gettimeofday(&now);
-    usec = int64_t(pa_timeval_load(&now)) - sorted[sorted.size() / 2];
-    return usec > 0 ? bytesOfTime(pa_usec_t(usec)) : 0;
-}
-
-uint64_t PulseStream::heardBytes() {
-    uint64_t heard = streamTimeBytes();
-    if (underflowed_ && sent_ == sentAtUnderflow_ && !corked_) {
-        const uint64_t playedOut = heardAtUnderflow_ + bytesOfTime(pa_rtclock_now() - underflowAt_);
-        heard = std::max(heard, std::min(sent_, playedOut));
-    }
-    heard_ = std::max(heard_, std::min(heard, sent_));
-    return heard_;
-}
-
-void PulseStream::feed() {
-    std::size_t writable = pa_stream_writable_size(stream_);
-    if (writable == std::size_t(-1)) {
-        return;
-    }
-    while (sendIndex_ < queued_.size()) {
-        const WaveHeader& header = *queued_[sendIndex_].header;
-        const uint32_t length = wholeFrames(header.bufferLength);
-        if (sendOffset_ >= length) {
-            ++sendIndex_;
-            sendOffset_ = 0;
-            continue;
-        }
-        const auto count = static_cast<uint32_t>(wholeFrames(
-            static_cast<uint32_t>(std::min<std::size_t>(writable, length - sendOffset_))));
-        if (count == 0) {
-            break;
-        }
-        if (pa_stream_write(stream_, header.data + sendOffset_, count, nullptr, 0,
-                            PA_SEEK_RELATIVE) < 0) {
-            fail("the sound server refused data");
-            return;
-        }
-        sendOffset_ += count;
-        sent_ += count;
-        writable -= count;
-    }
-    if (streamCorked_ && !corked_ && sent_ > 0) {
-        streamCorked_ = false;
-        if (pa_operation* operation = pa_stream_cork(stream_, 0, nullptr, nullptr)) {
-            pa_operation_unref(operation);
-        }
-    }
-}
-
-void PulseStream::returnHeard() {
-    const uint64_t heard = heardBytes();
-    while (sendIndex_ > 0 && queued_.front().end <= heard) {
-        delivery_->deliver(*queued_.front().header);
-        queued_.pop_front();
-        --sendIndex_;
-    }
-}
-
-void PulseStream::receive() {
-    while (pa_stream_readable_size(stream_) > 0) {
-        const void* data = nullptr;
-        std::size_t count = 0;
-        if (pa_stream_peek(stream_, &data, &count) < 0) {
-            fail("the sound server stopped delivering input");
-            return;
-        }
-        if (count == 0) {
-            return;
-        }
-        store(static_cast<const uint8_t*>(data), count);
-        pa_stream_drop(stream_);
-    }
-}
-
-// A hole in the input (data null) is silence; input with no buffer queued
-// is lost, as at a converter nobody reads.
-void PulseStream::store(const uint8_t* data, std::size_t count) {
-    std::size_t offset = 0;
-    while (offset < count && !queued_.empty()) {
-        WaveHeader& header = *queued_.front().header;
-        const std::size_t room = header.bufferLength - header.bytesRecorded;
-        const std::size_t take = std::min(room, count - offset);
-        uint8_t* target = header.data + header.bytesRecorded;
-        if (data != nullptr) {
-            std::copy_n(data + offset, take, target);
-        } else {
-            std::fill_n(target, take, uint8_t{0});
-        }
-        header.bytesRecorded += static_cast<uint32_t>(take);
-        offset += take;
-        if (header.bytesRecorded >= header.bufferLength) {
-            delivery_->deliver(header);
-            queued_.pop_front();
-        }
-    }
-}
-
-void PulseStream::returnAll() {
-    for (const Queued& entry : queued_) {
-        delivery_->deliver(*entry.header);
-    }
-    queued_.clear();
-    sendIndex_ = 0;
-    sendOffset_ = 0;
 }
 
 void PulseStream::armTicker() {

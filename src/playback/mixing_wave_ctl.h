@@ -1,34 +1,29 @@
 #pragma once
-// The accompaniment player of a recording: a WaveCtl that also puts a copy of
-// every block it fills (after the effect stage, with its byte count and last
-// flag, exactly as the device gets it) into its MixBuf ring. The capture
-// engine takes those blocks with get() on its own thread and pairs them with
-// wavGetDevicePosition() to line the voice up with what was heard.
+// The accompaniment player of a recording: a WaveCtl that shows every block
+// it fills to its MixBuf writer, and the feed the capture engine reads the
+// copies and the output position from.
 
-#include "core/ling_buffer.h"
+#include "platform/audio_backend.h"
+#include "playback/mix_buf_writer.h"
+#include "playback/playback_feed.h"
 #include "playback/wave_ctl.h"
 
 namespace tunebox {
 
-class MixingWaveCtl final : public WaveCtl {
+class MixingWaveCtl final : public WaveCtl, public PlaybackFeed {
   public:
-    MixingWaveCtl() = default;
-    // Stops first, so that no tick fills into a ring that is going away.
-    ~MixingWaveCtl() override;
+    // The player keeps only the writer's address until it first fills.
+    explicit MixingWaveCtl(AudioBackend& backend) : WaveCtl(backend, &copies_) {}
+    // Stops first, so that no tick fills into a writer that is going away.
+    ~MixingWaveCtl() { wavStop(); }
+    MixingWaveCtl(const MixingWaveCtl&) = delete;
+    MixingWaveCtl& operator=(const MixingWaveCtl&) = delete;
 
-    // The copy ring. Allocate it (allocateMixBuf with the player's buffer
-    // size and count) before wavOpenFile; a ring that was never allocated
-    // refuses every block, and each refusal is logged.
-    LingBuffer& mixBuf() { return mixBuf_; }
-
-  protected:
-    int prefill() override;
-    int fillOne() override;
+    LingBuffer& mixBuf() override { return copies_.mixBuf(); }
+    uint32_t devicePosition() override { return wavGetDevicePosition(); }
 
   private:
-    static void write1Buf(WaveCtl& player, const uint8_t* bytes, uint32_t count, uint32_t last);
-
-    LingBuffer mixBuf_;
+    MixBufWriter copies_;
 };
 
 }  // namespace tunebox

@@ -42,9 +42,7 @@ void WaveCtl::wavSetGeometry(uint32_t count, uint8_t sectorsPerRead) {
     bufferSize_ = sectorsPerRead * count * kSectorBytes;
 }
 
-void WaveCtl::wavInit(const WaveFormat* format, int32_t p0, const BandValues& bands, int32_t p3,
-                      int32_t p1, int32_t p2, int32_t p4, const PlayRange& range,
-                      uint32_t fileSource) {
+void WaveCtl::wavInit(const PlayerSettings& settings) {
     if (wantedCount_ == 0) {
         wavSetGeometry(kDefaultBufferCount, kDefaultSectorsPerRead);
     }
@@ -54,18 +52,18 @@ void WaveCtl::wavInit(const WaveFormat* format, int32_t p0, const BandValues& ba
     std::lock_guard guard(lock_);
     resetBlock();
     initialised_ = 1;
-    fileSource_ = fileSource;
+    fileSource_ = settings.fileSource;
     allocateBuffers();
-    outputFormat_ = format != nullptr ? *format : kNativeFormat;
+    outputFormat_ = settings.format;
     bytesPerSecond_ = outputFormat_.avgBytesPerSec;
-    ctl_.blockSize = fileSource == 1 ? bufferSize_ : kDefaultSectorsPerRead * kSectorBytes;
-    ctl_.level = p0;
-    ctl_.centreRemovalFlag = p1;
-    ctl_.reverbFlag = p2;
-    ctl_.equaliserFlag = p3;
-    ctl_.levelFlag = p4;
-    ctl_.playRange = range;
-    fltEqualizerInit(ctl_, bands, static_cast<int>(outputFormat_.samplesPerSec));
+    ctl_.blockSize = fileSource_ == 1 ? bufferSize_ : kDefaultSectorsPerRead * kSectorBytes;
+    ctl_.level = settings.level;
+    ctl_.centreRemovalFlag = settings.centreRemovalFlag;
+    ctl_.reverbFlag = settings.reverbFlag;
+    ctl_.equaliserFlag = settings.equaliserFlag;
+    ctl_.levelFlag = settings.levelFlag;
+    ctl_.playRange = settings.playRange;
+    fltEqualizerInit(ctl_, settings.bands, static_cast<int>(outputFormat_.samplesPerSec));
 }
 
 void WaveCtl::releaseResources() {
@@ -147,14 +145,6 @@ uint32_t WaveCtl::filledCount() {
     return (writeIndex_ + count - readIndex_) % count;
 }
 
-int WaveCtl::prefill() {
-    return prefillWith(nullptr);
-}
-
-int WaveCtl::fillOne() {
-    return fillOneWith(nullptr);
-}
-
 uint32_t WaveCtl::readIntoSlot(WaveBuf& slot, uint32_t& sourceEnded) {
     uint32_t count = 0;
     sourceEnded = 0;
@@ -168,7 +158,7 @@ uint32_t WaveCtl::readIntoSlot(WaveBuf& slot, uint32_t& sourceEnded) {
     return count;
 }
 
-int WaveCtl::prefillWith(BlockTap tap) {
+int WaveCtl::prefill() {
     std::lock_guard guard(lock_);
     if (readPosition_ >= length_ || !slotFree()) {
         return 0;
@@ -179,14 +169,14 @@ int WaveCtl::prefillWith(BlockTap tap) {
         const uint32_t count = readIntoSlot(waveBuf_[writeIndex_], sourceEnded);
         last = uint64_t{readPosition_} + count >= length_ || sourceEnded == 1 ? 1 : 0;
         readPosition_ += count;
-        if (!commitWith(tap, count, last)) {
+        if (!commit(count, last)) {
             break;
         }
     } while (slotFree() && readPosition_ < length_ && last == 0);
     return 1;
 }
 
-int WaveCtl::fillOneWith(BlockTap tap) {
+int WaveCtl::fillOne() {
     std::lock_guard guard(lock_);
     if (!device_ || !slotFree()) {
         return 0;
@@ -201,16 +191,16 @@ int WaveCtl::fillOneWith(BlockTap tap) {
         last = 1;
         count = 0;
     }
-    return commitWith(tap, count, last);
+    return commit(count, last);
 }
 
-int WaveCtl::commitWith(BlockTap tap, uint32_t count, uint32_t last) {
+int WaveCtl::commit(uint32_t count, uint32_t last) {
     if (!slotFree()) {
         return 0;
     }
     WaveBuf& slot = waveBuf_[writeIndex_];
-    if (tap != nullptr) {
-        tap(*this, slot.block.get(), count, last);
+    if (observer_ != nullptr) {
+        observer_->onBlock(slot.block.get(), count, last);
     }
     // Done and nothing else: the slot is unprepared until it is written.
     slot.pwh.flags = kWaveHeaderDone;
@@ -271,7 +261,7 @@ int WaveCtl::wavPlay() {
 void WaveCtl::openDevice() {
     // No other part of the program plays system sounds, so nothing has to be
     // silenced before the device is taken.
-    auto device = audioBackend().makeOutput();
+    auto device = backend_.makeOutput();
     const AudioResult result = device->open(outputFormat_, [this](WaveHeader&) { onBufferDone(); });
     if (result != kAudioOk) {
         lastDeviceError_ = device->lastError();
@@ -305,7 +295,7 @@ void WaveCtl::onBufferDone() {
 }
 
 void WaveCtl::startTimer() {
-    TimerService& timers = audioBackend().timers();
+    TimerService& timers = backend_.timers();
     TimerCaps caps;
     if (timers.getDevCaps(caps) != 1) {
         return;
@@ -325,7 +315,7 @@ void WaveCtl::stopTimer() {
     if (id == 0) {
         return;
     }
-    TimerService& timers = audioBackend().timers();
+    TimerService& timers = backend_.timers();
     timers.killEvent(id);
     timers.endPeriod(timerPeriod_);
 }
@@ -567,8 +557,8 @@ void WaveCtl::wavStepForward() {
     wavStop();
 }
 
-int WaveCtl::wavHasOutputDevice() {
-    return audioBackend().outputDeviceCount() >= 1 ? 1 : 0;
+int WaveCtl::wavHasOutputDevice() const {
+    return backend_.outputDeviceCount() >= 1 ? 1 : 0;
 }
 
 std::string WaveCtl::lastDeviceError() const {

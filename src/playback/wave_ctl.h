@@ -22,9 +22,12 @@
 #include <string>
 
 #include "effects/effect_control.h"
+#include "platform/audio_backend.h"
 #include "platform/audio_device.h"
 #include "platform/riff_file.h"
 #include "playback/audio_source.h"
+#include "playback/block_observer.h"
+#include "playback/player_settings.h"
 #include "playback/wave_buf.h"
 
 namespace tunebox {
@@ -33,8 +36,11 @@ enum PlayerState : uint32_t { kPlayerStopped = 0, kPlayerPlaying = 1, kPlayerPau
 
 class WaveCtl {
   public:
-    WaveCtl() = default;
-    virtual ~WaveCtl();
+    // Devices and timers come from `backend`; `observer` (none when null) is
+    // shown every block filled. Both must outlive the player.
+    explicit WaveCtl(AudioBackend& backend, BlockObserver* observer = nullptr)
+        : backend_(backend), observer_(observer) {}
+    ~WaveCtl();
     WaveCtl(const WaveCtl&) = delete;
     WaveCtl& operator=(const WaveCtl&) = delete;
 
@@ -44,12 +50,8 @@ class WaveCtl {
     void wavSetGeometry(uint32_t count, uint8_t sectorsPerRead);
 
     // (Re)initialises the player, stopping it first when it is initialised:
-    // allocates the ring and sets up the effect chain. `format` null means
-    // the native format. The effect parameters land in the chain's record in
-    // the order P0 (level, percent), P1 (centre removal), P2 (reverb), P3
-    // (equaliser), P4 (level flag). `bands` are the ten equaliser gains.
-    void wavInit(const WaveFormat* format, int32_t p0, const BandValues& bands, int32_t p3,
-                 int32_t p1, int32_t p2, int32_t p4, const PlayRange& range, uint32_t fileSource);
+    // allocates the ring and sets up the effect chain from `settings`.
+    void wavInit(const PlayerSettings& settings);
 
     // Opens the source, moves it to byte `start` (adjusted as
     // adjustStartPosition says), plays `length` bytes from there and fills
@@ -105,7 +107,7 @@ class WaveCtl {
     uint32_t wavGetDevicePosition();
 
     // 1 when the audio backend offers at least one output device.
-    static int wavHasOutputDevice();
+    int wavHasOutputDevice() const;
 
     // One second back or forward in the source (not wired to any control).
     // Forward past the length stops the player.
@@ -127,26 +129,18 @@ class WaveCtl {
     // Buffers at the device and not yet handed back.
     int32_t outstandingCount() const { return outstanding_.load(); }
 
-  protected:
+  private:
     // Fill every free slot of the ring from the source; fill the next one.
     // Returns 1 when anything was tried, 0 when nothing could be.
-    virtual int prefill();
-    virtual int fillOne();
-
-    // A variant's extra step for every block it fills: after the effect
-    // stage and the end decision, before the block goes into the ring.
-    using BlockTap = void (*)(WaveCtl& player, const uint8_t* bytes, uint32_t count, uint32_t last);
-    int prefillWith(BlockTap tap);
-    int fillOneWith(BlockTap tap);
-
-  private:
+    int prefill();
+    int fillOne();
     void releaseResources();
     void resetBlock();
     void allocateBuffers();
     uint32_t nextIndex(uint32_t index) const;
     bool slotFree() const;
     uint32_t readIntoSlot(WaveBuf& slot, uint32_t& sourceEnded);
-    int commitWith(BlockTap tap, uint32_t count, uint32_t last);
+    int commit(uint32_t count, uint32_t last);
     WaveBuf* takeFilled();
     void writeSlot(WaveBuf& slot);
     void seekSource(uint32_t position, uint32_t permyriad);
@@ -163,6 +157,8 @@ class WaveCtl {
     template <class Change>
     void whileRunning(Change change);
 
+    AudioBackend& backend_;
+    BlockObserver* const observer_;
     std::atomic<uint32_t> initialised_{0};
     std::atomic<uint32_t> endOfSource_{0};
     std::atomic<uint32_t> drained_{0};

@@ -27,8 +27,11 @@ TakeButton pauseButton(TakePlayer player) {
 
 }  // namespace
 
-TakeController::TakeController(Dispatcher& dispatcher, TakeListener& listener)
-    : listener_(listener), capture_(dispatcher) {
+TakeController::TakeController(AudioBackend& audio, Dispatcher& dispatcher, TakeListener& listener)
+    : listener_(listener),
+      accompanimentPlayer_(audio),
+      recordedPlayer_(audio),
+      capture_(dispatcher, audio) {
     capture_.registerLevelMeter(&TakeController::onLevels, this);
     capture_.registerFaultNotice(&TakeController::onFault, this);
 }

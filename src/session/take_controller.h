@@ -11,6 +11,7 @@
 #include <string>
 
 #include "capture/rec_wav.h"
+#include "platform/audio_backend.h"
 #include "platform/dispatcher.h"
 #include "playback/mixing_wave_ctl.h"
 #include "playback/wave_ctl.h"
@@ -53,7 +54,7 @@ struct RecStart {
 
 class TakeController {
   public:
-    TakeController(Dispatcher& dispatcher, TakeListener& listener);
+    TakeController(AudioBackend& audio, Dispatcher& dispatcher, TakeListener& listener);
     TakeController(const TakeController&) = delete;
     TakeController& operator=(const TakeController&) = delete;
 

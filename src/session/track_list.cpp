@@ -1,15 +1,14 @@
 #include "session/track_list.h"
 
 namespace tunebox {
-namespace {
-
-constexpr uint32_t kFileSource = 1;
-
-}  // namespace
-
 void applyPreset(WaveCtl& player, const TrackEntry& entry) {
-    player.wavInit(nullptr, entry.p0, entry.bands, entry.p3, entry.p1, entry.p2, entry.p4,
-                   entry.range, kFileSource);
+    player.wavInit({.level = entry.p0,
+                    .equaliserFlag = entry.p3,
+                    .bands = entry.bands,
+                    .centreRemovalFlag = entry.p1,
+                    .reverbFlag = entry.p2,
+                    .levelFlag = entry.p4,
+                    .playRange = entry.range});
     player.wavSetRoomSize(entry.tenths);
 }
 

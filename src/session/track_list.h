@@ -7,21 +7,20 @@
 #include <string>
 #include <vector>
 
-#include "effects/band_section.h"
 #include "effects/effect_control.h"
 #include "effects/play_range.h"
+#include "playback/player_settings.h"
 #include "playback/wave_ctl.h"
 
 namespace tunebox {
 
 // The preset every entry starts with: flat bands, full level, a 0.9 room.
-inline constexpr int32_t kInitialLevel = 100;
 inline constexpr int32_t kInitialRoomTenths = 9;
 
 struct TrackEntry {
     std::string path;
-    BandValues bands = initialBands();
-    int32_t p0 = kInitialLevel;
+    BandValues bands = flatBands();
+    int32_t p0 = kFullLevel;
     int32_t tenths = kInitialRoomTenths;
     int32_t p3 = 0;
     int32_t p1 = 0;
@@ -29,13 +28,6 @@ struct TrackEntry {
     int32_t p4 = 0;
     PlayRange range{};
     uint32_t length = 0;  // native-PCM bytes, from the probe
-
-  private:
-    static BandValues initialBands() {
-        BandValues bands;
-        bands.fill(kFlatBandValue);
-        return bands;
-    }
 };
 
 // Hands the entry's preset to a player, for a file source.

@@ -8,11 +8,11 @@
 #include <chrono>
 #include <thread>
 
-#include "session/synthetic_voice.h"
 #include "platform/queue_dispatcher.h"
 #include "platform/virtual_audio.h"
 #include "playback/mixing_wave_ctl.h"
 #include "playback/wav_length.h"
+#include "session/synthetic_voice.h"
 #include "support/device_buffers.h"
 #include "support/log_records.h"
 #include "support/tool_fixture.h"
@@ -28,11 +28,12 @@ class RecWavTest : public ::testing::Test {
   protected:
     void install(VirtualAudioConfig config) {
         audio_ = std::make_shared<VirtualAudio>(std::move(config));
-        setAudioBackend(audio_);
+        capture_ = std::make_unique<CRecWav>(dispatcher_, *audio_);
     }
     void TearDown() override {
-        capture_.stop();
-        setAudioBackend(nullptr);
+        if (capture_) {
+            capture_->stop();
+        }
     }
     template <class Done>
     bool pumpUntil(Done done, std::chrono::seconds timeout = std::chrono::seconds(20)) {
@@ -58,7 +59,7 @@ class RecWavTest : public ::testing::Test {
     std::string take_ = (log_.dir().path() / "take.wav").string();
     std::shared_ptr<VirtualAudio> audio_;
     QueueDispatcher dispatcher_;
-    CRecWav capture_{dispatcher_};
+    std::unique_ptr<CRecWav> capture_;
 };
 
 struct Levels {
@@ -86,22 +87,22 @@ TEST_F(RecWavTest, VoiceAloneIsWrittenAsCapturedAndStopTakesEveryOutstandingBuff
     auto output = audio_->makeOutput();
     test::BufferSet silence(80, kSlot);
     Levels levels;
-    capture_.registerLevelMeter(recordLevels, &levels);
-    capture_.setOutputFileName(take_);
-    capture_.setEffectsEnabled(0);
+    capture_->registerLevelMeter(recordLevels, &levels);
+    capture_->setOutputFileName(take_);
+    capture_->setEffectsEnabled(0);
     const uint32_t noticesBefore = handledCaptureNotices();
 
     audio_->setClockStalled(true);
-    ASSERT_EQ(capture_.startRecording(kNativeFormat, kSlot, kBuffers, nullptr, 0, 0), 1);
+    ASSERT_EQ(capture_->startRecording(kNativeFormat, kSlot, kBuffers, nullptr, 0, 0), 1);
     ASSERT_EQ(output->open(kNativeFormat, {}), kAudioOk);
     ASSERT_TRUE(test::queueAll(*output, silence, &OutputDevice::write));
     audio_->setClockStalled(false);
-    ASSERT_TRUE(pumpUntil([&] { return capture_.capturePosition() > 2 * 176400; }));
+    ASSERT_TRUE(pumpUntil([&] { return capture_->capturePosition() > 2 * 176400; }));
 
     const uint32_t noticesAtStop = handledCaptureNotices();
-    EXPECT_EQ(capture_.queuedCount(), kBuffers);
-    EXPECT_EQ(capture_.stop(), 1);
-    EXPECT_EQ(capture_.state(), kRecClosed);
+    EXPECT_EQ(capture_->queuedCount(), kBuffers);
+    EXPECT_EQ(capture_->stop(), 1);
+    EXPECT_EQ(capture_->state(), kRecClosed);
     EXPECT_EQ(handledCaptureNotices() - noticesAtStop, uint32_t{kBuffers});
     output->reset();
     output->close();
@@ -120,16 +121,16 @@ TEST_F(RecWavTest, VoiceAloneIsWrittenAsCapturedAndStopTakesEveryOutstandingBuff
 
 TEST_F(RecWavTest, StartIsRefusedWhileCapturingAndAnUncreatableFileLeavesNothingOpen) {
     install({.speed = 20});
-    capture_.setOutputFileName((log_.dir().path() / "missing" / "take.wav").string());
-    EXPECT_EQ(capture_.startRecording(kNativeFormat, kSlot, 3, nullptr, 0, 0), 0);
-    EXPECT_NE(capture_.lastError().find("cannot be created"), std::string::npos);
-    EXPECT_EQ(capture_.stop(), 1);
+    capture_->setOutputFileName((log_.dir().path() / "missing" / "take.wav").string());
+    EXPECT_EQ(capture_->startRecording(kNativeFormat, kSlot, 3, nullptr, 0, 0), 0);
+    EXPECT_NE(capture_->lastError().find("cannot be created"), std::string::npos);
+    EXPECT_EQ(capture_->stop(), 1);
 
-    capture_.setOutputFileName(take_);
-    ASSERT_EQ(capture_.startRecording(kNativeFormat, kSlot, 40, nullptr, 0, 0), 1);
-    EXPECT_EQ(capture_.queuedCount(), 30);
-    EXPECT_EQ(capture_.startLevelMonitor(kNativeFormat, kSlot, 3, nullptr, 0, 0), 0);
-    EXPECT_EQ(capture_.state(), kRecCapturing);
+    capture_->setOutputFileName(take_);
+    ASSERT_EQ(capture_->startRecording(kNativeFormat, kSlot, 40, nullptr, 0, 0), 1);
+    EXPECT_EQ(capture_->queuedCount(), 30);
+    EXPECT_EQ(capture_->startLevelMonitor(kNativeFormat, kSlot, 3, nullptr, 0, 0), 0);
+    EXPECT_EQ(capture_->state(), kRecCapturing);
 }
 
 // An input that stops handing buffers back cannot hold a stop forever: the
@@ -137,13 +138,13 @@ TEST_F(RecWavTest, StartIsRefusedWhileCapturingAndAnUncreatableFileLeavesNothing
 // finished with what came before.
 TEST_F(RecWavTest, StopReturnsFromAHangingInputWithAFinishedFile) {
     install({.speed = 20});
-    capture_.setOutputFileName(take_);
-    ASSERT_EQ(capture_.startRecording(kNativeFormat, kSlot, 3, nullptr, 0, 0), 1);
+    capture_->setOutputFileName(take_);
+    ASSERT_EQ(capture_->startRecording(kNativeFormat, kSlot, 3, nullptr, 0, 0), 1);
     const uint32_t before = handledCaptureNotices();
     ASSERT_TRUE(pumpUntil([&] { return handledCaptureNotices() >= before + 5; }));
     audio_->setInputHangs(true);
-    EXPECT_EQ(capture_.stop(), 1);
-    EXPECT_EQ(capture_.state(), kRecClosed);
+    EXPECT_EQ(capture_->stop(), 1);
+    EXPECT_EQ(capture_->state(), kRecClosed);
     EXPECT_EQ(takeSamples().size() * 2 % kSlot, 0u);
 }
 
@@ -151,14 +152,14 @@ TEST_F(RecWavTest, StopReturnsFromAHangingInputWithAFinishedFile) {
 // beyond its 29 is refused and logged, and only those are lost.
 TEST_F(RecWavTest, VoiceRingOverflowLogsEachRefusedBlock) {
     install({.speed = 50});
-    MixingWaveCtl silentPlayer;
-    capture_.setOutputFileName(take_);
+    MixingWaveCtl silentPlayer(*audio_);
+    capture_->setOutputFileName(take_);
     constexpr uint32_t kSmallSlot = 4410;
-    ASSERT_EQ(capture_.startRecording(kNativeFormat, kSmallSlot, 3, &silentPlayer, 1, 1 << 30), 1);
+    ASSERT_EQ(capture_->startRecording(kNativeFormat, kSmallSlot, 3, &silentPlayer, 1, 1 << 30), 1);
     const uint32_t before = handledCaptureNotices();
     ASSERT_TRUE(pumpUntil([&] { return handledCaptureNotices() >= before + 33; }));
-    capture_.stop();
-    const uint32_t offered = capture_.syncMx().microphoneBytes() / kSmallSlot;
+    capture_->stop();
+    const uint32_t offered = capture_->syncMx().microphoneBytes() / kSmallSlot;
     const auto messages = log_.messages();
     EXPECT_EQ(messages.size(), offered - 29);
     EXPECT_TRUE(std::all_of(messages.begin(), messages.end(), [](const std::string& m) {

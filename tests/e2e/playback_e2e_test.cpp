@@ -15,12 +15,11 @@ TEST(PlaybackOnPulseAudio, AFiveSecondFilePlaysToItsEndAndThePlayerStopsByItself
     test::TestAudioServer server("/tmp/tunebox-test-audio-playback");
     auto audio = std::make_shared<PulseAudio>(server.address());
     TUNEBOX_REQUIRE_SOUND_SERVER(audio->outputDeviceCount() > 0);
-    test::BackendScope scope(audio);
     test::TempDir dir;
     const uint32_t length = 5 * kNativeBytesPerSecond;
     ASSERT_TRUE(test::writeWav(dir / "take.wav", test::patternBytes(length)));
 
-    WaveCtl player;
+    WaveCtl player(*audio);
     test::initPlayer(player);
     ASSERT_EQ(player.wavOpenFile((dir / "take.wav").string(), 0, length), 1);
     const auto started = std::chrono::steady_clock::now();

@@ -1,6 +1,7 @@
 #pragma once
 // Answers the dialog's pickers and message boxes in place of a user and
-// keeps what the dialog asked.
+// keeps what the dialog asked; plays through the backend the environment
+// chooses unless a test sets its own.
 
 #include <QStringList>
 #include <vector>
@@ -15,6 +16,7 @@ struct FakeDesktop {
     std::vector<gui::PickerRequest> requests;
     QStringList messages;  // "caption|text"
     std::vector<QUrl> opened;
+    std::shared_ptr<AudioBackend> audio = makeAudioBackendFromEnvironment();
 
     gui::DialogServices services() {
         return {[this](QWidget*, const gui::PickerRequest& request) {
@@ -28,7 +30,7 @@ struct FakeDesktop {
                 [this](QWidget*, const QString& caption, const QString& text) {
                     messages << caption + '|' + text;
                 },
-                [this](const QUrl& url) { opened.push_back(url); }};
+                [this](const QUrl& url) { opened.push_back(url); }, audio};
     }
 };
 

@@ -41,7 +41,7 @@ class SessionTest : public GuiTest {
         config.loopbackGain = 0.25f;
         config.voice = loudVoice(60);
         audio_ = std::make_shared<VirtualAudio>(std::move(config));
-        setAudioBackend(audio_);
+        desktop_.audio = audio_;
         song_ = (configDir() / "song.wav").string();
         take_ = (configDir() / "take.wav").string();
         writeTone(song_, songSeconds);
@@ -51,10 +51,7 @@ class SessionTest : public GuiTest {
         click(gui::kKaraokePick);
         control<QLineEdit>(gui::kRecordedName)->setText(QString::fromStdString(take_));
     }
-    void TearDown() override {
-        dialog_.reset();
-        setAudioBackend(nullptr);
-    }
+    void TearDown() override { dialog_.reset(); }
 
     template <class Widget = QWidget>
     Widget* control(gui::ControlId id) const {

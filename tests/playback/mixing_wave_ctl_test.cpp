@@ -10,7 +10,6 @@
 namespace tunebox {
 namespace {
 
-using test::BackendScope;
 using test::initPlayer;
 using test::LoopbackListener;
 using test::patternBytes;
@@ -40,7 +39,7 @@ class MixingWaveCtlTest : public ::testing::Test {
     // does and drained as the capture pump does.
     MixCopies playToEnd(const std::vector<uint8_t>& data, const PlayRange& range = {}) {
         EXPECT_TRUE(writeWav(dir_ / "take.wav", data));
-        MixingWaveCtl player;
+        MixingWaveCtl player(*audio_);
         EXPECT_EQ(allocateMixBuf(player.mixBuf(), kBuffer, 3), 1);
         initPlayer(player, range);
         EXPECT_EQ(
@@ -56,7 +55,6 @@ class MixingWaveCtlTest : public ::testing::Test {
 
     std::shared_ptr<VirtualAudio> audio_ =
         std::make_shared<VirtualAudio>(VirtualAudioConfig{.speed = 20});
-    BackendScope scope_{audio_};
     test::TempDir dir_;
 };
 
@@ -97,7 +95,8 @@ TEST_F(MixingWaveCtlTest, ThePlayRangeStopEndsAtTheFirstBlockReadAtOrAfterIt) {
 TEST(MixingWaveCtl, AFullOrMissingCopyRingLogsEveryRefusedBlockAndFillsOn) {
     test::LogDirectory log;
     ASSERT_TRUE(writeWav(log.dir() / "take.wav", patternBytes(4 * kBuffer)));
-    MixingWaveCtl player;
+    VirtualAudio audio;
+    MixingWaveCtl player(audio);
     initPlayer(player);
     ASSERT_EQ(player.wavOpenFile((log.dir() / "take.wav").string(), 0, 4 * kBuffer), 1);
     EXPECT_EQ(player.filledCount(), 2u);

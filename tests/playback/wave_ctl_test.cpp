@@ -16,7 +16,6 @@
 namespace tunebox {
 namespace {
 
-using test::BackendScope;
 using test::initPlayer;
 using test::LoopbackListener;
 using test::patternBytes;
@@ -42,7 +41,7 @@ class WaveCtlTest : public ::testing::Test {
     std::vector<uint8_t> playFileToEnd(const std::string& path, uint32_t length) {
         LoopbackListener listener(*audio_, 8);
         EXPECT_TRUE(listener.listening());
-        WaveCtl player;
+        WaveCtl player(*audio_);
         initPlayer(player);
         EXPECT_EQ(player.wavOpenFile(path, 0, length), 1);
         EXPECT_EQ(player.wavPlay(), 1);
@@ -61,7 +60,6 @@ class WaveCtlTest : public ::testing::Test {
 
     std::shared_ptr<VirtualAudio> audio_ =
         std::make_shared<VirtualAudio>(VirtualAudioConfig{.speed = 20});
-    BackendScope scope_{audio_};
     test::TempDir dir_;
     int files_ = 0;
 };
@@ -116,7 +114,7 @@ TEST_F(WaveCtlTest, ConvertedFilesPlayToTheirEnd) {
 TEST_F(WaveCtlTest, StartPositionsOffAFrameMoveOnByTheirLowBits) {
     const std::string path = fileOf(patternBytes(4 * kBuffer));
     for (const auto& [start, adjusted] : {std::pair{3u, 6u}, {4u, 4u}, {5u, 6u}}) {
-        WaveCtl player;
+        WaveCtl player(*audio_);
         initPlayer(player);
         ASSERT_EQ(player.wavOpenFile(path, start, 4 * kBuffer), 1);
         EXPECT_EQ(player.seekPosition(), adjusted) << "start " << start;
@@ -126,7 +124,7 @@ TEST_F(WaveCtlTest, StartPositionsOffAFrameMoveOnByTheirLowBits) {
 
 TEST_F(WaveCtlTest, PausingThenSeekingStaysPausedAtTheNewPlaceAndPlaysOnFromThere) {
     const uint32_t length = 10 * kNativeBytesPerSecond;
-    WaveCtl player;
+    WaveCtl player(*audio_);
     initPlayer(player);
     ASSERT_EQ(player.wavOpenFile(fileOf(patternBytes(length)), 0, length), 1);
     ASSERT_EQ(player.wavPlay(), 1);
@@ -147,7 +145,7 @@ TEST_F(WaveCtlTest, PausingThenSeekingStaysPausedAtTheNewPlaceAndPlaysOnFromTher
 
 TEST_F(WaveCtlTest, TheSliderAtItsEndStopsThePlayer) {
     const uint32_t length = 4 * kBuffer;
-    WaveCtl player;
+    WaveCtl player(*audio_);
     initPlayer(player);
     ASSERT_EQ(player.wavOpenFile(fileOf(patternBytes(length)), 0, length), 1);
     ASSERT_EQ(player.wavPlay(), 1);
@@ -161,7 +159,7 @@ TEST_F(WaveCtlTest, TheSliderAtItsEndStopsThePlayer) {
 
 TEST_F(WaveCtlTest, OneSecondStepsMoveTheReadPositionAndForwardPastTheEndStops) {
     const uint32_t length = 3 * kNativeBytesPerSecond;
-    WaveCtl player;
+    WaveCtl player(*audio_);
     initPlayer(player);
     ASSERT_EQ(player.wavOpenFile(fileOf(patternBytes(length)), 0, length), 1);
     ASSERT_EQ(player.readPosition(), 2 * kBuffer);
@@ -187,7 +185,7 @@ TEST_F(WaveCtlTest, OneSecondStepsMoveTheReadPositionAndForwardPastTheEndStops) 
 TEST_F(WaveCtlTest, ClockAndSliderFollowTheDevicePositionFromTheRunStart) {
     const uint32_t length = 8 * kNativeBytesPerSecond;
     const uint32_t start = 2 * kNativeBytesPerSecond;
-    WaveCtl player;
+    WaveCtl player(*audio_);
     initPlayer(player);
     ASSERT_EQ(player.wavOpenFile(fileOf(patternBytes(length)), start, length), 1);
     ASSERT_EQ(player.wavPlay(), 1);
@@ -213,7 +211,7 @@ TEST_F(WaveCtlTest, ClockAndSliderFollowTheDevicePositionFromTheRunStart) {
 
 TEST_F(WaveCtlTest, AFailedBufferLeavesTheFewThatCameAndNothingPlays) {
     test::LogDirectory log;
-    WaveCtl player;
+    WaveCtl player(*audio_);
     heapFailAfter(1);
     initPlayer(player);
     heapFailAfter(-1);
@@ -225,11 +223,27 @@ TEST_F(WaveCtlTest, AFailedBufferLeavesTheFewThatCameAndNothingPlays) {
     EXPECT_EQ(player.readPosition(), 0u);
 }
 
+// Each player plays through the backend it was given and nowhere else.
+TEST_F(WaveCtlTest, TwoBackendsInOneProcessKeepTheirPlayersApart) {
+    VirtualAudio other({.speed = 20});
+    LoopbackListener here(*audio_, 4);
+    LoopbackListener there(other, 4);
+    ASSERT_TRUE(here.listening() && there.listening());
+    const auto data = patternBytes(kBuffer);
+    WaveCtl player(other);
+    initPlayer(player);
+    ASSERT_EQ(player.wavOpenFile(fileOf(data), 0, kBuffer), 1);
+    ASSERT_EQ(player.wavPlay(), 1);
+    EXPECT_TRUE(waitUntil([&] { return player.wavIsStopped() == 1; }));
+    EXPECT_TRUE(here.heard().empty());
+    EXPECT_TRUE(samePrefix(there.heard(), data, data.size()));
+}
+
 TEST(WaveCtl, ADeviceThatWillNotOpenIsReportedAndLeavesNoClock) {
-    BackendScope scope(std::make_shared<VirtualAudio>(VirtualAudioConfig{.failOutputOpen = true}));
+    VirtualAudio audio({.failOutputOpen = true});
     test::TempDir dir;
     ASSERT_TRUE(writeWav(dir / "a.wav", patternBytes(kBuffer)));
-    WaveCtl player;
+    WaveCtl player(audio);
     initPlayer(player);
     ASSERT_EQ(player.wavOpenFile((dir / "a.wav").string(), 0, kBuffer), 1);
     EXPECT_EQ(player.wavPlay(), 0);

@@ -52,7 +52,6 @@ class TakeTest : public ::testing::Test {
   protected:
     void TearDown() override {
         controller_.reset();
-        setAudioBackend(nullptr);
     }
 
     // Speed: virtual seconds per real second.
@@ -62,8 +61,7 @@ class TakeTest : public ::testing::Test {
             config.voice = loudVoice(60);
         }
         audio_ = std::make_shared<VirtualAudio>(std::move(config));
-        setAudioBackend(audio_);
-        controller_ = std::make_unique<TakeController>(dispatcher_, shown_);
+        controller_ = std::make_unique<TakeController>(*audio_, dispatcher_, shown_);
         controller_->setOutputFile(take_);
     }
 

@@ -1,6 +1,6 @@
 #pragma once
-// Helpers for driving the player in tests: generated WAV files, a backend
-// installed for one test, the player's usual start-up, and waiting.
+// Helpers for driving the player in tests: generated WAV files, the
+// player's usual start-up, and waiting.
 
 #include <chrono>
 #include <filesystem>
@@ -37,26 +37,10 @@ inline bool writeWav(const std::filesystem::path& path, const std::vector<uint8_
            wavCloseFile(writer) == 1;
 }
 
-// The process-wide backend for the length of one test.
-class BackendScope {
-  public:
-    explicit BackendScope(std::shared_ptr<AudioBackend> backend) : backend_(std::move(backend)) {
-        setAudioBackend(backend_);
-    }
-    ~BackendScope() { setAudioBackend(nullptr); }
-    BackendScope(const BackendScope&) = delete;
-    BackendScope& operator=(const BackendScope&) = delete;
-
-  private:
-    std::shared_ptr<AudioBackend> backend_;
-};
-
 // The dialog's defaults for a track: level 100, every band 24, every effect
 // flag off, room size 0.9.
 inline void initPlayer(WaveCtl& player, const PlayRange& range = {}, int32_t reverbFlag = 0) {
-    BandValues bands;
-    bands.fill(24);
-    player.wavInit(nullptr, 100, bands, 0, 0, reverbFlag, 0, range, 1);
+    player.wavInit({.reverbFlag = reverbFlag, .playRange = range});
     player.wavSetRoomSize(9);
 }
 

@@ -6,6 +6,7 @@
 
 #include "app/cli/commands.h"
 #include "capture/round_trip.h"
+#include "platform/audio_backend.h"
 #include "platform/settings.h"
 
 namespace tunebox::cli {
@@ -26,7 +27,7 @@ int calibrate(bool save) {
     if (isatty(STDOUT_FILENO)) {
         std::cout << "Measuring the round trip from the output to the input..." << std::endl;
     }
-    const RoundTrip trip = measureRoundTrip(audioBackend());
+    const RoundTrip trip = measureRoundTrip(*makeAudioBackendFromEnvironment());
     if (!trip.deviceError.empty()) {
         std::cerr << "calibrate: " << trip.deviceError << "\n";
         return kExitBadInput;

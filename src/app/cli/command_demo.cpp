@@ -18,13 +18,13 @@ constexpr uint32_t kVoiceSpareSeconds = 4;  // sung on while the stop drains
 // The default devices when a sound server answers; otherwise (or when the
 // virtual backend was asked for) the simulated loopback, where a synthetic
 // singer follows the accompaniment and the microphone hears only the voice.
-void chooseDevices() {
-    AudioBackend& backend = audioBackend();
-    const bool virtualAsked = backend.name() == "virtual";
-    if (!virtualAsked && backend.outputDeviceCount() > 0 && backend.inputDeviceCount() > 0) {
-        std::cout << "devices: the default output and input of the sound server (" << backend.name()
-                  << ")\n";
-        return;
+std::shared_ptr<AudioBackend> chooseDevices() {
+    std::shared_ptr<AudioBackend> backend = makeAudioBackendFromEnvironment();
+    const bool virtualAsked = backend->name() == "virtual";
+    if (!virtualAsked && backend->outputDeviceCount() > 0 && backend->inputDeviceCount() > 0) {
+        std::cout << "devices: the default output and input of the sound server ("
+                  << backend->name() << ")\n";
+        return backend;
     }
     if (!virtualAsked) {
         std::cout << "no sound server could be reached\n";
@@ -32,8 +32,8 @@ void chooseDevices() {
     VirtualAudioConfig config = virtualAudioConfigFromEnvironment();
     config.voice = synthesiseVoice((kDemoTuneSeconds + kVoiceSpareSeconds) * 44100);
     config.loopbackGain = 0.0f;
-    setAudioBackend(std::make_shared<VirtualAudio>(std::move(config)));
     std::cout << "devices: the virtual loopback (a synthetic voice over the accompaniment)\n";
+    return std::make_shared<VirtualAudio>(std::move(config));
 }
 
 int demo(const std::string& output) {
@@ -42,8 +42,8 @@ int demo(const std::string& output) {
     if (const int status = writeDemoTuneFile(tune.string()); status != 0) {
         return status;
     }
-    chooseDevices();
-    CommandLineTake take;
+    const std::shared_ptr<AudioBackend> backend = chooseDevices();
+    CommandLineTake take(*backend);
     RecordingOptions options;
     options.accompaniment = tune.string();
     options.output = output;

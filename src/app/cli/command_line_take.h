@@ -24,7 +24,7 @@ struct RecordingOptions {
 
 class CommandLineTake final : private TakeListener {
   public:
-    CommandLineTake() = default;
+    explicit CommandLineTake(AudioBackend& audio) : controller_(audio, dispatcher_, *this) {}
     ~CommandLineTake() override;
     CommandLineTake(const CommandLineTake&) = delete;
     CommandLineTake& operator=(const CommandLineTake&) = delete;
@@ -52,7 +52,7 @@ class CommandLineTake final : private TakeListener {
     void tickerChanged(TakePlayer player, bool running) override;
 
     QueueDispatcher dispatcher_;
-    TakeController controller_{dispatcher_, *this};
+    TakeController controller_;
     std::string error_;
     int32_t firstLevel_ = 0;
     int32_t secondLevel_ = 0;

@@ -1,4 +1,5 @@
 #include <iostream>
+#include <memory>
 
 #include "app/cli/commands.h"
 #include "app/cli/take_loop.h"
@@ -10,7 +11,8 @@ namespace {
 int monitor() {
     SyncSettings settings;
     readSyncSettings(settings);
-    CommandLineTake take;
+    const std::shared_ptr<AudioBackend> backend = makeAudioBackendFromEnvironment();
+    CommandLineTake take(*backend);
     if (!take.monitor(settings.manualDelayFlag == 1 ? 1 : 0)) {
         std::cerr << "tunebox: " << take.error() << '\n';
         return kExitBadInput;

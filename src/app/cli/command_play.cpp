@@ -90,11 +90,12 @@ int playFile(const PlayOptions& options) {
                   << " (" << formatSectorTime(length) << ")\n";
         return kExitBadInput;
     }
-    if (WaveCtl::wavHasOutputDevice() != 1) {
+    const std::shared_ptr<AudioBackend> backend = makeAudioBackendFromEnvironment();
+    WaveCtl player(*backend);
+    if (player.wavHasOutputDevice() != 1) {
         std::cerr << "tunebox: no audio output device\n";
         return kExitBadInput;
     }
-    WaveCtl player;
     initAsTrack(player, options.echo);
     const auto start = static_cast<uint32_t>(startFrames) * kNativeFrameBytes;
     if (player.wavOpenFile(path, start, length) != 1) {

@@ -41,7 +41,8 @@ RecordingOptions optionsFrom(const RecordArguments& arguments) {
 }
 
 int record(const RecordArguments& arguments) {
-    CommandLineTake take;
+    const std::shared_ptr<AudioBackend> backend = makeAudioBackendFromEnvironment();
+    CommandLineTake take(*backend);
     if (!take.rec(optionsFrom(arguments))) {
         std::cerr << "tunebox: " << take.error() << '\n';
         return kExitBadInput;

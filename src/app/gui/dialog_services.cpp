@@ -55,7 +55,8 @@ QStringList qtNameFilters(const QString& filter) {
 }
 
 DialogServices desktopServices() {
-    return {pickOpen, pickSave, showStop, [](const QUrl& url) { QDesktopServices::openUrl(url); }};
+    return {pickOpen, pickSave, showStop, [](const QUrl& url) { QDesktopServices::openUrl(url); },
+            makeAudioBackendFromEnvironment()};
 }
 
 }  // namespace tunebox::gui

@@ -1,12 +1,15 @@
 #pragma once
-// What the dialog asks of the desktop: file pickers, the stop message box
-// and the default browser. The dialog takes them as a set so that a test can
-// answer in place of a user.
+// What the dialog asks of the desktop: file pickers, the stop message box,
+// the default browser and the sound devices. The dialog takes them as a set
+// so that a test can answer in place of a user.
 
 #include <QString>
 #include <QStringList>
 #include <QUrl>
 #include <functional>
+#include <memory>
+
+#include "platform/audio_backend.h"
 
 class QWidget;
 
@@ -27,9 +30,12 @@ struct DialogServices {
     std::function<QString(QWidget* parent, const PickerRequest& request)> pickSave;
     std::function<void(QWidget* parent, const QString& caption, const QString& text)> showStop;
     std::function<void(const QUrl& url)> openUrl;
+    // The players' and the recorder's devices and timers.
+    std::shared_ptr<AudioBackend> audio;
 };
 
-// Qt's own pickers, message box and QDesktopServices.
+// Qt's own pickers, message box and QDesktopServices, and the backend the
+// environment chooses.
 DialogServices desktopServices();
 
 // "desc|patterns|...||" as Qt name filters: "desc (patterns)".

@@ -86,7 +86,7 @@ class MainDialog : public QDialog, private TakeListener {
     DialogServices services_;
     // Before the controller, whose capture engine posts to it until it goes.
     QtDispatcher dispatcher_;
-    TakeController controller_{dispatcher_, *this};
+    TakeController controller_{*services_.audio, dispatcher_, *this};
     TrackList list_;
     int currentIndex_ = -1;
 
