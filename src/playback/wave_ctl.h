@@ -23,8 +23,8 @@
 
 #include "effects/effect_control.h"
 #include "platform/audio_device.h"
-#include "platform/riff_file.h"
 #include "playback/audio_source.h"
+#include "playback/source_options.h"
 #include "playback/wave_buf.h"
 
 namespace tunebox {
@@ -50,6 +50,9 @@ class WaveCtl {
     // (equaliser), P4 (level flag). `bands` are the ten equaliser gains.
     void wavInit(const WaveFormat* format, int32_t p0, const BandValues& bands, int32_t p3,
                  int32_t p1, int32_t p2, int32_t p4, const PlayRange& range, uint32_t fileSource);
+
+    // How the next wavOpenFile opens its source (which MP3 decoder first).
+    void setSourceOptions(const SourceOptions& options);
 
     // Opens the source, moves it to byte `start` (adjusted as
     // adjustStartPosition says), plays `length` bytes from there and fills
@@ -179,11 +182,11 @@ class WaveCtl {
     std::unique_ptr<OutputDevice> device_;
     std::string lastDeviceError_;
     WaveFormat outputFormat_ = kNativeFormat;
-    AudioSource source_;
+    std::unique_ptr<AudioSource> source_;
+    SourceOptions sourceOptions_;
     std::atomic<uint32_t> timerId_{0};
     uint32_t timerPeriod_ = 0;
     uint32_t length_ = 0;
-    RiffHandle file_;
     uint32_t fileSource_ = 1;
     EffectControl ctl_;
     uint32_t bytesPerSecond_ = kNativeBytesPerSecond;

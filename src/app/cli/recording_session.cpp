@@ -1,6 +1,7 @@
 #include "app/cli/recording_session.h"
 
 #include "app/cli/input_checks.h"
+#include "app/cli/source_settings.h"
 
 namespace tunebox::cli {
 namespace {
@@ -78,6 +79,7 @@ int RecordingSession::startAccompaniment(const RecordingOptions& options) {
     flat.fill(kFlatBand);
     player_.wavInit(nullptr, kDefaultLevel, flat, 0, 0, 0, 0, PlayRange{}, 1);
     player_.wavSetRoomSize(kDefaultRoomTenths);
+    player_.setSourceOptions(sourceOptionsFromSettings());
     if (player_.wavOpenFile(options.accompaniment, options.startBytes, length_) != 1) {
         error_ = options.accompaniment + ": cannot be opened";
         return 0;

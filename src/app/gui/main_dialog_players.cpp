@@ -8,10 +8,10 @@
 #include "app/gui/image_button.h"
 #include "app/gui/main_dialog.h"
 #include "app/gui/position_time.h"
-#include "platform/settings.h"
 #include "core/ling_buffer.h"
-#include "core/wave_format.h"
 #include "core/playback_clock.h"
+#include "core/wave_format.h"
+#include "platform/settings.h"
 #include "playback/wav_length.h"
 
 namespace tunebox::gui {
@@ -51,8 +51,7 @@ void MainDialog::pickKaraoke() {
     const QString path = picked.first();
     TrackEntry entry;
     entry.path = path.toStdString();
-    AudioSource probe;
-    if (wavGetLengthInto(entry.path, probe, entry.length) == 0) {
+    if (wavGetLength(entry.path, entry.length) == 0) {
         services_.showStop(this, QStringLiteral("ﾌｧｲﾙ選択の失敗"),
                            QStringLiteral("ｻﾎﾟｰﾄされないﾌｧｲﾙﾌｫｰﾏｯﾄ:") + path);
         return;
@@ -88,6 +87,7 @@ int MainDialog::playKaraoke() {
     allocateMixBuf(karaokePlayer_.mixBuf(), kBufferBytes, kBufferCount);
     initialisePlayer(karaokePlayer_, entry);
     karaoke_.length = entry.length;
+    karaokePlayer_.setSourceOptions(SourceOptions{readDecoderChoice() == 1});
     if (karaokePlayer_.wavOpenFile(entry.path, karaoke_.position, karaoke_.length) == 0) {
         // The PLAY face stays lit: that is how a failed start has always looked.
         return 0;
@@ -169,6 +169,7 @@ void MainDialog::playRecorded() {
     initialisePlayer(recordedPlayer_, preset);
     const std::string path = recordedName_.toStdString();
     wavGetLength(path, recorded_.length);
+    recordedPlayer_.setSourceOptions(SourceOptions{readDecoderChoice() == 1});
     if (recordedPlayer_.wavOpenFile(path, recorded_.position, recorded_.length) == 0) {
         stopRecordedPlayer();
         return;
