@@ -30,6 +30,8 @@ void initialisePlayer(WaveCtl& player, const TrackEntry& entry) {
     player.wavInit(nullptr, entry.p0, entry.bands, entry.p3, entry.p1, entry.p2, entry.p4,
                    entry.range, kFileSource);
     player.wavSetRoomSize(entry.tenths);
+    // The settings are read at every start, so a changed file takes effect.
+    player.setSourceOptions(SourceOptions{readDecoderChoice() == 1});
 }
 
 }  // namespace
@@ -87,7 +89,6 @@ int MainDialog::playKaraoke() {
     allocateMixBuf(karaokePlayer_.mixBuf(), kBufferBytes, kBufferCount);
     initialisePlayer(karaokePlayer_, entry);
     karaoke_.length = entry.length;
-    karaokePlayer_.setSourceOptions(SourceOptions{readDecoderChoice() == 1});
     if (karaokePlayer_.wavOpenFile(entry.path, karaoke_.position, karaoke_.length) == 0) {
         // The PLAY face stays lit: that is how a failed start has always looked.
         return 0;
@@ -169,7 +170,6 @@ void MainDialog::playRecorded() {
     initialisePlayer(recordedPlayer_, preset);
     const std::string path = recordedName_.toStdString();
     wavGetLength(path, recorded_.length);
-    recordedPlayer_.setSourceOptions(SourceOptions{readDecoderChoice() == 1});
     if (recordedPlayer_.wavOpenFile(path, recorded_.position, recorded_.length) == 0) {
         stopRecordedPlayer();
         return;
