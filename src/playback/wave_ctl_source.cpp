@@ -1,12 +1,13 @@
 // The player's source side: opening the accompaniment, filling the ring from
 // it (effects applied on the way), and moving it by seek and step.
 
+#include "playback/wave_ctl.h"
+
 #include <algorithm>
 
 #include "core/playback_clock.h"
 #include "effects/effect_chain.h"
 #include "playback/source_opener.h"
-#include "playback/wave_ctl.h"
 
 namespace tunebox {
 namespace {
