@@ -13,8 +13,7 @@
 
 #include "../tests/support/mpg123_reference.h"
 #include "core/wave_format.h"
-#include "playback/source_reader.h"
-#include "playback/wav_reader.h"
+#include "playback/source_opener.h"
 
 namespace {
 
@@ -47,21 +46,15 @@ const Material& material() {
 
 // Reads the whole file through the converter in the player's blocks.
 uint64_t readAsPlayer(const std::string& path, uint32_t preferBuiltin) {
-    tunebox::AudioSource source;
-    tunebox::RiffHandle file;
-    uint32_t length = 0;
+    const auto source = tunebox::wavOpenSource(path, {preferBuiltin == 1}).source;
     uint64_t total = 0;
-    if (tunebox::wavOpenSource(path, file, length, source, preferBuiltin) == 1) {
+    if (source) {
         std::vector<uint8_t> block(tunebox::kEngineBlockBytes);
-        uint32_t count = 0;
-        uint32_t end = 0;
-        while (end == 0 && tunebox::sourceRead(*file, block.data(), tunebox::kEngineBlockBytes,
-                                               count, end, source) == 1) {
-            total += count;
+        for (tunebox::SourceBlock read; !read.ended && !read.failed;) {
+            read = source->read(block.data(), tunebox::kEngineBlockBytes);
+            total += read.count;
         }
-        total += end == 1 ? count : 0;
     }
-    tunebox::wavCloseSource(file, source);
     return total;
 }
 

@@ -7,23 +7,21 @@
 #include <cstdint>
 
 #include "fuzz/scratch_file.h"
-#include "playback/source_reader.h"
+#include "playback/source_opener.h"
 #include "playback/wav_reader.h"
 
 namespace {
 
-void readThrough(tunebox::RiffFile& file, uint32_t length, tunebox::AudioSource& source) {
+void readThrough(tunebox::AudioSource& source) {
     std::array<uint8_t, 4096> buffer{};
-    uint32_t count = 0;
-    uint32_t endOfSource = 0;
-    for (int blocks = 0; blocks < 64 && endOfSource == 0; ++blocks) {
-        if (tunebox::sourceRead(file, buffer.data(), buffer.size(), count, endOfSource, source) !=
-            1) {
+    for (int blocks = 0; blocks < 64; ++blocks) {
+        const tunebox::SourceBlock read = source.read(buffer.data(), buffer.size());
+        if (read.ended || read.failed) {
             break;
         }
     }
-    tunebox::sourceSeek(file, length / 2, 5000, source);
-    tunebox::sourceRead(file, buffer.data(), 16, count, endOfSource, source);
+    static_cast<void>(source.seek(source.length() / 2, 5000));
+    static_cast<void>(source.read(buffer.data(), 16));
 }
 
 void readDataHead(const std::string& path) {
@@ -41,14 +39,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const tunebox::fuzz::ScratchFile scratch("fuzz_wav_reader");
     scratch.store(data, size);
 
-    tunebox::AudioSource source;
-    tunebox::RiffHandle file;
-    uint32_t length = 0;
-    const uint32_t preferBuiltin = size > 0 ? data[size - 1] & 1 : 0;
-    if (tunebox::wavOpenSource(scratch.path(), file, length, source, preferBuiltin) == 1) {
-        readThrough(*file, length, source);
+    const bool preferBuiltin = size > 0 && (data[size - 1] & 1) == 1;
+    const auto source = tunebox::wavOpenSource(scratch.path(), {preferBuiltin}).source;
+    if (source) {
+        readThrough(*source);
     }
-    tunebox::wavCloseSource(file, source);
     readDataHead(scratch.path());
     return 0;
 }

@@ -7,7 +7,7 @@
 
 #include "core/diagnostic_log.h"
 #include "mp3/builtin_decoder_feed.h"
-#include "playback/audio_source.h"
+#include "mp3/conversion_state.h"
 
 namespace tunebox {
 
@@ -63,7 +63,7 @@ int placeConverted(AcmStage& stage, uint8_t* destination, uint32_t requested, ui
 }
 
 // Runs the second stage over what the first produced. Returns 1 to go on.
-int feedSecondStage(AudioSource& source, uint8_t* destination, uint32_t requested,
+int feedSecondStage(ConversionState& source, uint8_t* destination, uint32_t requested,
                     uint32_t& endFlag, uint32_t& produced, int& result) {
     AcmStage& first = source.acm;
     AcmStage& second = source.acm2;
@@ -83,7 +83,7 @@ int feedSecondStage(AudioSource& source, uint8_t* destination, uint32_t requeste
 
 // The first stage converts the block in its source buffer: through the
 // built-in decoder when that path opened, else through its codec stream.
-bool convertFirstStage(AudioSource& source, uint32_t flags) {
+bool convertFirstStage(ConversionState& source, uint32_t flags) {
     return source.ownDecoderFlag == 1
                ? mp3ConvertMyDecoder(source) == 1
                : source.acm.stream->convert(source.acm.acmhead, flags) == kCodecOk;
@@ -92,7 +92,7 @@ bool convertFirstStage(AudioSource& source, uint32_t flags) {
 // Converts an empty block marked as the end, so that what a stage still
 // holds comes out. False when nothing came; a failure here only means that
 // the bytes left behind were no audio.
-bool flushFirstStage(AudioSource& source) {
+bool flushFirstStage(ConversionState& source) {
     source.acm.acmhead.sourceLength = 0;
     return convertFirstStage(source, kCodecConvertEnd) &&
            source.acm.acmhead.destinationLengthUsed > 0;
@@ -108,8 +108,8 @@ bool flushSecondStage(AcmStage& stage) {
 // decoder's last frames in its accumulator, the resampler's delayed tail.
 // One step places some of it; returns 1 to go on, 0 when the request is full
 // or nothing was left.
-int drainStages(AudioSource& source, uint8_t* destination, uint32_t requested, uint32_t& endFlag,
-                uint32_t& produced, int& result) {
+int drainStages(ConversionState& source, uint8_t* destination, uint32_t requested,
+                uint32_t& endFlag, uint32_t& produced, int& result) {
     const bool firstGave = flushFirstStage(source);
     if (source.conversionStages != 2) {
         return firstGave ? placeConverted(source.acm, destination, requested, endFlag, produced)
@@ -127,7 +127,7 @@ enum class BlockRead { read, endOfSource, failed };
 
 // Reads the next block of the file into the first stage's source buffer,
 // zero-filling a short last block.
-BlockRead readBlock(RiffFile& file, AudioSource& source, uint32_t block, uint32_t& endFlag,
+BlockRead readBlock(RiffFile& file, ConversionState& source, uint32_t block, uint32_t& endFlag,
                     int& more) {
     AcmStage& first = source.acm;
     const int64_t position = file.seek(0, SEEK_CUR);
@@ -196,7 +196,7 @@ int mp3AcmCvtBufSet(AcmStage& stage, uint8_t* destination, uint32_t requested, u
 }
 
 int mp3AcmRead(RiffFile& file, uint8_t* destination, uint32_t& count, uint32_t requested,
-               AudioSource& source, uint32_t& endFlag) {
+               ConversionState& source, uint32_t& endFlag) {
     endFlag = 0;
     int result = 1;
     uint32_t produced = 0;

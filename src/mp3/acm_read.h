@@ -11,7 +11,7 @@
 
 namespace tunebox {
 
-struct AudioSource;
+struct ConversionState;
 
 // Every byte delivered by a converted read since the program started.
 extern std::atomic<uint64_t> convertedBytesDelivered;
@@ -20,7 +20,7 @@ extern std::atomic<uint64_t> convertedBytesDelivered;
 // delivered, and `endFlag` 1 when the source ran out. Returns 1, or 0 when a
 // conversion failed (with what came before it in `count`).
 int mp3AcmRead(RiffFile& file, uint8_t* destination, uint32_t& count, uint32_t requested,
-               AudioSource& source, uint32_t& endFlag);
+               ConversionState& source, uint32_t& endFlag);
 
 // Serves the request from the stage's leftover first. Returns 1 when the
 // leftover covered all of it; otherwise `produced` is what it gave.

@@ -6,11 +6,11 @@
 #include <string>
 
 #include "core/diagnostic_log.h"
+#include "core/heap.h"
+#include "mp3/conversion_state.h"
 #include "mp3/lame_tag.h"
 #include "mp3/mpeg_frame_length.h"
-#include "core/heap.h"
 #include "platform/mpeg_codec.h"
-#include "playback/audio_source.h"
 
 namespace tunebox {
 namespace {
@@ -237,7 +237,7 @@ int mpegGetDecodeInfo(BuiltinDecoderState& state, std::span<const uint8_t> first
     return 1;
 }
 
-int mp3OpenMyDecoder(AudioSource& source, std::span<const uint8_t> firstBytes) {
+int mp3OpenMyDecoder(ConversionState& source, std::span<const uint8_t> firstBytes) {
     BuiltinDecoderState& state = source.mx;
     // Only MPEG data has frames to find: PCM bytes can look like a sync.
     const bool mpeg = isMpegFormatTag(parseWaveFormat(source.sourceFormat).formatTag);
@@ -293,7 +293,7 @@ bool mp3MyDecoderHoldsFrame(const BuiltinDecoderState& state) {
 // frame of the first frame's size) carry more than one frame where the
 // music is quiet, and one frame per block left them piling up in the
 // accumulator until it overflowed or the file ended with them unheard.
-int mp3ConvertMyDecoder(AudioSource& source) {
+int mp3ConvertMyDecoder(ConversionState& source) {
     BuiltinDecoderState& state = source.mx;
     AcmStage& stage = source.acm;
     const uint32_t appended = accumulate(state, stage);

@@ -13,7 +13,7 @@
 
 namespace tunebox {
 
-struct AudioSource;
+struct ConversionState;
 
 inline constexpr uint32_t kDecoderAccumulatorBytes = 102400;
 
@@ -58,7 +58,7 @@ struct BuiltinDecoderState {
 int mpegGetDecodeInfo(BuiltinDecoderState& state, std::span<const uint8_t> firstBytes);
 
 // Opens the built-in path as the source's first stage. Returns 1 or 0.
-int mp3OpenMyDecoder(AudioSource& source, std::span<const uint8_t> firstBytes);
+int mp3OpenMyDecoder(ConversionState& source, std::span<const uint8_t> firstBytes);
 
 // Tells the feed where in the file the next block was read, so that a seek
 // starts the stream afresh.
@@ -72,6 +72,6 @@ bool mp3MyDecoderHoldsFrame(const BuiltinDecoderState& state);
 // the accumulator and decodes the whole frames there, as many as the
 // destination holds. A frame that cannot be decoded leaves a frame of
 // silence and is counted. Returns 1; 0 only when the decoder is missing.
-int mp3ConvertMyDecoder(AudioSource& source);
+int mp3ConvertMyDecoder(ConversionState& source);
 
 }  // namespace tunebox

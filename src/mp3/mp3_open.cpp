@@ -9,14 +9,13 @@
 #include <vector>
 
 #include "core/diagnostic_log.h"
-#include "platform/settings.h"
+#include "core/little_endian.h"
+#include "mp3/conversion_state.h"
 #include "mp3/mp3_open_xing.h"
 #include "mp3/mpeg_header.h"
 #include "mp3/mpeg_header_walk.h"
 #include "platform/format_plausibility.h"
-#include "core/little_endian.h"
 #include "platform/native_length.h"
-#include "playback/audio_source.h"
 
 namespace tunebox {
 namespace {
@@ -59,7 +58,7 @@ double lengthFromXing(const XingTag& xing, const MpegHeader& header) {
 // decoder plays. The average over a counted stream includes the tag's own
 // frame, as other players show it; an "Info" stream keeps its one rate.
 double measureStream(RiffFile& file, int64_t firstFrame, int64_t audioEnd,
-                       std::span<const uint8_t> frame, Mp3StreamFacts& facts) {
+                     std::span<const uint8_t> frame, Mp3StreamFacts& facts) {
     const MpegHeader& header = facts.firstHeader;
     facts.xing =
         parseXingTag(frame.first(std::min<std::size_t>(frame.size(), mpegFrameBytes(header))));
@@ -90,14 +89,14 @@ std::string refusalOf(const WaveFormat& format, double nativeBytes) {
 }
 
 // Where the audio ends: the file's end, or an ID3v1 tag's start.
-int64_t audioEndOf(RiffFile& file, const AudioSource& source) {
+int64_t audioEndOf(RiffFile& file, const ConversionState& source) {
     const int64_t size = file.seek(0, SEEK_END);
     return source.id3v1Flag == 1 ? size - static_cast<int64_t>(kId3v1Bytes) : size;
 }
 
 // Opens the built-in decoder or a codec stream as the first stage. Returns
 // which opened (1 built-in, 0 codec) through `ownDecoder`; false for neither.
-bool openFirstStage(AudioSource& source, std::span<const uint8_t> sourceFormat,
+bool openFirstStage(ConversionState& source, std::span<const uint8_t> sourceFormat,
                     const WaveFormat& nativeFormat, std::span<const uint8_t> firstBytes,
                     uint32_t& ownDecoder) {
     const auto openBuiltin = [&] { return mp3OpenMyDecoder(source, firstBytes) == 1; };
@@ -119,18 +118,13 @@ bool openFirstStage(AudioSource& source, std::span<const uint8_t> sourceFormat,
 
 }  // namespace
 
-void mp3ResetSource(AudioSource& source) {
-    audioSourceReset(source);
-    source.ownDecoderFlag = readDecoderChoice() == 1 ? 1 : 0;
-}
-
-void mp3ReleaseSource(AudioSource& source) {
+void mp3ReleaseSource(ConversionState& source) {
     source.mx = BuiltinDecoderState{};
     acmStageRelease(source.acm);
     acmStageRelease(source.acm2);
 }
 
-int mp3SelectDecoder(AudioSource& source, std::span<const uint8_t> sourceFormat,
+int mp3SelectDecoder(ConversionState& source, std::span<const uint8_t> sourceFormat,
                      const WaveFormat& nativeFormat, std::span<const uint8_t> firstBytes) {
     if (!openFirstStage(source, sourceFormat, nativeFormat, firstBytes, source.ownDecoderFlag)) {
         return 0;
@@ -153,7 +147,7 @@ int mp3SelectDecoder(AudioSource& source, std::span<const uint8_t> sourceFormat,
 }
 
 int mp3OpenSeekMp3File(const std::string& path, RiffHandle& file, uint32_t& length,
-                       AudioSource& source, uint32_t startOffset) {
+                       ConversionState& source, uint32_t startOffset) {
     file = RiffFile::openForRead(path);
     if (!file) {
         logIfEnabled("★ﾌｧｲﾙｵｰﾌﾟﾝ失敗:mp3OpenSeekMp3File");
@@ -204,11 +198,11 @@ int mp3OpenSeekMp3File(const std::string& path, RiffHandle& file, uint32_t& leng
         file.reset();
         return 0;
     }
-    source.conversionFlag = 1;
     return 1;
 }
 
-int mp3OpenFile(const std::string& path, RiffHandle& file, uint32_t& length, AudioSource& source) {
+int mp3OpenFile(const std::string& path, RiffHandle& file, uint32_t& length,
+                ConversionState& source) {
     Stream stream(std::fopen(path.c_str(), "rb"));
     if (!stream) {
         logIfEnabled("★mp3ﾌｧｲﾙｵｰﾌﾟﾝ失敗:" + path);
@@ -241,7 +235,7 @@ int mp3OpenFile(const std::string& path, RiffHandle& file, uint32_t& length, Aud
     return result;
 }
 
-int mp3SeekPermyriad(RiffFile& file, uint32_t position, AudioSource& source) {
+int mp3SeekPermyriad(RiffFile& file, uint32_t position, ConversionState& source) {
     source.acm.oldbyte = 0;
     source.acm2.oldbyte = 0;
     source.mx.cvtsize = 0;

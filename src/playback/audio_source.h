@@ -1,48 +1,64 @@
 #pragma once
-// The decoder source behind every accompaniment: what the opener learnt about
-// the file and how its bytes become native PCM. The caller owns it; every
-// open starts from a reset record.
+// An open accompaniment, whatever its kind: read as native PCM from the
+// start, sought by byte position or by fraction, described for the user.
+// The opener (source_opener.h) chooses the kind; a new file kind is a new
+// implementation of this interface.
 
-#include <array>
 #include <cstdint>
-#include <string>
+#include <optional>
 
-#include "mp3/acm_stage.h"
-#include "mp3/builtin_decoder_feed.h"
+#include "core/wave_format.h"
 #include "mp3/id3_tag.h"
 #include "mp3/mp3_stream_facts.h"
-#include "core/wave_format.h"
 
 namespace tunebox {
 
-inline constexpr std::size_t kSourceFormatBytes = 32;
-
-struct AudioSource {
-    WaveFormat outputFormat;  // the file's own format record
-    // The whole "fmt " chunk, kept for the converter (conversion only).
-    std::array<uint8_t, kSourceFormatBytes> sourceFormat{};
-    AcmStage acm;   // the first conversion stage
-    AcmStage acm2;  // the second, from the first's PCM to the native format
-    uint32_t conversionStages = 0;
-    uint32_t conversionFlag = 0;  // 0: the data bytes are native PCM as they stand
-    uint32_t ownDecoderFlag = 0;  // 1: try the built-in decoder first
-    uint32_t sourceDataSize = 0;  // file offset where the source's bytes end
-    uint32_t outputLength = 0;    // native-PCM bytes
-    uint32_t sourceBytesBound = 0;
-    BuiltinDecoderState mx;
-    std::array<uint8_t, kId3v1Bytes> id3v1{};  // raw
-    Id3Tag id3Tag;
-    uint32_t id3v1Flag = 0;
-    uint32_t id3v2Flag = 0;
-    Mp3StreamFacts mp3Facts;  // for `tunebox info`
-    // Why an opener refused a file it recognised (an implausible format, a
-    // length beyond 32 bits), in one phrase for the user; empty otherwise.
-    std::string refusal;
+// One read's outcome.
+struct SourceBlock {
+    uint32_t count = 0;   // bytes delivered
+    bool ended = false;   // the source ran out
+    bool failed = false;  // a conversion failed (with what came before it in count)
 };
 
-// Run before every open, so that nothing of a previous file survives.
-inline void audioSourceReset(AudioSource& source) {
-    source = AudioSource{};
-}
+// What `tunebox info` and `decode` tell about a source.
+struct SourceDescription {
+    WaveFormat format;  // the file's own
+    bool converted = false;
+    bool builtinDecoder = false;  // converted by the built-in decoder
+    bool resampled = false;       // a second stage follows the decoder
+    uint32_t lostFrames = 0;      // frames the built-in decoder replaced by silence
+    std::optional<Mp3StreamFacts> mp3;
+    // ID3v2 texts, an ID3v1 tag filling what they leave out.
+    std::optional<Id3Tag> tags;
+};
+
+class AudioSource {
+  public:
+    AudioSource() = default;
+    virtual ~AudioSource() = default;
+    AudioSource(const AudioSource&) = delete;
+    AudioSource& operator=(const AudioSource&) = delete;
+
+    // Reads up to `requested` native-PCM bytes, never past the source's data.
+    [[nodiscard]] virtual SourceBlock read(uint8_t* destination, uint32_t requested) = 0;
+
+    // Moves to native-PCM byte `position`, which is `permyriad`
+    // ten-thousandths of the length: a source seeks by whichever it can
+    // reach exactly. False when the file cannot be moved.
+    [[nodiscard]] virtual bool seek(uint32_t position, uint32_t permyriad) = 0;
+
+    // Native-PCM bytes.
+    [[nodiscard]] virtual uint32_t length() const = 0;
+
+    // The file's own format record.
+    [[nodiscard]] virtual const WaveFormat& format() const = 0;
+
+    [[nodiscard]] virtual SourceDescription describe() const = 0;
+
+    // From now on reads deliver the decoder's own output (the stream's rate
+    // and channels) in the format returned; nothing for a source that is not
+    // decoded.
+    [[nodiscard]] virtual std::optional<WaveFormat> keepDecoderOutput() { return std::nullopt; }
+};
 
 }  // namespace tunebox

@@ -3,20 +3,14 @@
 #include <cstdio>
 
 #include "core/wave_format.h"
-#include "playback/wav_reader.h"
+#include "playback/source_opener.h"
 
 namespace tunebox {
 
 int wavGetLength(const std::string& path, uint32_t& length) {
-    AudioSource source;
-    return wavGetLengthInto(path, source, length);
-}
-
-int wavGetLengthInto(const std::string& path, AudioSource& source, uint32_t& length) {
-    RiffHandle file;
-    const int result = wavOpenSource(path, file, length, source, 0);
-    wavCloseSource(file, source);
-    return result;
+    const SourceOpening opening = wavOpenSource(path, SourceOptions{});
+    length = opening.source ? opening.source->length() : 0;
+    return opening.source ? 1 : 0;
 }
 
 int wavFormatLength(const std::string& path, std::string& text) {

@@ -5,14 +5,12 @@
 #include <cstdint>
 #include <string>
 
-#include "playback/audio_source.h"
-
 namespace tunebox {
 
-// Open the file on a temporary handle and close it again. Return 1 with the
-// length, or 0 when the file cannot be opened.
+// Opens the file on a temporary handle and closes it again. Returns 1 with the
+// length, or 0 when the file cannot be opened. The length does not depend on
+// which MP3 decoder is tried first, so no options are needed.
 int wavGetLength(const std::string& path, uint32_t& length);
-int wavGetLengthInto(const std::string& path, AudioSource& source, uint32_t& length);
 
 // The file's length as text. Returns 0 when the file cannot be opened.
 int wavFormatLength(const std::string& path, std::string& text);

@@ -6,9 +6,9 @@
 #include <utility>
 #include <vector>
 
+#include "core/little_endian.h"
 #include "mp3/mp3_open.h"
 #include "platform/format_plausibility.h"
-#include "core/little_endian.h"
 #include "platform/native_length.h"
 #include "playback/wav_length.h"
 #include "playback/wave_extensible.h"
@@ -30,7 +30,7 @@ WavOpenStatus refuse(RiffHandle& file, WavOpenStatus status) {
     return status;
 }
 
-WavOpenStatus refuseOutright(RiffHandle& file, AudioSource& source, std::string reason) {
+WavOpenStatus refuseOutright(RiffHandle& file, ConversionState& source, std::string reason) {
     wavCloseSource(file, source);
     source.refusal = std::move(reason);
     return WavOpenStatus::refused;
@@ -49,7 +49,7 @@ WavOpenStatus missingWaveForm(RiffFile& file) {
 // Non-native PCM, A-law, mu-law and MPEG data inside WAVE files go through
 // the converter, which is handed the format chunk and the data's first bytes.
 WavOpenStatus openThroughConverter(RiffHandle& file, const FormatChunk& formatBytes,
-                                   AudioSource& source) {
+                                   ConversionState& source) {
     std::vector<uint8_t> head(kDataHeadBytes);
     int64_t headBytes = kDataHeadBytes;
     if (wavReadDataHead(*file, head.data(), headBytes) != 1) {
@@ -57,7 +57,6 @@ WavOpenStatus openThroughConverter(RiffHandle& file, const FormatChunk& formatBy
         return WavOpenStatus::damaged;
     }
     head.resize(static_cast<std::size_t>(headBytes));
-    source.conversionFlag = 1;
     source.sourceFormat = formatBytes;
     if (mp3SelectDecoder(source, source.sourceFormat, kNativeFormat, head) != 1) {
         wavCloseSource(file, source);
@@ -80,7 +79,7 @@ uint32_t dataChunkEnd(RiffFile& file, const ChunkInfo& data) {
 
 // The converted length: the data's playing time in native-PCM bytes, before
 // the check that it fits the 32-bit byte count.
-double prepareConvertedData(const ChunkInfo& data, AudioSource& source) {
+double prepareConvertedData(const ChunkInfo& data, ConversionState& source) {
     source.sourceBytesBound = source.sourceDataSize;
     return convertedNativeBytes(data.size, source.outputFormat.avgBytesPerSec);
 }
@@ -112,7 +111,7 @@ WavOpenStatus readFormatChunk(RiffFile& file, const ChunkInfo& riff, FormatChunk
 }  // namespace
 
 WavOpenStatus wavExamineWaveFile(const std::string& path, RiffHandle& file, uint32_t& length,
-                                 AudioSource& source) {
+                                 ConversionState& source) {
     length = 0;
     file = RiffFile::openForRead(path);
     if (!file) {
@@ -129,7 +128,6 @@ WavOpenStatus wavExamineWaveFile(const std::string& path, RiffHandle& file, uint
         return refuse(file, formatRead);
     }
     source.outputFormat = parseWaveFormat(formatBytes);
-    source.conversionFlag = 0;
     const uint16_t tag = source.outputFormat.formatTag;
     const bool pcmFamily = tag == kFormatPcm || tag == kFormatALaw || tag == kFormatMuLaw;
     if (!pcmFamily && tag != kFormatMpegLayer3) {
@@ -151,7 +149,7 @@ WavOpenStatus wavExamineWaveFile(const std::string& path, RiffHandle& file, uint
         return refuse(file, WavOpenStatus::damaged);
     }
     source.sourceDataSize = dataChunkEnd(*file, data);
-    if (source.conversionFlag != 1) {
+    if (!isConverting(source)) {
         length = data.size;
         return WavOpenStatus::opened;
     }
@@ -165,7 +163,7 @@ WavOpenStatus wavExamineWaveFile(const std::string& path, RiffHandle& file, uint
 }
 
 int wavOpenWaveFile(const std::string& path, RiffHandle& file, uint32_t& length,
-                    AudioSource& source) {
+                    ConversionState& source) {
     return wavExamineWaveFile(path, file, length, source) == WavOpenStatus::opened ? 1 : 0;
 }
 
@@ -182,29 +180,7 @@ int wavReadDataHead(RiffFile& file, uint8_t* buffer, int64_t& size) {
     return size > 0 ? 1 : 0;
 }
 
-int wavOpenSource(const std::string& path, RiffHandle& file, uint32_t& length, AudioSource& source,
-                  uint32_t forceOwnDecoder) {
-    mp3ResetSource(source);
-    if (forceOwnDecoder == 1) {
-        source.ownDecoderFlag = 1;
-    }
-    return wavOpenResetSource(path, file, length, source);
-}
-
-int wavOpenResetSource(const std::string& path, RiffHandle& file, uint32_t& length,
-                       AudioSource& source) {
-    // A WAVE file refused for its format or length is not tried as MP3: its
-    // samples could pass for MPEG frames and play as noise.
-    const WavOpenStatus status = wavExamineWaveFile(path, file, length, source);
-    int result = status == WavOpenStatus::opened ? 1 : 0;
-    if (result != 1 && status != WavOpenStatus::refused) {
-        result = mp3OpenFile(path, file, length, source);
-    }
-    source.outputLength = length;
-    return result;
-}
-
-void wavCloseSource(RiffHandle& file, AudioSource& source) {
+void wavCloseSource(RiffHandle& file, ConversionState& source) {
     file.reset();
     mp3ReleaseSource(source);
 }

@@ -6,12 +6,10 @@
 #include <thread>
 
 #include "core/diagnostic_log.h"
-#include "effects/effect_chain.h"
-#include "platform/audio_backend.h"
 #include "core/heap.h"
 #include "core/playback_clock.h"
-#include "playback/source_reader.h"
-#include "playback/wav_reader.h"
+#include "effects/effect_chain.h"
+#include "platform/audio_backend.h"
 
 namespace tunebox {
 namespace {
@@ -19,16 +17,11 @@ namespace {
 constexpr uint32_t kDefaultBufferCount = 3;
 constexpr uint8_t kDefaultSectorsPerRead = 13;
 constexpr uint32_t kTickPeriodMs = 200;
-constexpr uint32_t kStepBytes = kNativeBytesPerSecond;  // one second
 
 // The device position seen by the previous tick after the source's end: one
 // value for the whole process, shared by every player, so a player whose
 // device stands where another's stood a moment ago stops a tick early.
 std::atomic<uint32_t> rememberedDevicePosition{0};
-
-uint32_t permyriadOf(uint32_t position, uint32_t length) {
-    return length == 0 ? 0 : static_cast<uint32_t>(uint64_t{position} * kSliderRange / length);
-}
 
 }  // namespace
 
@@ -67,7 +60,7 @@ void WaveCtl::wavInit(const PlayerSettings& settings) {
 }
 
 void WaveCtl::releaseResources() {
-    wavCloseSource(file_, source_);
+    source_.reset();
     for (WaveBuf& slot : waveBuf_) {
         slot = WaveBuf{};
     }
@@ -104,120 +97,6 @@ void WaveCtl::allocateBuffers() {
         slot.pwh.bufferLength = bufferSize_;
         ++bufferCount_;
     }
-}
-
-int WaveCtl::wavOpenFile(const std::string& path, uint32_t start, uint32_t length) {
-    std::lock_guard guard(lock_);
-    uint32_t openedLength = 0;
-    if (wavOpenSource(path, file_, openedLength, source_, 0) != 1) {
-        return 0;
-    }
-    readPosition_ = adjustStartPosition(start);
-    seekPosition_ = readPosition_;
-    if (start != 0) {
-        // A start beyond the file seeks a converted source to its end.
-        const double fraction =
-            openedLength == 0 ? 0.0 : double(readPosition_) / openedLength * kSliderRange;
-        seekSource(readPosition_, static_cast<uint32_t>(std::min(fraction, double(kSliderRange))));
-    }
-    length_ = length;
-    prefill();
-    fileSource_ = 1;
-    return 1;
-}
-
-uint32_t WaveCtl::nextIndex(uint32_t index) const {
-    return index + 1 < static_cast<uint32_t>(bufferCount_) ? index + 1 : 0;
-}
-
-// One slot always stays empty, so the filled count never reaches the
-// buffer count and full and empty are told apart by the indexes alone.
-bool WaveCtl::slotFree() const {
-    return nextIndex(writeIndex_) != readIndex_;
-}
-
-uint32_t WaveCtl::filledCount() {
-    std::lock_guard guard(lock_);
-    if (bufferCount_ == 0) {
-        return 0;
-    }
-    const auto count = static_cast<uint32_t>(bufferCount_);
-    return (writeIndex_ + count - readIndex_) % count;
-}
-
-uint32_t WaveCtl::readIntoSlot(WaveBuf& slot, uint32_t& sourceEnded) {
-    uint32_t count = 0;
-    sourceEnded = 0;
-    ctl_.playRange[kBlockPosition] = readPosition_;
-    if (file_) {
-        sourceRead(*file_, slot.block.get(), bufferSize_, count, sourceEnded, source_);
-    } else {
-        sourceEnded = 1;
-    }
-    fltEffectChain(ctl_, reinterpret_cast<int16_t*>(slot.block.get()), count);
-    return count;
-}
-
-int WaveCtl::prefill() {
-    std::lock_guard guard(lock_);
-    if (readPosition_ >= length_ || !slotFree()) {
-        return 0;
-    }
-    uint32_t last = 0;
-    do {
-        uint32_t sourceEnded = 0;
-        const uint32_t count = readIntoSlot(waveBuf_[writeIndex_], sourceEnded);
-        last = uint64_t{readPosition_} + count >= length_ || sourceEnded == 1 ? 1 : 0;
-        readPosition_ += count;
-        if (!commit(count, last)) {
-            break;
-        }
-    } while (slotFree() && readPosition_ < length_ && last == 0);
-    return 1;
-}
-
-int WaveCtl::fillOne() {
-    std::lock_guard guard(lock_);
-    if (!device_ || !slotFree()) {
-        return 0;
-    }
-    uint32_t sourceEnded = 0;
-    uint32_t count = readIntoSlot(waveBuf_[writeIndex_], sourceEnded);
-    readPosition_ += count;
-    uint32_t last = sourceEnded;
-    if (wavIsAtEnd(readPosition_, length_, ctl_.playRange, ctl_.playRange[kBlockPosition])) {
-        // The block that reaches the end is not played: the end is cut at
-        // buffer granularity, before the stop position rather than after it.
-        last = 1;
-        count = 0;
-    }
-    return commit(count, last);
-}
-
-int WaveCtl::commit(uint32_t count, uint32_t last) {
-    if (!slotFree()) {
-        return 0;
-    }
-    WaveBuf& slot = waveBuf_[writeIndex_];
-    if (observer_ != nullptr) {
-        observer_->onBlock(slot.block.get(), count, last);
-    }
-    // Done and nothing else: the slot is unprepared until it is written.
-    slot.pwh.flags = kWaveHeaderDone;
-    slot.pwh.bufferLength = count;
-    slot.lastFlag = last;
-    writeIndex_ = nextIndex(writeIndex_);
-    return 1;
-}
-
-WaveBuf* WaveCtl::takeFilled() {
-    if (readIndex_ == writeIndex_) {
-        return nullptr;
-    }
-    WaveBuf& slot = waveBuf_[readIndex_];
-    endOfSource_ = slot.lastFlag;
-    readIndex_ = nextIndex(readIndex_);
-    return &slot;
 }
 
 void WaveCtl::writeSlot(WaveBuf& slot) {
@@ -403,40 +282,6 @@ void WaveCtl::restart() {
     wavPlay();
 }
 
-void WaveCtl::wavSeekSlider(uint32_t slider) {
-    if (state_ == kPlayerStopped) {
-        return;
-    }
-    bool reachedEnd = false;
-    {
-        std::lock_guard guard(lock_);
-        const uint32_t position = sliderToPosition(slider, length_);
-        if (wavIsAtEnd(position, length_, ctl_.playRange, ctl_.playRange[kBlockPosition])) {
-            readPosition_ = length_;
-            endOfSource_ = 1;
-            reachedEnd = true;
-        } else {
-            readPosition_ = position;
-            seekSource(readPosition_, slider);
-        }
-    }
-    if (reachedEnd) {
-        wavStop();
-    } else if (state_ == kPlayerPaused) {
-        wavPause(0);
-        restart();
-        wavPause(1);
-    } else {
-        restart();
-    }
-}
-
-void WaveCtl::seekSource(uint32_t position, uint32_t permyriad) {
-    if (file_) {
-        sourceSeek(*file_, position, permyriad, source_);
-    }
-}
-
 int WaveCtl::wavGetTime(uint32_t& minutes, uint32_t& seconds, uint32_t& frames) {
     std::lock_guard guard(lock_);
     if (!device_) {
@@ -532,29 +377,6 @@ void WaveCtl::wavSetPlayRange(const PlayRange& range) {
         ctl_.playRange = range;
         ctl_.playRange[kBlockPosition] = blockPosition;
     });
-}
-
-void WaveCtl::wavStepBack() {
-    std::lock_guard guard(lock_);
-    readPosition_ = readPosition_ > kStepBytes ? readPosition_ - kStepBytes : 0;
-    if (readPosition_ != 0) {
-        seekSource(readPosition_, permyriadOf(readPosition_, length_));
-    }
-}
-
-void WaveCtl::wavStepForward() {
-    {
-        std::lock_guard guard(lock_);
-        const uint64_t next = uint64_t{readPosition_} + kStepBytes;
-        if (next < length_) {
-            readPosition_ = static_cast<uint32_t>(next);
-            seekSource(readPosition_, permyriadOf(readPosition_, length_));
-            return;
-        }
-        readPosition_ = length_;
-        endOfSource_ = 1;
-    }
-    wavStop();
 }
 
 int WaveCtl::wavHasOutputDevice() const {

@@ -24,10 +24,10 @@
 #include "effects/effect_control.h"
 #include "platform/audio_backend.h"
 #include "platform/audio_device.h"
-#include "platform/riff_file.h"
 #include "playback/audio_source.h"
 #include "playback/block_observer.h"
 #include "playback/player_settings.h"
+#include "playback/source_options.h"
 #include "playback/wave_buf.h"
 
 namespace tunebox {
@@ -52,6 +52,9 @@ class WaveCtl {
     // (Re)initialises the player, stopping it first when it is initialised:
     // allocates the ring and sets up the effect chain from `settings`.
     void wavInit(const PlayerSettings& settings);
+
+    // How the next wavOpenFile opens its source (which MP3 decoder first).
+    void setSourceOptions(const SourceOptions& options);
 
     // Opens the source, moves it to byte `start` (adjusted as
     // adjustStartPosition says), plays `length` bytes from there and fills
@@ -175,11 +178,11 @@ class WaveCtl {
     std::unique_ptr<OutputDevice> device_;
     std::string lastDeviceError_;
     WaveFormat outputFormat_ = kNativeFormat;
-    AudioSource source_;
+    std::unique_ptr<AudioSource> source_;
+    SourceOptions sourceOptions_;
     std::atomic<uint32_t> timerId_{0};
     uint32_t timerPeriod_ = 0;
     uint32_t length_ = 0;
-    RiffHandle file_;
     uint32_t fileSource_ = 1;
     EffectControl ctl_;
     uint32_t bytesPerSecond_ = kNativeBytesPerSecond;

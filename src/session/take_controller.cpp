@@ -36,6 +36,11 @@ TakeController::TakeController(AudioBackend& audio, Dispatcher& dispatcher, Take
     capture_.registerFaultNotice(&TakeController::onFault, this);
 }
 
+void TakeController::setSourceOptions(const SourceOptions& options) {
+    accompanimentPlayer_.setSourceOptions(options);
+    recordedPlayer_.setSourceOptions(options);
+}
+
 void TakeController::onLevels(int32_t first, int32_t second, void* context) {
     static_cast<TakeController*>(context)->listener_.showLevels(first, second);
 }

@@ -67,6 +67,8 @@ class TakeController {
 
     // The recorder group.
     void setOutputFile(const std::string& path);
+    // How both players open their files from the next PLAY on.
+    void setSourceOptions(const SourceOptions& options);
     void playRecorded();
     void pauseRecorded() { togglePause(TakePlayer::kRecorded); }
     void stopRecorder();

@@ -5,8 +5,10 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <fstream>
 #include <random>
 #include <string>
+#include <utility>
 
 #include "support/command_runner.h"
 #include "support/riff_bytes.h"
@@ -189,6 +191,19 @@ TEST_F(CommandInfoMp3Test, TagsAgreeWithFfprobe) {
     }
     EXPECT_EQ(field(info(tagged).out, "title"), "UT\u30FF");
     EXPECT_EQ(field(info(v1).out, "artist"), "Artist1");
+}
+
+// The settings file's choice travels from the command to the opener.
+TEST_F(CommandInfoMp3Test, TheSettingsFileChoosesTheDecoderTriedFirst) {
+    const std::string path = lame("choice.mp3", "-b 128");
+    const test::TempDir config;
+    setenv("TUNEBOX_CONFIG_DIR", config.path().c_str(), 1);
+    for (const auto& [value, decoder] :
+         {std::pair{"1", "built-in"}, std::pair{"0", "system codec"}}) {
+        std::ofstream(config / "Tunebox.INI") << "[MP3_DECODER]\nORIGINAL=" << value << "\n";
+        EXPECT_EQ(field(info(path).out, "decoder"), decoder) << "ORIGINAL=" << value;
+    }
+    unsetenv("TUNEBOX_CONFIG_DIR");
 }
 
 }  // namespace

@@ -58,7 +58,7 @@ TEST_F(Mp3OpenTruthTest, TwoHundredFilesOfRandomBytesNeverOpen) {
         for (const uint32_t builtin : {0u, 1u}) {
             Opened opened;
             ASSERT_FALSE(open(path, opened, builtin)) << path;
-            EXPECT_EQ(opened.file, nullptr);
+            EXPECT_EQ(opened.source, nullptr);
         }
     }
 }
@@ -70,9 +70,10 @@ TEST_F(Mp3OpenTruthTest, LameTaggedLengthsLeaveOutTheEncodersDelayAndPadding) {
         const std::string path = lame("tagged.mp3", options);
         Opened opened;
         ASSERT_TRUE(open(path, opened));
-        EXPECT_TRUE(opened.source.mp3Facts.xing.gapless);
+        const Mp3StreamFacts facts = *opened.description().mp3;
+        EXPECT_TRUE(facts.xing.gapless);
         EXPECT_EQ(opened.length, 264600u * 4);  // the six seconds that went in
-        EXPECT_EQ(opened.length, mpg123Length(path, opened.source.mp3Facts.firstHeader.sampleRate));
+        EXPECT_EQ(opened.length, mpg123Length(path, facts.firstHeader.sampleRate));
     }
 }
 
@@ -82,12 +83,13 @@ TEST_F(Mp3OpenTruthTest, AVariableRateWithoutAFrameCountIsMeasuredFrameByFrame) 
         std::filesystem::path(TUNEBOX_TESTDATA_DIR) / "mp3-conformance" / "l3-he_44khz.bit";
     Opened opened;
     ASSERT_TRUE(open(path.string(), opened));
-    EXPECT_EQ(opened.source.mp3Facts.xing.frames, 0u);
+    const Mp3StreamFacts facts = *opened.description().mp3;
+    EXPECT_EQ(facts.xing.frames, 0u);
     EXPECT_EQ(opened.length, mpg123Length(path.string(), 44100));
     const auto bytes = test::readBytes(path);
     const double seconds = opened.length / 176400.0;
-    EXPECT_NEAR(opened.source.mp3Facts.averageBitRate, bytes.size() * 8 / seconds / 1000, 1.0);
-    EXPECT_NE(opened.source.mp3Facts.averageBitRate, opened.source.mp3Facts.firstHeader.bitRate);
+    EXPECT_NEAR(facts.averageBitRate, bytes.size() * 8 / seconds / 1000, 1.0);
+    EXPECT_NE(facts.averageBitRate, facts.firstHeader.bitRate);
 }
 
 TEST_F(Mp3OpenTruthTest, LayerOneAndTwoAreTimedAsThemselvesAndOpenThroughTheSystemCodec) {
@@ -113,10 +115,10 @@ TEST_F(Mp3OpenTruthTest, LayerOneAndTwoAreTimedAsThemselvesAndOpenThroughTheSyst
         // The built-in decoder knows Layer III only: the system codec takes over.
         Opened opened;
         ASSERT_TRUE(open(c.path, opened, 1));
-        EXPECT_EQ(opened.source.ownDecoderFlag, 0u);
-        const MpegHeader& header = opened.source.mp3Facts.firstHeader;
-        EXPECT_EQ(mpegLayerNumber(header), c.layer);
-        EXPECT_EQ(opened.source.mp3Facts.averageBitRate, c.bitRate);
+        EXPECT_FALSE(opened.description().builtinDecoder);
+        const Mp3StreamFacts facts = *opened.description().mp3;
+        EXPECT_EQ(mpegLayerNumber(facts.firstHeader), c.layer);
+        EXPECT_EQ(facts.averageBitRate, c.bitRate);
         // The bit-rate formula over a constant rate is within a sample of the frames.
         EXPECT_NEAR(opened.length, mpg123Length(c.path, c.rate), 8.0);
     }

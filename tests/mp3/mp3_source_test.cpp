@@ -4,11 +4,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "core/diagnostic_log.h"
+#include "mp3/conversion_state.h"
 #include "mp3/mp3_open.h"
 #include "support/log_records.h"
 #include "support/mpg123_reference.h"
@@ -44,9 +48,10 @@ TEST_F(Mp3SourceTest, SystemCodecPathMatchesLibmpg123AndEveryRequestSizeGivesThe
     const std::string path = makeMp3("cbr.mp3", "-b 128");
     Opened opened;
     ASSERT_TRUE(open(path, opened));
-    EXPECT_EQ(opened.source.conversionFlag, 1u);
-    EXPECT_EQ(opened.source.conversionStages, 1u);
-    EXPECT_EQ(opened.source.ownDecoderFlag, 0u);
+    const SourceDescription description = opened.description();
+    EXPECT_TRUE(description.converted);
+    EXPECT_FALSE(description.resampled);
+    EXPECT_FALSE(description.builtinDecoder);
     const auto big = readAll(opened, kPlayerBlock);
 
     EXPECT_EQ(test::toSamples(big), test::decodeFileWithMpg123(path));
@@ -67,21 +72,28 @@ TEST_F(Mp3SourceTest, TagsAreReadAndStripped) {
         wav + " " + v2);
     Opened opened;
     ASSERT_TRUE(open(v2, opened));
-    EXPECT_EQ(opened.source.id3v2Flag, 1u);
-    EXPECT_EQ(opened.source.id3Tag.title, "うた");
-    EXPECT_EQ(opened.source.id3Tag.artist, "Singer");
-    EXPECT_EQ(opened.source.id3Tag.album, "Album");
-    EXPECT_EQ(opened.source.id3Tag.genre, "Rock");
-    EXPECT_EQ(opened.source.id3Tag.year, 2003);
-    EXPECT_EQ(opened.source.id3Tag.track, 5);
+    const std::optional<Id3Tag> tag = opened.description().tags;
+    ASSERT_TRUE(tag);
+    EXPECT_EQ(tag->title, "うた");
+    EXPECT_EQ(tag->artist, "Singer");
+    EXPECT_EQ(tag->album, "Album");
+    EXPECT_EQ(tag->genre, "Rock");
+    EXPECT_EQ(tag->year, 2003);
+    EXPECT_EQ(tag->track, 5);
 
     const std::string v1 = (dir_ / "v1.mp3").string();
     test::runTool("lame --quiet -b 128 --id3v1-only --tt Title " + wav + " " + v1);
+    ConversionState state;
+    RiffHandle file;
+    uint32_t length = 0;
+    ASSERT_EQ(mp3OpenFile(v1, file, length, state), 1);
+    EXPECT_EQ(state.id3v1Flag, 1u);
+    EXPECT_EQ(state.sourceBytesBound, test::readBytes(v1).size() - 128);
+    EXPECT_EQ(std::string(state.id3v1.begin() + 3, state.id3v1.begin() + 8), "Title");
+    mp3ReleaseSource(state);
     Opened old;
     ASSERT_TRUE(open(v1, old));
-    EXPECT_EQ(old.source.id3v1Flag, 1u);
-    EXPECT_EQ(old.source.sourceBytesBound, test::readBytes(v1).size() - 128);
-    EXPECT_EQ(std::string(old.source.id3v1.begin() + 3, old.source.id3v1.begin() + 8), "Title");
+    EXPECT_EQ(old.description().tags->title, "Title");
 }
 
 TEST_F(Mp3SourceTest, SeekByTenThousandthsOfTheBound) {
@@ -89,7 +101,7 @@ TEST_F(Mp3SourceTest, SeekByTenThousandthsOfTheBound) {
     test::writeFile(path, test::Bytes(1000001));
     auto riff = RiffFile::openForRead(path);
     ASSERT_NE(riff, nullptr);
-    AudioSource source;
+    ConversionState source;
     source.sourceBytesBound = 1000001;
     source.acm.oldbyte = 77;
     ASSERT_EQ(mp3SeekPermyriad(*riff, 5000, source), 1);
@@ -112,10 +124,13 @@ TEST_F(Mp3SourceTest, LengthOfAMillionAudioBytesCountsTheirFrames) {
     ASSERT_EQ(bytes.size(), 1000000u);
     const std::string path = (dir_ / "million.mp3").string();
     test::writeFile(path, bytes);
-    Opened opened;
-    ASSERT_TRUE(open(path, opened));
-    EXPECT_EQ(opened.length, 2398u * 4608);  // 62.6 s
-    EXPECT_EQ(opened.source.sourceBytesBound, 1000000u);
+    ConversionState state;
+    RiffHandle file;
+    uint32_t length = 0;
+    ASSERT_EQ(mp3OpenFile(path, file, length, state), 1);
+    EXPECT_EQ(length, 2398u * 4608);  // 62.6 s
+    EXPECT_EQ(state.sourceBytesBound, 1000000u);
+    mp3ReleaseSource(state);
 }
 
 TEST_F(Mp3SourceTest, DamagedFilesReadWithoutHarm) {
@@ -177,8 +192,8 @@ TEST_F(Mp3SourceTest, AFrameCountBeyondTheLongestLengthIsRefused) {
     for (const auto& [frames, reason] : refused) {
         Opened opened;
         EXPECT_FALSE(open(withFrames(frames), opened));
-        EXPECT_EQ(opened.file, nullptr);
-        EXPECT_EQ(opened.source.refusal, reason);
+        EXPECT_EQ(opened.source, nullptr);
+        EXPECT_EQ(opened.refusal, reason);
     }
 }
 
@@ -188,7 +203,7 @@ TEST_F(Mp3SourceTest, FilesWithoutFramesFailWithTheirLogLine) {
     test::writeFile(zeros, test::Bytes(200000));
     Opened opened;
     EXPECT_FALSE(open(zeros, opened));
-    EXPECT_EQ(opened.file, nullptr);
+    EXPECT_EQ(opened.source, nullptr);
     const auto records = log_.messages();
     ASSERT_FALSE(records.empty());
     EXPECT_EQ(records.back(), "★mp3GetHeader失敗:mp3OpenSeekMp3File");

@@ -71,7 +71,7 @@ class WholeLengthTest : public ::testing::Test {
 std::vector<uint8_t> readThroughReader(const std::string& file, uint32_t ownDecoder = 0) {
     test::Opened opened;
     EXPECT_TRUE(test::open(file, opened, ownDecoder)) << file;
-    return opened.file ? test::readAll(opened, kPlayerBlock) : std::vector<uint8_t>{};
+    return opened.source ? test::readAll(opened, kPlayerBlock) : std::vector<uint8_t>{};
 }
 
 // Length to the frame, and content: the whole of it and its last 50 ms.
@@ -104,7 +104,7 @@ TEST_F(WholeLengthTest, ConvertedWavesKeepEveryFrameAndTheirReportedLength) {
         const std::string file = makeSweep(name, rate, channels, encoding);
         test::Opened opened;
         ASSERT_TRUE(test::open(file, opened));
-        ASSERT_EQ(opened.source.conversionFlag, 1u);
+        ASSERT_TRUE(opened.description().converted);
         EXPECT_EQ(opened.length, 264600u);  // the playing time of the data: 1.5 s
         const auto ours = test::readAll(opened, kPlayerBlock);
         EXPECT_NEAR(double(ours.size()), double(opened.length), double(kFrameBytes));

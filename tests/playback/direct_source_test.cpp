@@ -17,8 +17,8 @@ TEST(DirectSource, ReadsComeShortOnlyAtTheEndAndThenRaiseEndOfSource) {
     test::writeFile(path, test::nativeWave(test::counting(100)));
     RiffHandle file;
     uint32_t length = 0;
-    AudioSource source;
-    ASSERT_EQ(wavOpenSource(path, file, length, source, 0), 1);
+    ConversionState state;
+    ASSERT_EQ(wavOpenWaveFile(path, file, length, state), 1);
 
     std::array<uint8_t, 256> buffer{};
     uint32_t count = 0;

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "playback/source_reader.h"
+#include "playback/source_opener.h"
 #include "playback/wav_reader.h"
 #include "playback/wave_extensible.h"
 #include "support/riff_bytes.h"
@@ -24,9 +24,11 @@ class SourceRefusalTest : public ::testing::Test {
         test::writeFile(path, bytes);
         return path;
     }
-    int open(const std::string& path) {
-        wavCloseSource(file_, source_);
-        return wavOpenSource(path, file_, length_, source_, 0);
+    bool open(const std::string& path) {
+        SourceOpening opening = wavOpenSource(path, SourceOptions{});
+        source_ = std::move(opening.source);
+        refusal_ = std::move(opening.refusal);
+        return source_ != nullptr;
     }
     // A few real MPEG frames, so that a file falling through to the MP3
     // opener would open.
@@ -40,24 +42,26 @@ class SourceRefusalTest : public ::testing::Test {
 
     test::TempDir dir_;
     int files_ = 0;
-    RiffHandle file_;
-    uint32_t length_ = 0;
-    AudioSource source_;
+    std::unique_ptr<AudioSource> source_;
+    std::string refusal_;
 };
 
 TEST_F(SourceRefusalTest, ImplausibleFormatsAreRefusedAndNotTriedAsMp3) {
     const Bytes frames = mpegFrames();
     WaveFormat unknownTag = kNativeFormat;
     unknownTag.formatTag = 2;
-    ASSERT_EQ(open(store(wave(test::formatPayload(unknownTag, 16), frames))), 1);
-    EXPECT_EQ(source_.outputFormat.formatTag, kFormatMpegLayer3);
+    ASSERT_TRUE(open(store(wave(test::formatPayload(unknownTag, 16), frames))));
+    EXPECT_EQ(source_->format().formatTag, kFormatMpegLayer3);
 
     const WaveFormat oneHertz{kFormatPcm, 2, 1, 4, 4, 16, 0};
     const std::string path = store(wave(test::formatPayload(oneHertz, 16), frames));
-    EXPECT_EQ(open(path), 0);
-    EXPECT_EQ(file_, nullptr);
-    EXPECT_EQ(source_.refusal, "sample rate 1 Hz is outside 1000-768000 Hz");
-    EXPECT_EQ(wavExamineWaveFile(path, file_, length_, source_), WavOpenStatus::refused);
+    EXPECT_FALSE(open(path));
+    EXPECT_EQ(refusal_, "sample rate 1 Hz is outside 1000-768000 Hz");
+    RiffHandle file;
+    uint32_t length = 0;
+    ConversionState state;
+    EXPECT_EQ(wavExamineWaveFile(path, file, length, state), WavOpenStatus::refused);
+    EXPECT_EQ(file, nullptr);
 }
 
 TEST_F(SourceRefusalTest, ExtensiblePlainPcmReadsAsTagOne) {
@@ -72,18 +76,21 @@ TEST_F(SourceRefusalTest, ExtensiblePlainPcmReadsAsTagOne) {
             bytes + Bytes{subFormat, 0, 0, 0, 0, 0, 0x10, 0, 0x80, 0, 0, 0xAA, 0, 0x38, 0x9B, 0x71};
         return bytes;
     };
-    ASSERT_EQ(open(store(wave(extensible(kNativeFormat, 1), Bytes(4000)))), 1);
-    EXPECT_EQ(source_.conversionFlag, 0u);
-    EXPECT_TRUE(sameFormat(source_.outputFormat, kNativeFormat));
-    EXPECT_EQ(length_, 4000u);
+    ASSERT_TRUE(open(store(wave(extensible(kNativeFormat, 1), Bytes(4000)))));
+    EXPECT_FALSE(source_->describe().converted);
+    EXPECT_TRUE(sameFormat(source_->format(), kNativeFormat));
+    EXPECT_EQ(source_->length(), 4000u);
 
-    ASSERT_EQ(open(store(wave(extensible(test::kHalfRateStereo, 1), Bytes(88200)))), 1);
-    EXPECT_EQ(source_.conversionFlag, 1u);
-    EXPECT_EQ(length_, 176400u);
+    ASSERT_TRUE(open(store(wave(extensible(test::kHalfRateStereo, 1), Bytes(88200)))));
+    EXPECT_TRUE(source_->describe().converted);
+    EXPECT_EQ(source_->length(), 176400u);
 
     // Any other sub-format (here A-law) stays unknown to the WAVE reader.
     const std::string aLaw = store(wave(extensible(kNativeFormat, 6), Bytes(4000)));
-    EXPECT_EQ(wavExamineWaveFile(aLaw, file_, length_, source_), WavOpenStatus::unsupported);
+    RiffHandle file;
+    uint32_t length = 0;
+    ConversionState state;
+    EXPECT_EQ(wavExamineWaveFile(aLaw, file, length, state), WavOpenStatus::unsupported);
 }
 
 // The 32-bit length holds 4,294,967,295 native bytes; at 22,050 Hz stereo
@@ -91,29 +98,29 @@ TEST_F(SourceRefusalTest, ExtensiblePlainPcmReadsAsTagOne) {
 TEST_F(SourceRefusalTest, TheLongestConvertedLengthOpensAndOneFrameMoreIsRefused) {
     const auto path = dir_ / "long.wav";
     test::writeSparseWave(path, test::kHalfRateStereo, 2147483644);
-    ASSERT_EQ(open(path.string()), 1);
-    EXPECT_EQ(length_, 4294967288u);
+    ASSERT_TRUE(open(path.string()));
+    EXPECT_EQ(source_->length(), 4294967288u);
 
     test::writeSparseWave(path, test::kHalfRateStereo, 2147483648);
-    EXPECT_EQ(open(path.string()), 0);
-    EXPECT_EQ(source_.refusal, "lasts 6:45:48, longer than the 6:45:47 a source may last");
+    EXPECT_FALSE(open(path.string()));
+    EXPECT_EQ(refusal_, "lasts 6:45:48, longer than the 6:45:47 a source may last");
 }
 
 TEST_F(SourceRefusalTest, SevenHoursAreRefusedAndSixHoursReadToTheEnd) {
     const auto path = dir_ / "hours.wav";
     test::writeSparseWave(path, test::kHalfRateStereo, 88200u * 7 * 3600);
-    EXPECT_EQ(open(path.string()), 0);
-    EXPECT_EQ(source_.refusal, "lasts 7:00:00, longer than the 6:45:47 a source may last");
+    EXPECT_FALSE(open(path.string()));
+    EXPECT_EQ(refusal_, "lasts 7:00:00, longer than the 6:45:47 a source may last");
 
     test::writeSparseWave(path, test::kHalfRateStereo, 88200u * 6 * 3600);
-    ASSERT_EQ(open(path.string()), 1);
-    EXPECT_EQ(length_, 176400u * 6 * 3600);
-    ASSERT_EQ(sourceSeek(*file_, length_ - 176400, 9999, source_), 1);
+    ASSERT_TRUE(open(path.string()));
+    const uint32_t length = source_->length();
+    EXPECT_EQ(length, 176400u * 6 * 3600);
+    ASSERT_TRUE(source_->seek(length - 176400, 9999));
     std::vector<uint8_t> block(kEngineBlockBytes);
-    uint32_t count = 0;
-    uint32_t end = 0;
-    EXPECT_EQ(sourceRead(*file_, block.data(), kEngineBlockBytes, count, end, source_), 1);
-    EXPECT_EQ(count, kEngineBlockBytes);
+    const SourceBlock read = source_->read(block.data(), kEngineBlockBytes);
+    EXPECT_FALSE(read.failed);
+    EXPECT_EQ(read.count, kEngineBlockBytes);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 
+#include "playback/source_opener.h"
 #include "support/riff_bytes.h"
 #include "support/temp_dir.h"
 #include "support/tool_fixture.h"
@@ -35,7 +36,7 @@ class WavReaderTest : public ::testing::Test {
     int files_ = 0;
     RiffHandle file_;
     uint32_t length_ = 99;
-    AudioSource source_;
+    ConversionState source_;
 };
 
 // The offset of the first data byte, found by scanning for the chunk id.
@@ -52,7 +53,7 @@ TEST_F(WavReaderTest, NativeSoxFileIsReadDirectlyFromItsFirstDataByte) {
     ASSERT_EQ(wavOpenWaveFile(path, file_, length_, source_), 1);
     EXPECT_EQ(length_, test::loadLe32At(bytes, start - 4));
     EXPECT_EQ(length_, 176400u);
-    EXPECT_EQ(source_.conversionFlag, 0u);
+    EXPECT_FALSE(isConverting(source_));
     EXPECT_TRUE(sameFormat(source_.outputFormat, kNativeFormat));
     EXPECT_EQ(file_->seek(0, SEEK_CUR), static_cast<int64_t>(start));
 }
@@ -111,9 +112,9 @@ TEST_F(WavReaderTest, UnknownTagLeavesTheFileForTheNextOpenerWhichRefusesIt) {
     EXPECT_NE(file_, nullptr);
     EXPECT_EQ(source_.outputFormat.formatTag, 2);
 
-    EXPECT_EQ(wavOpenSource(path, file_, length_, source_, 0), 0);
-    EXPECT_EQ(file_, nullptr);
-    EXPECT_EQ(length_, 0u);
+    const SourceOpening opening = wavOpenSource(path, SourceOptions{});
+    EXPECT_EQ(opening.source, nullptr);
+    EXPECT_EQ(opening.refusal, "");
 }
 
 TEST_F(WavReaderTest, PathsWithoutARegularFileCannotBeOpened) {
@@ -125,20 +126,22 @@ TEST_F(WavReaderTest, PathsWithoutARegularFileCannotBeOpened) {
     }
 }
 
-TEST_F(WavReaderTest, OpenSourceStartsFromAResetRecordAndStoresTheLength) {
-    source_.conversionFlag = 1;
-    source_.sourceDataSize = 1234;
-    const std::string path = store(nativeWave(test::counting(40)));
-    ASSERT_EQ(wavOpenSource(path, file_, length_, source_, 1), 1);
-    EXPECT_EQ(source_.conversionFlag, 0u);
-    EXPECT_EQ(source_.sourceDataSize, 44u + 40u);  // where the data ends, nothing stale
-    EXPECT_EQ(source_.ownDecoderFlag, 1u);
-    EXPECT_EQ(source_.outputLength, 40u);
-    wavCloseSource(file_, source_);
-    EXPECT_EQ(file_, nullptr);
-
-    ASSERT_EQ(wavOpenSource(path, file_, length_, source_, 0), 1);
-    EXPECT_EQ(source_.ownDecoderFlag, 0u);
+TEST_F(WavReaderTest, OpenerReadsNativeDataDirectlyAndNeverIntoTheChunkAfterIt) {
+    const Bytes data = test::counting(40);
+    const std::string path =
+        store(riff("WAVE", chunk("fmt ", formatPayload(kNativeFormat, 16)) + chunk("data", data) +
+                               chunk("LIST", Bytes(8, 0x77))));
+    // Native data is never converted, whichever decoder would come first.
+    const SourceOpening opening = wavOpenSource(path, SourceOptions{true});
+    ASSERT_NE(opening.source, nullptr);
+    EXPECT_FALSE(opening.source->describe().converted);
+    EXPECT_EQ(opening.source->length(), 40u);
+    std::array<uint8_t, 64> block{};
+    const SourceBlock read = opening.source->read(block.data(), block.size());
+    EXPECT_EQ(read.count, 40u);
+    EXPECT_TRUE(read.ended);
+    EXPECT_FALSE(read.failed);
+    EXPECT_TRUE(std::equal(data.begin(), data.end(), block.begin()));
 }
 
 TEST_F(WavReaderTest, DataHeadReadsAtMostTheChunkAndReturnsToWhereItStarted) {

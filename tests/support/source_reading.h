@@ -3,23 +3,30 @@
 // requests of a given size.
 
 #include <cstdint>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "playback/source_reader.h"
-#include "playback/wav_reader.h"
+#include "playback/source_opener.h"
 #include "support/test_files.h"
 
 namespace tunebox::test {
 
 struct Opened {
-    RiffHandle file;
-    AudioSource source;
+    std::unique_ptr<AudioSource> source;  // null when no opener took the file
+    std::string refusal;
     uint32_t length = 0;
+
+    SourceDescription description() const { return source->describe(); }
 };
 
-inline bool open(const std::string& path, Opened& opened, uint32_t forceOwnDecoder = 0) {
-    return wavOpenSource(path, opened.file, opened.length, opened.source, forceOwnDecoder) == 1;
+inline bool open(const std::string& path, Opened& opened, uint32_t builtinFirst = 0) {
+    SourceOpening opening = wavOpenSource(path, SourceOptions{builtinFirst == 1});
+    opened.source = std::move(opening.source);
+    opened.refusal = std::move(opening.refusal);
+    opened.length = opened.source ? opened.source->length() : 0;
+    return opened.source != nullptr;
 }
 
 // Reads the whole source in requests of `request` bytes.
@@ -27,12 +34,9 @@ inline std::vector<uint8_t> readAll(Opened& opened, uint32_t request) {
     std::vector<uint8_t> all;
     std::vector<uint8_t> block(request);
     for (int guard = 0; guard < 10000000; ++guard) {
-        uint32_t count = 0;
-        uint32_t end = 0;
-        const int result =
-            sourceRead(*opened.file, block.data(), request, count, end, opened.source);
-        all.insert(all.end(), block.begin(), block.begin() + count);
-        if (result == 0 || end == 1) {
+        const SourceBlock read = opened.source->read(block.data(), request);
+        all.insert(all.end(), block.begin(), block.begin() + read.count);
+        if (read.failed || read.ended) {
             break;
         }
     }
@@ -44,13 +48,13 @@ inline std::vector<uint8_t> readAll(Opened& opened, uint32_t request) {
 inline std::vector<int16_t> decodeWithBuiltinFeed(const std::string& path, uint32_t request,
                                                   uint32_t* lostFrames = nullptr) {
     Opened opened;
-    if (!open(path, opened, 1) || opened.source.ownDecoderFlag != 1) {
+    if (!open(path, opened, 1) || !opened.description().builtinDecoder) {
         return {};
     }
-    opened.source.conversionStages = 1;
+    static_cast<void>(opened.source->keepDecoderOutput());
     auto samples = toSamples(readAll(opened, request));
     if (lostFrames != nullptr) {
-        *lostFrames = opened.source.mx.lostFrames;
+        *lostFrames = opened.description().lostFrames;
     }
     return samples;
 }

@@ -3,14 +3,13 @@
 #include <algorithm>
 #include <iostream>
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "app/cli/commands.h"
 #include "app/cli/input_checks.h"
 #include "app/cli/opened_source.h"
+#include "app/cli/source_settings.h"
 #include "app/cli/source_to_wav.h"
-#include "mp3/mp3_open.h"
 #include "playback/wav_length.h"
 
 namespace tunebox::cli {
@@ -23,21 +22,20 @@ struct DecodeOptions {
     bool raw = false;
 };
 
-std::optional<uint32_t> decoderChoice(const std::string& decoder) {
+SourceOptions decoderChoice(const std::string& decoder) {
     if (decoder.empty()) {
-        return std::nullopt;
+        return sourceOptionsFromSettings();
     }
-    return decoder == "builtin" ? 1u : 0u;
+    return SourceOptions{decoder == "builtin"};
 }
 
 // With --raw the first stage's output is written as it comes: the stream's
 // own rate and channels, before any resampling.
 WaveFormat outputFormatOf(AudioSource& source, bool raw) {
-    if (!raw || source.conversionFlag != 1) {
+    if (!raw) {
         return kNativeFormat;
     }
-    source.conversionStages = 1;
-    return acmDestinationFormat(source.acm);
+    return source.keepDecoderOutput().value_or(kNativeFormat);
 }
 
 // Progress and the closing line go to stderr: stdout may carry the WAV.
@@ -93,12 +91,13 @@ int decode(const DecodeOptions& options) {
         status = writeSourceAsWav(opened, job, written);
     }
     if (status == 0) {
-        const bool builtin = source.conversionFlag == 1 && source.ownDecoderFlag == 1;
+        const SourceDescription description = source.describe();
+        const bool builtin = description.builtinDecoder;
         std::cerr << (options.output == "-" ? "standard output" : options.output) << ": " << written
                   << " bytes, " << job.format.samplesPerSec << " Hz, " << job.format.channels
                   << " channels" << (builtin ? " (built-in decoder)" : "") << "\n";
-        if (builtin && source.mx.lostFrames > 0) {
-            std::cerr << options.input << ": could not decode " << source.mx.lostFrames
+        if (builtin && description.lostFrames > 0) {
+            std::cerr << options.input << ": could not decode " << description.lostFrames
                       << " frames; silence stands in their place\n";
         }
     }

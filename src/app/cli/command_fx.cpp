@@ -12,6 +12,7 @@
 #include "app/cli/commands.h"
 #include "app/cli/input_checks.h"
 #include "app/cli/opened_source.h"
+#include "app/cli/source_settings.h"
 #include "app/cli/source_to_wav.h"
 #include "core/wave_format.h"
 #include "effects/effect_chain.h"
@@ -96,7 +97,7 @@ int runFx(const FxOptions& options) {
         return refused;
     }
     OpenedSource opened;
-    if (!opened.open(options.input)) {
+    if (!opened.open(options.input, sourceOptionsFromSettings())) {
         return refuse(options.input, openRefusal(options.input), kExitBadInput);
     }
     EffectControl ctl;

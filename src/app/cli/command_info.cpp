@@ -4,7 +4,8 @@
 
 #include "app/cli/commands.h"
 #include "app/cli/input_checks.h"
-#include "mp3/id3_v1_fields.h"
+#include "app/cli/source_settings.h"
+#include "playback/source_opener.h"
 #include "playback/wav_length.h"
 
 namespace tunebox::cli {
@@ -39,38 +40,34 @@ void printMpegStream(const Mp3StreamFacts& facts) {
     }
 }
 
-// ID3v2 texts first; an ID3v1 tag fills what they leave out.
-void printTags(const AudioSource& source) {
-    if (source.id3v2Flag == 0 && source.id3v1Flag == 0) {
-        return;
-    }
-    Id3Tag tag = source.id3v2Flag == 1 ? source.id3Tag : Id3Tag{};
-    if (source.id3v1Flag == 1) {
-        id3FillFromV1(tag, source.id3v1);
-    }
+void printTags(const Id3Tag& tag) {
     std::cout << "title: " << tag.title << "\nartist: " << tag.artist << "\nalbum: " << tag.album
               << "\ncomposer: " << tag.composer << "\ngenre: " << tag.genre
               << "\nyear: " << tag.year << "\ntrack: " << tag.track << "\n";
 }
 
-void printMp3(const AudioSource& source) {
-    printMpegStream(source.mp3Facts);
-    std::cout << "decoder: " << (source.ownDecoderFlag == 1 ? "built-in" : "system codec")
-              << (source.conversionStages == 2 ? ", then resampled" : "") << "\n";
-    printTags(source);
+void printMp3(const SourceDescription& description, const Mp3StreamFacts& facts) {
+    printMpegStream(facts);
+    std::cout << "decoder: " << (description.builtinDecoder ? "built-in" : "system codec")
+              << (description.resampled ? ", then resampled" : "") << "\n";
+    if (description.tags) {
+        printTags(*description.tags);
+    }
 }
 
-void printSource(const std::string& path, const AudioSource& source, uint32_t length) {
-    const WaveFormat& format = source.outputFormat;
+void printSource(const std::string& path, const AudioSource& source) {
+    const SourceDescription description = source.describe();
+    const WaveFormat& format = description.format;
+    const uint32_t length = source.length();
     std::cout << "file: " << path << "\n"
               << "format: tag " << format.formatTag << ", " << format.channels << " channels, "
               << format.samplesPerSec << " samples/s, " << format.avgBytesPerSec
               << " bytes/s, block align " << format.blockAlign << ", " << format.bitsPerSample
               << " bits, extra " << format.extraSize << "\n"
-              << "reading: " << (source.conversionFlag == 1 ? "converted" : "direct") << "\n"
+              << "reading: " << (description.converted ? "converted" : "direct") << "\n"
               << "length: " << length << " bytes, " << formatSectorTime(length) << "\n";
-    if (source.mp3Facts.firstHeader.sampleRate != 0) {
-        printMp3(source);
+    if (description.mp3) {
+        printMp3(description, *description.mp3);
     }
 }
 
@@ -78,12 +75,11 @@ int showInfo(const std::string& path) {
     if (const auto problem = inputRefusal(path)) {
         return refuse(path, *problem, kExitBadInput);
     }
-    AudioSource source;
-    uint32_t length = 0;
-    if (wavGetLengthInto(path, source, length) != 1) {
+    const SourceOpening opening = wavOpenSource(path, sourceOptionsFromSettings());
+    if (!opening.source) {
         return refuse(path, openRefusal(path), kExitBadInput);
     }
-    printSource(path, source, length);
+    printSource(path, *opening.source);
     return 0;
 }
 

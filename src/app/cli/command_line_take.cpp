@@ -1,6 +1,7 @@
 #include "app/cli/command_line_take.h"
 
 #include "app/cli/input_checks.h"
+#include "app/cli/source_settings.h"
 
 namespace tunebox::cli {
 
@@ -22,6 +23,7 @@ int CommandLineTake::rec(const RecordingOptions& options) {
     request.manualFlag = options.manualFlag;
     request.manualDelay = options.manualDelay;
     controller_.setOutputFile(options.output);
+    controller_.setSourceOptions(sourceOptionsFromSettings());
     controller_.setEcho(options.echo);
     const RecStart started = controller_.rec(request);
     if (!started.capturing) {

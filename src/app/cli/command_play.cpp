@@ -10,6 +10,7 @@
 #include "app/cli/input_checks.h"
 #include "app/cli/interrupt_flag.h"
 #include "app/cli/play_progress.h"
+#include "app/cli/source_settings.h"
 #include "app/cli/start_option.h"
 #include "app/cli/terminal_keys.h"
 #include "core/playback_clock.h"
@@ -98,6 +99,7 @@ int playFile(const PlayOptions& options) {
     }
     initAsTrack(player, options.echo);
     const auto start = static_cast<uint32_t>(startFrames) * kNativeFrameBytes;
+    player.setSourceOptions(sourceOptionsFromSettings());
     if (player.wavOpenFile(path, start, length) != 1) {
         return refuse(path, openRefusal(path), kExitBadInput);
     }

@@ -10,8 +10,10 @@
 #include "app/cli/commands.h"
 #include "app/cli/opened_source.h"
 #include "app/cli/path_kind.h"
+#include "app/cli/source_settings.h"
 #include "mp3/foreign_audio_format.h"
 #include "platform/file_identity.h"
+#include "playback/source_opener.h"
 #include "playback/wav_length.h"
 #include "playback/wav_reader.h"
 #include "playback/wav_refusal.h"
@@ -43,15 +45,15 @@ std::string openRefusal(const std::string& path) {
     // An opener that refuses a file outright (an absurd format or length)
     // keeps its reason; otherwise the WAVE reader, run once more on its own,
     // tells where it stopped, and a file of another known kind is named.
-    uint32_t length = 0;
-    AudioSource opened;
-    if (wavGetLengthInto(path, opened, length) != 1 && !opened.refusal.empty()) {
-        return opened.refusal;
+    const SourceOpening opening = wavOpenSource(path, sourceOptionsFromSettings());
+    if (!opening.source && !opening.refusal.empty()) {
+        return opening.refusal;
     }
     RiffHandle file;
-    AudioSource source;
-    const WavOpenStatus status = wavExamineWaveFile(path, file, length, source);
-    wavCloseSource(file, source);
+    uint32_t length = 0;
+    ConversionState state;
+    const WavOpenStatus status = wavExamineWaveFile(path, file, length, state);
+    wavCloseSource(file, state);
     const WavRefusal refusal = classifyRefusal(pathKindOf(path), status);
     if (refusal == WavRefusal::notWave) {
         const std::string_view kind = foreignAudioFormat(fileHead(path));
@@ -69,7 +71,7 @@ std::optional<std::string> accompanimentRefusal(const std::string& path, uint32_
     if (wavGetLength(path, length) != 1) {
         return openRefusal(path);
     }
-    if (length == 0 || !yieldsAudio(path)) {
+    if (length == 0 || !yieldsAudio(path, sourceOptionsFromSettings())) {
         return kNoAudio;
     }
     return std::nullopt;

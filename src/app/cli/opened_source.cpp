@@ -2,10 +2,8 @@
 
 #include <vector>
 
-#include "mp3/mp3_open.h"
 #include "core/wave_format.h"
-#include "playback/source_reader.h"
-#include "playback/wav_reader.h"
+#include "playback/source_opener.h"
 
 namespace tunebox::cli {
 namespace {
@@ -16,35 +14,28 @@ constexpr int kProbeBlocks = 64;
 
 }  // namespace
 
-OpenedSource::~OpenedSource() {
-    wavCloseSource(file_, source_);
-}
-
-bool OpenedSource::open(const std::string& path, std::optional<uint32_t> ownDecoder) {
-    wavCloseSource(file_, source_);
-    mp3ResetSource(source_);
-    if (ownDecoder) {
-        source_.ownDecoderFlag = *ownDecoder;
-    }
-    return wavOpenResetSource(path, file_, length_, source_) == 1;
+bool OpenedSource::open(const std::string& path, const SourceOptions& options) {
+    source_ = wavOpenSource(path, options).source;
+    return source_ != nullptr;
 }
 
 BlockRead OpenedSource::read(uint8_t* destination, uint32_t requested) {
     BlockRead block;
-    if (!file_) {
+    if (!source_) {
         block.ended = true;
         return block;
     }
-    uint32_t end = 0;
-    const int result = sourceRead(*file_, destination, requested, block.count, end, source_);
-    block.ended = end == 1 || result != 1;
-    block.failed = result != 1 && !(block.count == 0 && end == 1);
+    const SourceBlock read = source_->read(destination, requested);
+    block.count = read.count;
+    block.ended = read.ended || read.failed;
+    // A conversion that fails with nothing left to convert only met the end.
+    block.failed = read.failed && !(read.count == 0 && read.ended);
     return block;
 }
 
-bool yieldsAudio(const std::string& path) {
+bool yieldsAudio(const std::string& path, const SourceOptions& options) {
     OpenedSource opened;
-    if (!opened.open(path)) {
+    if (!opened.open(path, options)) {
         return false;
     }
     std::vector<uint8_t> block(kEngineBlockBytes);

@@ -4,11 +4,11 @@
 // to the end.
 
 #include <cstdint>
-#include <optional>
+#include <memory>
 #include <string>
 
-#include "platform/riff_file.h"
 #include "playback/audio_source.h"
+#include "playback/source_options.h"
 
 namespace tunebox::cli {
 
@@ -20,31 +20,24 @@ struct BlockRead {
 
 class OpenedSource {
   public:
-    OpenedSource() = default;
-    ~OpenedSource();
-    OpenedSource(const OpenedSource&) = delete;
-    OpenedSource& operator=(const OpenedSource&) = delete;
+    // False when no opener takes the file.
+    [[nodiscard]] bool open(const std::string& path, const SourceOptions& options);
 
-    // `ownDecoder` overrides the settings file's choice of MP3 decoder (1:
-    // the built-in one). False when no opener takes the file.
-    bool open(const std::string& path, std::optional<uint32_t> ownDecoder = std::nullopt);
-
-    // Up to `requested` native-PCM bytes (or the first stage's output when
-    // the second was dropped).
+    // Up to `requested` native-PCM bytes (or the decoder's own output when
+    // the source was told to keep it).
     BlockRead read(uint8_t* destination, uint32_t requested);
 
-    uint32_t length() const { return length_; }
-    AudioSource& source() { return source_; }
+    uint32_t length() const { return source_ ? source_->length() : 0; }
+    // Only after a successful open.
+    AudioSource& source() { return *source_; }
 
   private:
-    RiffHandle file_;
-    AudioSource source_;
-    uint32_t length_ = 0;
+    std::unique_ptr<AudioSource> source_;
 };
 
 // True when `path` opens and its first block decodes to at least one byte:
 // a file that yields no audio is refused rather than played or recorded as
 // silence.
-bool yieldsAudio(const std::string& path);
+bool yieldsAudio(const std::string& path, const SourceOptions& options);
 
 }  // namespace tunebox::cli

@@ -278,6 +278,7 @@ void MainDialog::initialiseMembers() {
     readSyncSettings(settings);
     manualDelayText_ = QString::fromStdString(settings.manualDelayText);
     manualDelayFlag_ = settings.manualDelayFlag;
+    controller_.setSourceOptions(SourceOptions{readDecoderChoice() == 1});
     timeText_ = QString::fromStdString(formatPositionTime(controller_.accompaniment().position));
     pushToControls();
 }

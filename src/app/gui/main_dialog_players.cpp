@@ -34,8 +34,7 @@ void MainDialog::pickKaraoke() {
     const QString path = picked.first();
     TrackEntry entry;
     entry.path = path.toStdString();
-    AudioSource probe;
-    if (wavGetLengthInto(entry.path, probe, entry.length) == 0) {
+    if (wavGetLength(entry.path, entry.length) == 0) {
         services_.showStop(this, QStringLiteral("ﾌｧｲﾙ選択の失敗"),
                            QStringLiteral("ｻﾎﾟｰﾄされないﾌｧｲﾙﾌｫｰﾏｯﾄ:") + path);
         return;

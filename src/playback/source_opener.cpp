@@ -1,0 +1,66 @@
+#include "playback/source_opener.h"
+
+#include <array>
+#include <utility>
+
+#include "mp3/conversion_state.h"
+#include "mp3/mp3_open.h"
+#include "playback/converted_source.h"
+#include "playback/direct_source.h"
+#include "playback/wav_reader.h"
+
+namespace tunebox {
+namespace {
+
+std::unique_ptr<ConversionState> freshState(const SourceOptions& options) {
+    auto state = std::make_unique<ConversionState>();
+    state->ownDecoderFlag = options.builtinDecoderFirst ? 1 : 0;
+    return state;
+}
+
+SourceOpening openWave(const std::string& path, const SourceOptions& options) {
+    auto state = freshState(options);
+    RiffHandle file;
+    uint32_t length = 0;
+    if (wavExamineWaveFile(path, file, length, *state) != WavOpenStatus::opened) {
+        return {nullptr, state->refusal};
+    }
+    state->outputLength = length;
+    if (isConverting(*state)) {
+        return {std::make_unique<ConvertedSource>(std::move(file), std::move(state), length), {}};
+    }
+    return {std::make_unique<DirectSource>(std::move(file), state->outputFormat,
+                                           state->sourceDataSize, length),
+            {}};
+}
+
+SourceOpening openMp3(const std::string& path, const SourceOptions& options) {
+    auto state = freshState(options);
+    RiffHandle file;
+    uint32_t length = 0;
+    if (mp3OpenFile(path, file, length, *state) != 1) {
+        return {nullptr, state->refusal};
+    }
+    state->outputLength = length;
+    return {std::make_unique<ConvertedSource>(std::move(file), std::move(state), length), {}};
+}
+
+// In order of trust: a WAVE file refused for its format or length is not
+// tried as MP3, since its samples could pass for MPEG frames and play as
+// noise.
+constexpr std::array kOpeners{&openWave, &openMp3};
+
+}  // namespace
+
+SourceOpening wavOpenSource(const std::string& path, const SourceOptions& options) {
+    SourceOpening opening;
+    for (const auto opener : kOpeners) {
+        opening = opener(path, options);
+        if (opening.source || !opening.refusal.empty()) {
+            break;
+        }
+    }
+    return opening;
+}
+
+}  // namespace tunebox

@@ -1,0 +1,203 @@
+// The player's source side: opening the accompaniment, filling the ring from
+// it (effects applied on the way), and moving it by seek and step.
+
+#include "playback/wave_ctl.h"
+
+#include <algorithm>
+
+#include "core/playback_clock.h"
+#include "effects/effect_chain.h"
+#include "playback/source_opener.h"
+
+namespace tunebox {
+namespace {
+
+constexpr uint32_t kStepBytes = kNativeBytesPerSecond;  // one second
+
+uint32_t permyriadOf(uint32_t position, uint32_t length) {
+    return length == 0 ? 0 : static_cast<uint32_t>(uint64_t{position} * kSliderRange / length);
+}
+
+}  // namespace
+
+void WaveCtl::setSourceOptions(const SourceOptions& options) {
+    std::lock_guard guard(lock_);
+    sourceOptions_ = options;
+}
+
+int WaveCtl::wavOpenFile(const std::string& path, uint32_t start, uint32_t length) {
+    std::lock_guard guard(lock_);
+    source_ = wavOpenSource(path, sourceOptions_).source;
+    if (!source_) {
+        return 0;
+    }
+    const uint32_t openedLength = source_->length();
+    readPosition_ = adjustStartPosition(start);
+    seekPosition_ = readPosition_;
+    if (start != 0) {
+        // A start beyond the file seeks a converted source to its end.
+        const double fraction =
+            openedLength == 0 ? 0.0 : double(readPosition_) / openedLength * kSliderRange;
+        seekSource(readPosition_, static_cast<uint32_t>(std::min(fraction, double(kSliderRange))));
+    }
+    length_ = length;
+    prefill();
+    fileSource_ = 1;
+    return 1;
+}
+
+uint32_t WaveCtl::nextIndex(uint32_t index) const {
+    return index + 1 < static_cast<uint32_t>(bufferCount_) ? index + 1 : 0;
+}
+
+// One slot always stays empty, so the filled count never reaches the
+// buffer count and full and empty are told apart by the indexes alone.
+bool WaveCtl::slotFree() const {
+    return nextIndex(writeIndex_) != readIndex_;
+}
+
+uint32_t WaveCtl::filledCount() {
+    std::lock_guard guard(lock_);
+    if (bufferCount_ == 0) {
+        return 0;
+    }
+    const auto count = static_cast<uint32_t>(bufferCount_);
+    return (writeIndex_ + count - readIndex_) % count;
+}
+
+uint32_t WaveCtl::readIntoSlot(WaveBuf& slot, uint32_t& sourceEnded) {
+    uint32_t count = 0;
+    sourceEnded = 0;
+    ctl_.playRange[kBlockPosition] = readPosition_;
+    if (source_) {
+        const SourceBlock block = source_->read(slot.block.get(), bufferSize_);
+        count = block.count;
+        sourceEnded = block.ended ? 1 : 0;
+    } else {
+        sourceEnded = 1;
+    }
+    fltEffectChain(ctl_, reinterpret_cast<int16_t*>(slot.block.get()), count);
+    return count;
+}
+
+int WaveCtl::prefill() {
+    std::lock_guard guard(lock_);
+    if (readPosition_ >= length_ || !slotFree()) {
+        return 0;
+    }
+    uint32_t last = 0;
+    do {
+        uint32_t sourceEnded = 0;
+        const uint32_t count = readIntoSlot(waveBuf_[writeIndex_], sourceEnded);
+        last = uint64_t{readPosition_} + count >= length_ || sourceEnded == 1 ? 1 : 0;
+        readPosition_ += count;
+        if (!commit(count, last)) {
+            break;
+        }
+    } while (slotFree() && readPosition_ < length_ && last == 0);
+    return 1;
+}
+
+int WaveCtl::fillOne() {
+    std::lock_guard guard(lock_);
+    if (!device_ || !slotFree()) {
+        return 0;
+    }
+    uint32_t sourceEnded = 0;
+    uint32_t count = readIntoSlot(waveBuf_[writeIndex_], sourceEnded);
+    readPosition_ += count;
+    uint32_t last = sourceEnded;
+    if (wavIsAtEnd(readPosition_, length_, ctl_.playRange, ctl_.playRange[kBlockPosition])) {
+        // The block that reaches the end is not played: the end is cut at
+        // buffer granularity, before the stop position rather than after it.
+        last = 1;
+        count = 0;
+    }
+    return commit(count, last);
+}
+
+int WaveCtl::commit(uint32_t count, uint32_t last) {
+    if (!slotFree()) {
+        return 0;
+    }
+    WaveBuf& slot = waveBuf_[writeIndex_];
+    if (observer_ != nullptr) {
+        observer_->onBlock(slot.block.get(), count, last);
+    }
+    // Done and nothing else: the slot is unprepared until it is written.
+    slot.pwh.flags = kWaveHeaderDone;
+    slot.pwh.bufferLength = count;
+    slot.lastFlag = last;
+    writeIndex_ = nextIndex(writeIndex_);
+    return 1;
+}
+
+WaveBuf* WaveCtl::takeFilled() {
+    if (readIndex_ == writeIndex_) {
+        return nullptr;
+    }
+    WaveBuf& slot = waveBuf_[readIndex_];
+    endOfSource_ = slot.lastFlag;
+    readIndex_ = nextIndex(readIndex_);
+    return &slot;
+}
+
+void WaveCtl::wavSeekSlider(uint32_t slider) {
+    if (state_ == kPlayerStopped) {
+        return;
+    }
+    bool reachedEnd = false;
+    {
+        std::lock_guard guard(lock_);
+        const uint32_t position = sliderToPosition(slider, length_);
+        if (wavIsAtEnd(position, length_, ctl_.playRange, ctl_.playRange[kBlockPosition])) {
+            readPosition_ = length_;
+            endOfSource_ = 1;
+            reachedEnd = true;
+        } else {
+            readPosition_ = position;
+            seekSource(readPosition_, slider);
+        }
+    }
+    if (reachedEnd) {
+        wavStop();
+    } else if (state_ == kPlayerPaused) {
+        wavPause(0);
+        restart();
+        wavPause(1);
+    } else {
+        restart();
+    }
+}
+
+void WaveCtl::seekSource(uint32_t position, uint32_t permyriad) {
+    // A seek that fails leaves the source where it was; the reads go on.
+    if (source_) {
+        static_cast<void>(source_->seek(position, permyriad));
+    }
+}
+
+void WaveCtl::wavStepBack() {
+    std::lock_guard guard(lock_);
+    readPosition_ = readPosition_ > kStepBytes ? readPosition_ - kStepBytes : 0;
+    if (readPosition_ != 0) {
+        seekSource(readPosition_, permyriadOf(readPosition_, length_));
+    }
+}
+
+void WaveCtl::wavStepForward() {
+    {
+        std::lock_guard guard(lock_);
+        const uint64_t next = uint64_t{readPosition_} + kStepBytes;
+        if (next < length_) {
+            readPosition_ = static_cast<uint32_t>(next);
+            seekSource(readPosition_, permyriadOf(readPosition_, length_));
+            return;
+        }
+        readPosition_ = length_;
+        endOfSource_ = 1;
+    }
+    wavStop();
+}
+
+}  // namespace tunebox
