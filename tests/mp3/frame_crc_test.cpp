@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "mp3/frame_crc.h"
-#include "mp3/layer3_side_info.h"
-#include "mp3/mpeg_audio_decoder.h"
+#include "mp3/decoder/frame_crc.h"
+#include "mp3/decoder/layer3_side_info.h"
+#include "mp3/decoder/mpeg_audio_decoder.h"
 #include "pcm_comparison.h"
 #include "support/temp_dir.h"
 
@@ -34,16 +34,16 @@ std::vector<uint8_t> makeProtectedStream(int rate, int channels, const std::stri
 
 struct Frame {
     std::size_t offset;
-    MpegFrameHeader header;
+    MpegHeader header;
 };
 
 std::vector<Frame> framesOf(std::span<const uint8_t> stream) {
     std::vector<Frame> frames;
     std::size_t position = 0;
-    MpegFrameHeader header;
+    MpegHeader header;
     while (position < stream.size()) {
         const auto rest = stream.subspan(position);
-        if (parseFrameHeader(rest, header) && header.frameBytes() <= rest.size()) {
+        if (mpegParseHeader(rest, header) && header.frameBytes() <= rest.size()) {
             frames.push_back({position, header});
             position += header.frameBytes();
         } else {
@@ -67,7 +67,7 @@ TEST(FrameCrc, ProtectedLameFramesPassInEveryVersion) {
         const auto frames = framesOf(stream);
         ASSERT_GT(frames.size(), 10u);
         for (const Frame& frame : frames) {
-            ASSERT_TRUE(frame.header.crcProtected);
+            ASSERT_TRUE(frame.header.crcProtected());
             EXPECT_TRUE(frameCrcMatches(std::span(stream).subspan(frame.offset), frame.header))
                 << "frame at byte " << frame.offset << ", " << rate << " Hz";
         }

@@ -7,11 +7,11 @@
 #include <algorithm>
 #include <string>
 
-#include "mp3/lame_tag.h"
-#include "mp3/mpeg_frame_header.h"
-#include "support/source_reading.h"
+#include "mp3/decoder/mpeg_header.h"
+#include "mp3/decoder/xing_tag.h"
 #include "support/command_runner.h"
 #include "support/log_records.h"
+#include "support/source_reading.h"
 #include "support/tool_fixture.h"
 
 namespace tunebox {
@@ -24,9 +24,9 @@ constexpr std::size_t kChannels = 2;
 // Where each frame starts, the tag frame first.
 std::vector<std::size_t> frameOffsets(const std::vector<uint8_t>& bytes) {
     std::vector<std::size_t> offsets;
-    MpegFrameHeader header;
+    MpegHeader header;
     for (std::size_t at = 0;
-         parseFrameHeader(std::span(bytes).subspan(at), header) && at < bytes.size();
+         mpegParseHeader(std::span(bytes).subspan(at), header) && at < bytes.size();
          at += header.frameBytes()) {
         offsets.push_back(at);
     }
@@ -68,8 +68,8 @@ class LostFramesTest : public ::testing::Test {
         good_ = test::readBytes(log_.dir() / "good.mp3");
         offsets_ = frameOffsets(good_);
         ASSERT_GT(offsets_.size(), 150u);
-        LameTag tag;
-        ASSERT_TRUE(parseLameTag(std::span(good_).subspan(0, offsets_[1]), tag));
+        XingTag tag;
+        ASSERT_TRUE(readXingTag(std::span(good_).subspan(0, offsets_[1]), tag));
         start_ = tag.encoderDelay + 529;
         clean_ = test::decodeWithBuiltinFeed(path("good.mp3"), kRequest);
     }

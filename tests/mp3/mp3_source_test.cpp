@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "core/diagnostic_log.h"
+#include "mp3/decoder/mpeg_audio_decoder.h"
 #include "mp3/mp3_open.h"
-#include "mp3/mpeg_audio_decoder.h"
 #include "support/log_records.h"
 #include "support/mpg123_reference.h"
 #include "support/signal_measure.h"

@@ -6,7 +6,7 @@
 #include <array>
 #include <string>
 
-#include "mp3/mpeg_audio_decoder.h"
+#include "mp3/decoder/mpeg_audio_decoder.h"
 #include "pcm_comparison.h"
 
 namespace tunebox {
@@ -19,8 +19,8 @@ const std::filesystem::path kStream =
 std::vector<std::span<const uint8_t>> splitFrames(const std::vector<uint8_t>& bytes) {
     std::vector<std::span<const uint8_t>> frames;
     std::size_t position = 0;
-    MpegFrameHeader header;
-    while (parseFrameHeader(std::span(bytes).subspan(position), header) &&
+    MpegHeader header;
+    while (mpegParseHeader(std::span(bytes).subspan(position), header) &&
            position + header.frameBytes() <= bytes.size()) {
         frames.push_back(std::span(bytes).subspan(position, header.frameBytes()));
         position += header.frameBytes();

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "mp3/mpeg_audio_decoder.h"
+#include "mp3/decoder/mpeg_audio_decoder.h"
 #include "pcm_comparison.h"
 #include "support/mpg123_reference.h"
 #include "support/temp_dir.h"
