@@ -69,6 +69,10 @@ MpegHeader readFields(std::span<const uint8_t> frame) {
     return header;
 }
 
+bool hasSync(std::span<const uint8_t> bytes) {
+    return bytes.size() >= 2 && bytes[0] == 0xFF && (bytes[1] & 0xE0) == 0xE0;
+}
+
 }  // namespace
 
 int MpegHeader::rateTableIndex() const {
@@ -94,13 +98,9 @@ std::size_t MpegHeader::sideInfoBytes() const {
     return channels() == 1 ? 9 : 17;
 }
 
-bool mpegHasSync(std::span<const uint8_t> bytes) {
-    return bytes.size() >= 2 && bytes[0] == 0xFF && (bytes[1] & 0xE0) == 0xE0;
-}
-
 long mpegFindFrameStart(std::span<const uint8_t> bytes) {
     for (std::size_t i = 0; i + 1 < bytes.size(); ++i) {
-        if (mpegHasSync(bytes.subspan(i))) {
+        if (hasSync(bytes.subspan(i))) {
             return static_cast<long>(i);
         }
     }
@@ -108,7 +108,7 @@ long mpegFindFrameStart(std::span<const uint8_t> bytes) {
 }
 
 bool mpegReadHeader(std::span<const uint8_t> bytes, MpegHeader& header) {
-    if (bytes.size() < kFrameHeaderBytes || !mpegHasSync(bytes)) {
+    if (bytes.size() < kFrameHeaderBytes || !hasSync(bytes)) {
         return false;
     }
     const MpegHeader read = readFields(bytes);

@@ -13,8 +13,7 @@ namespace tunebox {
 inline constexpr std::size_t kFrameHeaderBytes = 4;
 inline constexpr std::size_t kCrcBytes = 2;
 
-// The version id's two bits.
-inline constexpr uint32_t kMpeg25 = 0;
+// The version id's two bits (0 is MPEG 2.5).
 inline constexpr uint32_t kReservedVersion = 1;
 inline constexpr uint32_t kMpeg2 = 2;
 inline constexpr uint32_t kMpeg1 = 3;
@@ -66,10 +65,8 @@ struct MpegHeader {
     bool intensityStereo() const { return channelMode == kJointStereo && (modeExtension & 1) != 0; }
 };
 
-// Whether `bytes` start with a sync word: 0xFF, then three set bits.
-bool mpegHasSync(std::span<const uint8_t> bytes);
-
-// The first position in `bytes` where a sync word starts; -1 when none does.
+// The first position in `bytes` where a sync word (0xFF, then three set
+// bits) starts; -1 when none does.
 long mpegFindFrameStart(std::span<const uint8_t> bytes);
 
 // Reads the header at the start of `bytes`. False without a sync word, or
