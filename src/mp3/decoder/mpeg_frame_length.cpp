@@ -58,11 +58,11 @@ uint32_t freeFormatLength(std::span<const uint8_t> bytes, const MpegHeader& head
 
 }  // namespace
 
-// The lengths come from the one set of rate tables in hertz. For every
-// standard stream that is the figure of the 50 Hz tables the built-in
-// decoder was first described with; only Layer I and II headers flagged
-// MPEG 2.5, which no encoder writes, now come out at their own rate rather
-// than at twice it.
+// The lengths come from the one set of rate tables, in hertz. For every
+// standard stream they equal the usual formulas in 50 Hz units (2,880 x
+// kbit/s / rate for MPEG-1, 1,440 x kbit/s / rate for MPEG-2 Layer III);
+// only Layer I and II headers flagged MPEG 2.5, which no encoder writes, come
+// out at their own rate where those formulas would take twice it.
 uint32_t mpegFrameLength(std::span<const uint8_t> bytes, MpegHeader& header) {
     bytes = bytes.first(std::min(bytes.size(), kLongestLook));
     if (!mpegReadHeader(bytes, header)) {
