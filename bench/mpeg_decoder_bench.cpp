@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "../tests/support/mpg123_reference.h"
-#include "mp3/mpeg_audio_decoder.h"
+#include "mp3/decoder/mpeg_audio_decoder.h"
 
 namespace {
 

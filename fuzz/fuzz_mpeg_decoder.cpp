@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "mp3/builtin_decoder_feed.h"
-#include "mp3/lame_tag.h"
-#include "mp3/mpeg_audio_decoder.h"
+#include "mp3/decoder/mpeg_audio_decoder.h"
+#include "mp3/decoder/xing_tag.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size == 0) {
@@ -24,8 +24,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
     tunebox::BuiltinDecoderState state;
     tunebox::mpegGetDecodeInfo(state, bytes);
-    tunebox::LameTag tag;
-    tunebox::parseLameTag(bytes, tag);
+    tunebox::XingTag tag;
+    tunebox::readXingTag(bytes, tag);
 
     tunebox::MpegAudioDecoder streamDecoder;
     streamDecoder.configure(options);

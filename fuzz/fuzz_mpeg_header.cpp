@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <span>
 
-#include "mp3/mpeg_frame_length.h"
-#include "mp3/mpeg_header.h"
+#include "mp3/decoder/mpeg_frame_length.h"
+#include "mp3/first_frame.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::span<const uint8_t> bytes(data, size);
@@ -14,7 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     uint32_t offset = 0;
     tunebox::mp3GetHeader(bytes, format, header, offset, tunebox::BufferEnd::endOfAudio);
 
-    tunebox::DecoderHeader decoderHeader;
+    tunebox::MpegHeader decoderHeader;
     tunebox::mpegFrameLength(bytes, decoderHeader);
     uint32_t bitRate = 0;
     tunebox::mpegParseFirstFrame(bytes, decoderHeader, bitRate, offset);

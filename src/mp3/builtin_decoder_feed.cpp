@@ -8,8 +8,8 @@
 #include "core/diagnostic_log.h"
 #include "core/heap.h"
 #include "mp3/conversion_state.h"
-#include "mp3/lame_tag.h"
-#include "mp3/mpeg_frame_length.h"
+#include "mp3/decoder/mpeg_frame_length.h"
+#include "mp3/decoder/xing_tag.h"
 #include "platform/mpeg_codec.h"
 
 namespace tunebox {
@@ -23,15 +23,6 @@ void logCount(const char* format, long value) {
     char line[128];
     std::snprintf(line, sizeof line, format, value);
     logIfEnabled(line);
-}
-
-uint32_t wholeFrameLength(std::span<const uint8_t> bytes) {
-    DecoderHeader header;
-    const uint32_t length = mpegFrameLength(bytes, header);
-    if (length < 2) {
-        return length;
-    }
-    return length + header.padding * (header.layer == 3 ? 4 : 1);
 }
 
 std::span<const uint8_t> waiting(const BuiltinDecoderState& state) {
@@ -63,17 +54,12 @@ uint32_t accumulate(BuiltinDecoderState& state, AcmStage& stage) {
 // not start a frame of this stream. A sync pattern inside damaged or foreign
 // data rarely repeats the stream's version, rate and channels as well.
 uint32_t streamFrameLength(const BuiltinDecoderState& state, uint32_t offset) {
-    const std::span<const uint8_t> bytes = waiting(state).subspan(offset);
-    const uint32_t length = wholeFrameLength(bytes);
-    MpegFrameHeader header;
-    if (length < 2 || parseFrameHeader(bytes, header) != 1) {
-        return 0;
-    }
-    const MpegFrameHeader& stream = state.streamHeader;
-    const bool same = header.version == stream.version &&
-                      header.sampleRateIndex == stream.sampleRateIndex &&
-                      header.channels() == stream.channels();
-    return same ? length : 0;
+    MpegHeader header;
+    const uint32_t length = mpegWholeFrameLength(waiting(state).subspan(offset), header);
+    // The decoding proper takes only Layer III frames with a known bit rate.
+    const bool same =
+        header.isLayer3() && header.bitRate != 0 && mpegSameStream(state.streamHeader, header);
+    return length >= 2 && same ? length : 0;
 }
 
 // The next frame of the stream in the accumulator: the bytes before it and
@@ -138,7 +124,7 @@ uint32_t syncedFrameLength(BuiltinDecoderState& state) {
 }
 
 uint32_t frameSamples(const BuiltinDecoderState& state) {
-    return static_cast<uint32_t>(state.streamHeader.samplesPerChannel());
+    return state.streamHeader.samplesPerFrame;
 }
 
 // Keeps of the frame's output at the start of `out` what the gapless trim
@@ -162,8 +148,8 @@ uint32_t emitSilence(BuiltinDecoderState& state, std::span<uint8_t> out) {
 // so that what follows keeps its time.
 uint32_t emitFrame(BuiltinDecoderState& state, std::span<const uint8_t> frame,
                    std::span<uint8_t> out) {
-    LameTag tag;
-    if (parseLameTag(frame, tag)) {
+    XingTag tag;
+    if (readXingTag(frame, tag)) {
         if (state.position.framesTaken == 0) {
             state.trim = GaplessTrim(tag, frameSamples(state));
         }
@@ -212,7 +198,7 @@ int mpegGetDecodeInfo(BuiltinDecoderState& state, std::span<const uint8_t> first
     if (!state.accumulator) {
         return 0;
     }
-    DecoderHeader header;
+    MpegHeader header;
     uint32_t bitRate = 0;
     uint32_t offset = 0;
     const uint32_t frameLength = mpegParseFirstFrame(firstBytes, header, bitRate, offset);
@@ -223,11 +209,10 @@ int mpegGetDecodeInfo(BuiltinDecoderState& state, std::span<const uint8_t> first
         return 0;
     }
     // The decoding proper takes only frames with a known bit rate.
-    MpegFrameHeader frame;
-    if (parseFrameHeader(firstBytes.subspan(offset), frame) != 1) {
+    if (header.bitRate == 0) {
         return 0;
     }
-    state.streamHeader = frame;
+    state.streamHeader = header;
     state.decoder = std::make_unique<MpegAudioDecoder>();
     state.decoder->configure(options);
     const MpegOutputDescription& output = setup.description;

@@ -8,8 +8,8 @@
 #include <span>
 
 #include "mp3/acm_stage.h"
-#include "mp3/gapless_trim.h"
-#include "mp3/mpeg_audio_decoder.h"
+#include "mp3/decoder/gapless_trim.h"
+#include "mp3/decoder/mpeg_audio_decoder.h"
 
 namespace tunebox {
 
@@ -46,7 +46,7 @@ struct BuiltinDecoderState {
     HeapBytes accumulator;  // kDecoderAccumulatorBytes
     uint32_t cvtsize = 0;   // bytes waiting in the accumulator
     DecodeInfo info;
-    MpegFrameHeader streamHeader;  // the first frame's: later frames must agree
+    MpegHeader streamHeader;  // the first frame's: later frames must agree
     GaplessTrim trim;
     FeedPosition position;
     // Frames that could not be decoded; each left a frame of silence.

@@ -11,8 +11,8 @@
 #include "core/diagnostic_log.h"
 #include "core/little_endian.h"
 #include "mp3/conversion_state.h"
-#include "mp3/mp3_open_xing.h"
-#include "mp3/mpeg_header.h"
+#include "mp3/decoder/xing_tag.h"
+#include "mp3/first_frame.h"
 #include "mp3/mpeg_header_walk.h"
 #include "platform/format_plausibility.h"
 #include "platform/native_length.h"
@@ -60,8 +60,8 @@ double lengthFromXing(const XingTag& xing, const MpegHeader& header) {
 double measureStream(RiffFile& file, int64_t firstFrame, int64_t audioEnd,
                      std::span<const uint8_t> frame, Mp3StreamFacts& facts) {
     const MpegHeader& header = facts.firstHeader;
-    facts.xing =
-        parseXingTag(frame.first(std::min<std::size_t>(frame.size(), mpegFrameBytes(header))));
+    facts.xing = XingTag{};
+    readXingTag(frame, facts.xing);
     if (facts.xing.frames != 0) {
         const uint64_t bytes = facts.xing.streamBytes != 0
                                    ? facts.xing.streamBytes

@@ -5,8 +5,8 @@
 
 #include <cstdint>
 
-#include "mp3/mp3_open_xing.h"
-#include "mp3/mpeg_header.h"
+#include "mp3/decoder/mpeg_header.h"
+#include "mp3/decoder/xing_tag.h"
 
 namespace tunebox {
 

@@ -19,7 +19,7 @@ bool mpegChainConfirmed(std::span<const uint8_t> buffer, std::size_t offset,
                         const MpegHeader& first, BufferEnd end) {
     MpegHeader current = first;
     for (int seen = 1; seen < kAgreeingHeaders; ++seen) {
-        const std::size_t next = offset + mpegFrameBytes(current);
+        const std::size_t next = offset + current.frameBytes();
         if (next == buffer.size() && end == BufferEnd::endOfAudio) {
             return true;
         }

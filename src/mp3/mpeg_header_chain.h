@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <span>
 
-#include "mp3/mpeg_header.h"
+#include "mp3/first_frame.h"
 
 namespace tunebox {
 

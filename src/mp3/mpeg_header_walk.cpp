@@ -82,7 +82,7 @@ MpegFrameWalk mpegWalkFrames(RiffFile& file, int64_t firstFrame, int64_t audioEn
         const auto bytes = window.at(position, kChainBytes);
         MpegHeader header;
         if (mpegParseHeader(bytes, header) && mpegSameStream(first, header)) {
-            const uint32_t length = mpegFrameBytes(header);
+            const auto length = static_cast<uint32_t>(header.frameBytes());
             if (length > bytes.size()) {
                 break;
             }

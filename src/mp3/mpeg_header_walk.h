@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-#include "mp3/mpeg_header.h"
+#include "mp3/decoder/mpeg_header.h"
 #include "platform/riff_file.h"
 
 namespace tunebox {

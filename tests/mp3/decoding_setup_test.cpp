@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "mp3/mpeg_audio_decoder.h"
+#include "mp3/decoder/mpeg_audio_decoder.h"
 #include "pcm_comparison.h"
 #include "support/signal_measure.h"
 #include "support/temp_dir.h"
@@ -16,19 +16,15 @@
 namespace tunebox {
 namespace {
 
-DecoderHeader layer3Header(uint32_t id, uint32_t versionKind, uint32_t samplingIndex,
-                           uint32_t mode) {
-    DecoderHeader header;
-    header.versionKind = versionKind;
-    header.id = id;
-    header.layer = 1;
-    header.samplingIndex = samplingIndex;
-    header.mode = mode;
+MpegHeader headerOf(uint8_t byte1, uint8_t byte2, uint8_t byte3) {
+    MpegHeader header;
+    const uint8_t bytes[] = {0xFF, byte1, byte2, byte3};
+    EXPECT_TRUE(mpegReadHeader(bytes, header));
     return header;
 }
 
 TEST(DecodingSetup, FiguresFollowFromReductionModeAndLimit) {
-    const DecoderHeader stereo44k = layer3Header(1, 1, 0, 1);
+    const MpegHeader stereo44k = headerOf(0xFB, 0x90, 0x40);  // joint stereo
     DecodingSetup setup;
     // Reduction clamped to 2; one channel duplicated into two, 8 bits.
     ASSERT_EQ(mpegSetUpDecoding(stereo44k, 417, 7, 1 | kOutputMode8Bit, 24000, setup), 1);
@@ -47,8 +43,8 @@ TEST(DecodingSetup, FiguresFollowFromReductionModeAndLimit) {
     ASSERT_EQ(mpegSetUpDecoding(stereo44k, 417, 0, 0, 10, setup), 1);
     EXPECT_EQ(setup.decodedSubbands, 2);
 
-    // MPEG 2.5 at 8 kHz: the ID 0 table read at half its rate.
-    const DecoderHeader mono8k = layer3Header(0, 2, 2, 3);
+    // MPEG 2.5 at 8 kHz, one channel.
+    const MpegHeader mono8k = headerOf(0xE3, 0x48, 0xC0);
     ASSERT_EQ(mpegSetUpDecoding(mono8k, 208, 0, 1, 1000, setup), 1);
     EXPECT_EQ(setup.description.sampleRate, 8000);
     EXPECT_EQ(setup.description.channels, 1);  // a one-channel stream ignores the handling
@@ -56,10 +52,8 @@ TEST(DecodingSetup, FiguresFollowFromReductionModeAndLimit) {
     EXPECT_EQ(setup.description.pcmBytesPerFrame, 1152u);
 
     EXPECT_EQ(mpegSetUpDecoding(stereo44k, 1, 0, 0, 24000, setup), 0);
-    EXPECT_EQ(mpegSetUpDecoding(layer3Header(1, 1, 3, 1), 417, 0, 0, 24000, setup), 0);
-    DecoderHeader layer2 = stereo44k;
-    layer2.layer = 2;
-    EXPECT_EQ(mpegSetUpDecoding(layer2, 417, 0, 0, 24000, setup), 0);
+    EXPECT_EQ(mpegSetUpDecoding(headerOf(0xFB, 0x9C, 0x40), 417, 0, 0, 24000, setup), 0);
+    EXPECT_EQ(mpegSetUpDecoding(headerOf(0xFD, 0x90, 0x40), 417, 0, 0, 24000, setup), 0);
 }
 
 constexpr double kLeftTone = 1000.0;

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "mp3/frame_crc.h"
-#include "mp3/layer3_side_info.h"
-#include "mp3/mpeg_audio_decoder.h"
+#include "mp3/decoder/frame_crc.h"
+#include "mp3/decoder/layer3_side_info.h"
+#include "mp3/decoder/mpeg_audio_decoder.h"
 #include "pcm_comparison.h"
 #include "stream_frames.h"
 #include "support/temp_dir.h"
@@ -31,7 +31,7 @@ TEST(FrameCrc, ProtectedLameFramesPassInEveryVersion) {
         const auto frames = test::streamFrames(stream);
         ASSERT_GT(frames.size(), 10u);
         for (const test::StreamFrame& frame : frames) {
-            ASSERT_TRUE(frame.header.crcProtected);
+            ASSERT_TRUE(frame.header.crcProtected());
             EXPECT_TRUE(frameCrcMatches(std::span(stream).subspan(frame.offset), frame.header))
                 << "frame at byte " << frame.offset << ", " << rate << " Hz";
         }

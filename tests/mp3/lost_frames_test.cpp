@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <string>
 
-#include "mp3/lame_tag.h"
+#include "mp3/decoder/xing_tag.h"
 #include "stream_frames.h"
 #include "support/command_runner.h"
 #include "support/log_records.h"
@@ -65,8 +65,8 @@ class LostFramesTest : public ::testing::Test {
                                 "-V 5"));
         offsets_ = frameOffsets(good_);
         ASSERT_GT(offsets_.size(), 150u);
-        LameTag tag;
-        ASSERT_TRUE(parseLameTag(std::span(good_).subspan(0, offsets_[1]), tag));
+        XingTag tag;
+        ASSERT_TRUE(readXingTag(std::span(good_).subspan(0, offsets_[1]), tag));
         start_ = tag.encoderDelay + 529;
         clean_ = test::decodeWithBuiltinFeed(path("good.mp3"), kRequest);
     }

@@ -6,7 +6,7 @@
 #include <array>
 #include <string>
 
-#include "mp3/mpeg_audio_decoder.h"
+#include "mp3/decoder/mpeg_audio_decoder.h"
 #include "pcm_comparison.h"
 #include "stream_frames.h"
 

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "mp3/mpeg_audio_decoder.h"
+#include "mp3/decoder/mpeg_audio_decoder.h"
 #include "pcm_comparison.h"
 
 namespace tunebox {

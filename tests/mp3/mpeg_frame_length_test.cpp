@@ -1,4 +1,4 @@
-#include "mp3/mpeg_frame_length.h"
+#include "mp3/decoder/mpeg_frame_length.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@ namespace tunebox {
 namespace {
 
 uint32_t lengthOf(std::vector<uint8_t> bytes) {
-    DecoderHeader header;
+    MpegHeader header;
     return mpegFrameLength(bytes, header);
 }
 
@@ -40,7 +40,7 @@ std::vector<uint8_t> freeFormatStream(std::size_t length, int frames) {
 }
 
 TEST(MpegFrameLength, FreeFormatFramesAreMeasuredBySearching) {
-    DecoderHeader header;
+    MpegHeader header;
     uint32_t bitRate = 0;
     uint32_t offset = 0;
     auto stream = freeFormatStream(600, 5);

@@ -8,7 +8,7 @@
 #include <cmath>
 #include <numbers>
 
-#include "mp3/stereo_processor.h"
+#include "mp3/decoder/stereo_processor.h"
 
 namespace tunebox {
 namespace {
@@ -39,12 +39,11 @@ Gains mpeg2Expected(int position, int intensityScale) {
     return {1.0, std::pow(io, position / 2)};
 }
 
-MpegFrameHeader jointStereoHeader(MpegVersion version, int modeExtension) {
-    MpegFrameHeader header;
-    header.version = version;
-    header.mode = ChannelMode::JointStereo;
+MpegHeader jointStereoHeader(uint32_t versionId, uint32_t modeExtension) {
+    MpegHeader header;
+    header.versionId = versionId;
+    header.channelMode = kJointStereo;
     header.modeExtension = modeExtension;
-    header.bitrateIndex = 9;
     return header;
 }
 
@@ -93,7 +92,7 @@ TEST(IntensityStereo, Mpeg1LongBandsFollowTheirPositionsAndSkipTheIllegalOne) {
     factors.longBands[21] = 3;
     for (const int modeExtension : {1, 3}) {
         const bool midSide = modeExtension == 3;
-        const MpegFrameHeader header = jointStereoHeader(MpegVersion::Mpeg1, modeExtension);
+        const MpegHeader header = jointStereoHeader(kMpeg1, modeExtension);
         const GranuleChannelInfo info;
         const Spectrum leftIn = leftSpectrum();
         const Spectrum rightIn = rightSpectrum(bands.longBounds[kFirstIntensityBand]);
@@ -114,7 +113,7 @@ TEST(IntensityStereo, Mpeg1LongBandsFollowTheirPositionsAndSkipTheIllegalOne) {
 
 TEST(IntensityStereo, Mpeg1ShortBlocksFindTheBoundaryPerWindow) {
     const ScaleFactorBands& bands = scaleFactorBands(0);
-    const MpegFrameHeader header = jointStereoHeader(MpegVersion::Mpeg1, 1);
+    const MpegHeader header = jointStereoHeader(kMpeg1, 1);
     GranuleChannelInfo info;
     info.windowSwitching = true;
     info.blockType = BlockType::Short;
@@ -160,7 +159,7 @@ TEST(IntensityStereo, Mpeg1ShortBlocksFindTheBoundaryPerWindow) {
 
 TEST(IntensityStereo, Mpeg2ScalesOneSideInBothIntensityScales) {
     const ScaleFactorBands& bands = scaleFactorBands(3);
-    const MpegFrameHeader header = jointStereoHeader(MpegVersion::Mpeg2, 1);
+    const MpegHeader header = jointStereoHeader(kMpeg2, 1);
     constexpr int kFirstIntensityBand = 4;
     ScaleFactors factors;
     for (int b = 0; b < kLongBands; ++b) {

@@ -5,20 +5,20 @@
 #include <span>
 #include <vector>
 
-#include "mp3/mpeg_frame_header.h"
+#include "mp3/decoder/mpeg_header.h"
 
 namespace tunebox::test {
 
 struct StreamFrame {
     std::size_t offset;
-    MpegFrameHeader header;
+    MpegHeader header;
 };
 
 // The walk ends at the first place that holds no whole frame.
 inline std::vector<StreamFrame> streamFrames(std::span<const uint8_t> stream) {
     std::vector<StreamFrame> frames;
-    MpegFrameHeader header;
-    for (std::size_t at = 0; at < stream.size() && parseFrameHeader(stream.subspan(at), header) &&
+    MpegHeader header;
+    for (std::size_t at = 0; at < stream.size() && mpegParseHeader(stream.subspan(at), header) &&
                              at + header.frameBytes() <= stream.size();
          at += header.frameBytes()) {
         frames.push_back({at, header});

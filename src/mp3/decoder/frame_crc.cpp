@@ -1,0 +1,33 @@
+#include "mp3/decoder/frame_crc.h"
+
+namespace tunebox {
+
+uint16_t crc16(std::span<const uint8_t> bytes, uint16_t crc) {
+    constexpr uint16_t kGenerator = 0x8005;
+    for (const uint8_t byte : bytes) {
+        crc ^= static_cast<uint16_t>(byte << 8);
+        for (int bit = 0; bit < 8; ++bit) {
+            crc = (crc & 0x8000) ? static_cast<uint16_t>((crc << 1) ^ kGenerator)
+                                 : static_cast<uint16_t>(crc << 1);
+        }
+    }
+    return crc;
+}
+
+bool frameCrcMatches(std::span<const uint8_t> frame, const MpegHeader& header) {
+    if (!header.crcProtected()) {
+        return true;
+    }
+    const std::size_t sideStart = kFrameHeaderBytes + kCrcBytes;
+    if (frame.size() < sideStart + header.sideInfoBytes()) {
+        return false;
+    }
+    // The sync word and version fields are left out: the check starts at
+    // the bit-rate byte.
+    const uint16_t crc =
+        crc16(frame.subspan(sideStart, header.sideInfoBytes()), crc16(frame.subspan(2, 2)));
+    const auto stored = static_cast<uint16_t>(frame[4] << 8 | frame[5]);
+    return crc == stored;
+}
+
+}  // namespace tunebox

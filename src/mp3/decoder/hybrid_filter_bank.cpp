@@ -1,0 +1,285 @@
+#include "mp3/decoder/hybrid_filter_bank.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace tunebox {
+namespace {
+
+// Every step below runs over all subbands at once, one subband per lane:
+// the subbands of a granule share their transform, so loops over the lane
+// index vectorise, and the result lands in the [time slot][subband] layout
+// the synthesis reads. The loops always cover all lanes, silent subbands
+// included: a fixed count is what lets the compiler vectorise them at -O2.
+// Only the lanes below a width (a whole number of chunks) that covers
+// the subbands with any non-zero line are transformed: above it the
+// transform of zeros is zero.
+using Lanes = std::array<float, kSubbands>;
+constexpr int kChunk = 8;
+
+constexpr int kLongPoints = 36;
+constexpr int kShortPoints = 12;
+constexpr int kHalf = 9;  // the 18-point DCT splits into two 9-point halves
+constexpr int kShortLines = 6;
+
+struct TransformTables {
+    // Window by block type (the short entry is unused: short windows below).
+    std::array<std::array<float, kLongPoints>, 4> longWindows{};
+    std::array<float, kShortPoints> shortWindow{};
+    // 2 cos((2k + 1) pi / 72): turns the 18-point DCT-IV into a DCT-II.
+    std::array<float, 18> dct4Twiddles{};
+    // The DCT-II's even outputs are a 9-point DCT-II of folded sums, its
+    // odd outputs a 9-point DCT-IV of folded differences. The 9-point
+    // DCT-II folds once more, as its cosine E[m][k] satisfies
+    // E[m][8 - k] = (-1)^m E[m][k]: even m from the sums of inputs k and
+    // 8 - k (and input 4), odd m from their differences.
+    std::array<std::array<float, 5>, 5> evenFromSums{};
+    std::array<std::array<float, 4>, 4> oddFromDifferences{};
+    std::array<std::array<float, kHalf>, kHalf> oddCosines{};
+    // The 6-point DCT-IV of a short block.
+    std::array<std::array<float, kShortLines>, kShortLines> shortCosines{};
+};
+
+double sineWindow(int i, int length) {
+    return std::sin(std::numbers::pi / length * (i + 0.5));
+}
+
+void buildWindows(TransformTables& t) {
+    for (int i = 0; i < kLongPoints; ++i) {
+        t.longWindows[0][i] = static_cast<float>(sineWindow(i, kLongPoints));
+        double start = 0.0;
+        if (i < 18) {
+            start = sineWindow(i, kLongPoints);
+        } else if (i < 24) {
+            start = 1.0;
+        } else if (i < 30) {
+            start = sineWindow(i - 18, kShortPoints);
+        }
+        t.longWindows[1][i] = static_cast<float>(start);
+    }
+    for (int i = 0; i < kLongPoints; ++i) {
+        // The stop window is the start window reversed in time.
+        t.longWindows[3][i] = t.longWindows[1][kLongPoints - 1 - i];
+    }
+    for (int i = 0; i < kShortPoints; ++i) {
+        t.shortWindow[i] = static_cast<float>(sineWindow(i, kShortPoints));
+    }
+}
+
+TransformTables buildTables() {
+    using std::numbers::pi;
+    TransformTables t;
+    buildWindows(t);
+    for (int k = 0; k < 18; ++k) {
+        t.dct4Twiddles[k] = static_cast<float>(2.0 * std::cos(pi * (2 * k + 1) / 72.0));
+    }
+    for (int m = 0; m < kHalf; ++m) {
+        for (int k = 0; k < kHalf; ++k) {
+            const double cosine = std::cos(pi * m * (2 * k + 1) / 18.0);
+            if (m % 2 == 0 && k <= 4) {
+                t.evenFromSums[m / 2][k] = static_cast<float>(cosine);
+            } else if (m % 2 == 1 && k < 4) {
+                t.oddFromDifferences[m / 2][k] = static_cast<float>(cosine);
+            }
+            t.oddCosines[m][k] =
+                static_cast<float>(std::cos(pi * (2 * m + 1) * (2 * k + 1) / 36.0));
+        }
+    }
+    for (int j = 0; j < kShortLines; ++j) {
+        for (int k = 0; k < kShortLines; ++k) {
+            t.shortCosines[j][k] =
+                static_cast<float>(std::cos(pi * (2 * j + 1) * (2 * k + 1) / 24.0));
+        }
+    }
+    return t;
+}
+
+const TransformTables& tables() {
+    static const TransformTables built = buildTables();
+    return built;
+}
+
+template <int Width, std::size_t Rows, std::size_t Columns>
+void multiply(const std::array<std::array<float, Columns>, Rows>& matrix, const Lanes* in,
+              Lanes* out) {
+    // Eight lanes at a time keep the sums in registers.
+    for (int first = 0; first < Width; first += kChunk) {
+        for (std::size_t row = 0; row < Rows; ++row) {
+            std::array<float, kChunk> sum{};
+            for (std::size_t column = 0; column < Columns; ++column) {
+                const float c = matrix[row][column];
+                for (int lane = 0; lane < kChunk; ++lane) {
+                    sum[lane] += c * in[column][first + lane];
+                }
+            }
+            std::copy(sum.begin(), sum.end(), out[row].begin() + first);
+        }
+    }
+}
+
+using TimeSamples = std::array<Lanes, kLongPoints>;
+
+// 18 lines to 36 windowed samples. The inverse MDCT is an 18-point DCT-IV
+// y read out with its symmetries: x[i] = y[i + 9] for i < 9, -y[26 - i]
+// below 27, -y[i - 27] above. The DCT-IV comes from the DCT-II C of the
+// twiddled lines through y[j] = C[j] - y[j - 1], y[0] = C[0] / 2.
+template <int Width>
+void longTransform(const std::array<Lanes, 18>& lines, const std::array<float, kLongPoints>& window,
+                   TimeSamples& out) {
+    const TransformTables& t = tables();
+    std::array<Lanes, kHalf> sums;
+    std::array<Lanes, kHalf> differences;
+    for (int k = 0; k < kHalf; ++k) {
+        const float low = t.dct4Twiddles[k];
+        const float high = t.dct4Twiddles[17 - k];
+        for (int sb = 0; sb < Width; ++sb) {
+            const float a = lines[k][sb] * low;
+            const float b = lines[17 - k][sb] * high;
+            sums[k][sb] = a + b;
+            differences[k][sb] = a - b;
+        }
+    }
+    std::array<Lanes, 5> foldedSums;
+    std::array<Lanes, 4> foldedDifferences;
+    for (int k = 0; k < 4; ++k) {
+        for (int sb = 0; sb < Width; ++sb) {
+            foldedSums[k][sb] = sums[k][sb] + sums[8 - k][sb];
+            foldedDifferences[k][sb] = sums[k][sb] - sums[8 - k][sb];
+        }
+    }
+    foldedSums[4] = sums[4];
+    std::array<Lanes, 5> evenOfEven;
+    std::array<Lanes, 4> oddOfEven;
+    std::array<Lanes, kHalf> odd;
+    multiply<Width>(t.evenFromSums, foldedSums.data(), evenOfEven.data());
+    multiply<Width>(t.oddFromDifferences, foldedDifferences.data(), oddOfEven.data());
+    multiply<Width>(t.oddCosines, differences.data(), odd.data());
+    // C[j]: j = 4r from evenOfEven[r], j = 4r + 2 from oddOfEven[r], odd j
+    // from odd[j / 2].
+    auto dctOutput = [&](int j) -> const Lanes& {
+        if (j & 1) {
+            return odd[j / 2];
+        }
+        return (j & 2) ? oddOfEven[j / 4] : evenOfEven[j / 4];
+    };
+    // The recurrence runs in double: its rounding errors would otherwise
+    // pile up along the 18 steps.
+    std::array<Lanes, 18> y;
+    std::array<double, Width> running;
+    for (int sb = 0; sb < Width; ++sb) {
+        running[sb] = 0.5 * dctOutput(0)[sb];
+        y[0][sb] = static_cast<float>(running[sb]);
+    }
+    for (int j = 1; j < 18; ++j) {
+        const Lanes& c = dctOutput(j);
+        for (int sb = 0; sb < Width; ++sb) {
+            running[sb] = c[sb] - running[sb];
+            y[j][sb] = static_cast<float>(running[sb]);
+        }
+    }
+    for (int i = 0; i < kLongPoints; ++i) {
+        const bool negated = i >= 9;
+        const int j = i < 9 ? i + 9 : (i < 27 ? 26 - i : i - 27);
+        const float w = negated ? -window[i] : window[i];
+        for (int sb = 0; sb < Width; ++sb) {
+            out[i][sb] = y[j][sb] * w;
+        }
+    }
+}
+
+// Three interleaved windows of 6 lines, each a 12-point inverse MDCT (a
+// 6-point DCT-IV read out as the long one is), overlapped in place.
+template <int Width>
+void shortTransforms(const std::array<Lanes, 18>& lines, TimeSamples& out) {
+    const TransformTables& t = tables();
+    out = {};
+    for (int window = 0; window < 3; ++window) {
+        std::array<Lanes, kShortLines> in;
+        for (int k = 0; k < kShortLines; ++k) {
+            in[k] = lines[3 * k + window];
+        }
+        std::array<Lanes, kShortLines> y;
+        multiply<Width>(t.shortCosines, in.data(), y.data());
+        for (int i = 0; i < kShortPoints; ++i) {
+            const bool negated = i >= 3;
+            const int j = i < 3 ? i + 3 : (i < 9 ? 8 - i : i - 9);
+            const float w = negated ? -t.shortWindow[i] : t.shortWindow[i];
+            Lanes& target = out[6 + 6 * window + i];
+            for (int sb = 0; sb < Width; ++sb) {
+                target[sb] += y[j][sb] * w;
+            }
+        }
+    }
+}
+
+// The transforms of one granule over the lanes below Width; the lanes
+// above are left as they are.
+template <int Width>
+void transformLanes(const Spectrum& spectrum, const GranuleChannelInfo& info,
+                    TimeSamples& samples) {
+    const TransformTables& t = tables();
+    std::array<Lanes, 18> lines;
+    for (int k = 0; k < 18; ++k) {
+        for (int sb = 0; sb < Width; ++sb) {
+            lines[k][sb] = spectrum[18 * sb + k];
+        }
+    }
+    if (info.shortBlocks()) {
+        shortTransforms<Width>(lines, samples);
+    } else {
+        longTransform<Width>(lines, t.longWindows[static_cast<int>(info.blockType)], samples);
+    }
+    if (info.mixedBlock) {
+        // The two lowest subbands take the normal window whatever the block
+        // type says for the rest.
+        TimeSamples normal;
+        longTransform<kChunk>(lines, t.longWindows[0], normal);
+        for (int i = 0; i < kLongPoints; ++i) {
+            std::copy_n(normal[i].begin(), 2, samples[i].begin());
+        }
+    }
+}
+
+using TransformRoutine = void (*)(const Spectrum&, const GranuleChannelInfo&, TimeSamples&);
+constexpr std::array<TransformRoutine, kSubbands / kChunk> kTransformsByChunks{
+    transformLanes<8>, transformLanes<16>, transformLanes<24>, transformLanes<32>};
+
+}  // namespace
+
+void HybridFilterBank::process(const Spectrum& spectrum, const GranuleChannelInfo& info,
+                               int subbands, SubbandSamples& out) {
+    const int chunks = std::clamp((subbands + kChunk - 1) / kChunk, 1, kSubbands / kChunk);
+    const int width = chunks * kChunk;
+    TimeSamples samples;
+    for (Lanes& row : samples) {
+        std::fill(row.begin() + width, row.end(), 0.0f);
+    }
+    kTransformsByChunks[chunks - 1](spectrum, info, samples);
+    // Overlap-add and the frequency inversion (odd subbands negated in odd
+    // slots) in one pass, into a local array: the compiler cannot vectorise
+    // a loop whose output might overlap the state it reads.
+    static constexpr Lanes kOnes = [] {
+        Lanes ones{};
+        ones.fill(1.0f);
+        return ones;
+    }();
+    static constexpr Lanes kOddNegated = [] {
+        Lanes signs{};
+        for (int sb = 0; sb < kSubbands; ++sb) {
+            signs[sb] = (sb & 1) ? -1.0f : 1.0f;
+        }
+        return signs;
+    }();
+    SubbandSamples summed;
+    for (int i = 0; i < kSlotsPerGranule; ++i) {
+        const Lanes& signs = (i & 1) ? kOddNegated : kOnes;
+        for (int sb = 0; sb < kSubbands; ++sb) {
+            summed[i][sb] = (samples[i][sb] + overlap_[i][sb]) * signs[sb];
+        }
+    }
+    out = summed;
+    std::copy(samples.begin() + kSlotsPerGranule, samples.end(), overlap_.begin());
+}
+
+}  // namespace tunebox
