@@ -21,7 +21,6 @@ namespace {
 
 std::atomic<uint32_t> handledNotices{0};
 
-constexpr int kMicrophoneSampleRate = 44100;
 constexpr int kFlatBand = 24;
 constexpr int kUnprepareTries = 100;
 constexpr auto kStopWait = std::chrono::milliseconds(10);
@@ -146,7 +145,7 @@ int CRecWav::initialiseEffects(uint32_t slotSize) {
     micCtl_.blockSize = slotSize;
     BandValues flat;
     flat.fill(kFlatBand);
-    if (!fltEqualizerInit(micCtl_, flat, kMicrophoneSampleRate)) {
+    if (!fltEqualizerInit(micCtl_, flat, kNativeSampleRate)) {
         return 0;
     }
     effectsReady_ = 1;

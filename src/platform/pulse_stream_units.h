@@ -6,10 +6,12 @@
 
 #include <cstdint>
 
+#include "core/wave_format.h"
+
 namespace tunebox {
 
-inline constexpr uint32_t kPulseRate = 44100;
-inline constexpr uint32_t kPulseFrameBytes = 4;
+inline constexpr uint32_t kPulseRate = kNativeSampleRate;
+inline constexpr uint32_t kPulseFrameBytes = kNativeFrameBytes;
 
 inline uint64_t bytesOfTime(pa_usec_t usec) {
     return (usec * kPulseRate + PA_USEC_PER_SEC / 2) / PA_USEC_PER_SEC * kPulseFrameBytes;

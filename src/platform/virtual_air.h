@@ -4,12 +4,13 @@
 
 #include <cstdint>
 
+#include "core/wave_format.h"
 #include "platform/clock.h"
 
 namespace tunebox {
 
-inline constexpr uint32_t kVirtualFramesPerSecond = 44100;
-inline constexpr uint32_t kVirtualFrameBytes = 4;
+inline constexpr uint32_t kVirtualFramesPerSecond = kNativeSampleRate;
+inline constexpr uint32_t kVirtualFrameBytes = kNativeFrameBytes;
 
 struct AirFrame {
     int16_t left = 0;

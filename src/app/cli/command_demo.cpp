@@ -5,6 +5,7 @@
 #include "app/cli/commands.h"
 #include "app/cli/demo_tune_file.h"
 #include "app/cli/take_loop.h"
+#include "core/wave_format.h"
 #include "platform/virtual_audio.h"
 #include "playback/wav_length.h"
 #include "session/demo_tune.h"
@@ -30,7 +31,7 @@ std::shared_ptr<AudioBackend> chooseDevices() {
         std::cout << "no sound server could be reached\n";
     }
     VirtualAudioConfig config = virtualAudioConfigFromEnvironment();
-    config.voice = synthesiseVoice((kDemoTuneSeconds + kVoiceSpareSeconds) * 44100);
+    config.voice = synthesiseVoice((kDemoTuneSeconds + kVoiceSpareSeconds) * kNativeSampleRate);
     config.loopbackGain = 0.0f;
     std::cout << "devices: the virtual loopback (a synthetic voice over the accompaniment)\n";
     return std::make_shared<VirtualAudio>(std::move(config));

@@ -6,6 +6,7 @@
 #include "app/cli/commands.h"
 #include "app/cli/start_option.h"
 #include "app/cli/take_loop.h"
+#include "core/wave_format.h"
 #include "platform/settings.h"
 #include "playback/wav_length.h"
 #include "session/delay_text.h"
@@ -27,7 +28,7 @@ RecordingOptions optionsFrom(const RecordArguments& arguments) {
     options.output = arguments.output;
     options.echo = arguments.noEcho ? 0 : 1;
     options.startBytes =
-        static_cast<uint32_t>(std::llround(arguments.startSeconds * 44100.0)) * kNativeFrameBytes;
+        static_cast<uint32_t>(std::llround(arguments.startSeconds * kNativeSampleRate)) * kNativeFrameBytes;
     if (arguments.manualDelay) {
         options.manualFlag = 1;
         options.manualDelay = *arguments.manualDelay;
