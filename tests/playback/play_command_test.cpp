@@ -67,7 +67,7 @@ TEST_F(PlayCommand, BadInputGivesOneLineAndStatusTwo) {
 // At real speed the three seconds are far from over when Ctrl-C comes.
 TEST_F(PlayCommand, CtrlCStopsPlaybackAtOnce) {
     const auto started = std::chrono::steady_clock::now();
-    const RunResult run = play("take.wav", "virtual", "1", "sleep 0.5; kill -INT $player;");
+    const RunResult run = play("take.wav", "virtual", "1", "sleep 1; kill -INT $player;");
     EXPECT_EQ(run.status, 130);
     EXPECT_EQ(run.err, "");
     EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::milliseconds(2500));

@@ -43,8 +43,7 @@ void showProgress(const PlayProgress& progress, bool paused) {
 }
 
 // Runs until the file ends or an interrupt comes; Space pauses and resumes.
-int runPlayer(WaveCtl& player, PlayProgress& progress) {
-    const InterruptFlag interrupt;
+int runPlayer(WaveCtl& player, PlayProgress& progress, const InterruptFlag& interrupt) {
     TerminalKeys keys;
     const bool onTerminal = isatty(STDOUT_FILENO) == 1;
     for (;;) {
@@ -80,6 +79,8 @@ int runPlayer(WaveCtl& player, PlayProgress& progress) {
 }
 
 int playFile(const PlayOptions& options) {
+    // Caught from the start: a Ctrl-C while the file opens stops it too.
+    const InterruptFlag interrupt;
     const std::string& path = options.path;
     uint32_t length = 0;
     if (const auto problem = accompanimentRefusal(path, length)) {
@@ -108,7 +109,7 @@ int playFile(const PlayOptions& options) {
         return kExitBadInput;
     }
     PlayProgress progress(adjustStartPosition(start), length);
-    return runPlayer(player, progress);
+    return runPlayer(player, progress, interrupt);
 }
 
 }  // namespace
