@@ -164,11 +164,12 @@ void MainDialog::createControls() {
     for (auto [trackbar, timer, player] :
          {std::tuple{karaokeTrackbar_, &karaokeTimer_, TakePlayer::kAccompaniment},
           {recordedTrackbar_, &recordedTimer_, TakePlayer::kRecorded}}) {
+        // Named captures: Clang 14 refuses to capture a structured binding.
         connect(trackbar, &PositionTrackbar::scrolled, this,
-                [this, player](TrackbarScroll kind, int value) {
-                    trackbarScrolled(player, kind, value);
+                [this, which = player](TrackbarScroll kind, int value) {
+                    trackbarScrolled(which, kind, value);
                 });
-        connect(timer, &QTimer::timeout, this, [this, player] { controller_.tick(player); });
+        connect(timer, &QTimer::timeout, this, [this, which = player] { controller_.tick(which); });
     }
 }
 
