@@ -19,7 +19,7 @@ constexpr const char* kSongMp3 =
 
 class CommandFilesTest : public ::testing::Test, protected test::TakeRunner {
   protected:
-    test::Bytes file(const std::string& name) { return test::readFile(dir() / name); }
+    test::Bytes file(const std::string& name) { return test::readBytes(dir() / name); }
 
     // Nothing but the named files is left in the folder: no staging file.
     void expectOnly(std::vector<std::string> names) {

@@ -33,7 +33,7 @@ class SourceRefusalTest : public ::testing::Test {
     // A few real MPEG frames, so that a file falling through to the MP3
     // opener would open.
     Bytes mpegFrames() {
-        return test::readFile(
+        return test::readBytes(
             test::synthesiseMp3(dir_ / "tone.mp3", 44100, 2, "synth 0.1 sine 440", "-b 128"));
     }
     static Bytes wave(const Bytes& format, const Bytes& data) {

@@ -47,7 +47,7 @@ std::size_t dataStart(const Bytes& bytes) {
 
 TEST_F(WavReaderTest, NativeSoxFileIsReadDirectlyFromItsFirstDataByte) {
     const std::string path = test::synthesise(dir_ / "native.wav", 44100, 2, "synth 1 sine 440");
-    const Bytes bytes = test::readFile(path);
+    const Bytes bytes = test::readBytes(path);
     const std::size_t start = dataStart(bytes);
 
     ASSERT_EQ(wavOpenWaveFile(path, file_, length_, source_), 1);
