@@ -106,12 +106,8 @@ TEST_F(SourceRefusalTest, TheLongestConvertedLengthOpensAndOneFrameMoreIsRefused
     EXPECT_EQ(refusal_, "lasts 6:45:48, longer than the 6:45:47 a source may last");
 }
 
-TEST_F(SourceRefusalTest, SevenHoursAreRefusedAndSixHoursReadToTheEnd) {
+TEST_F(SourceRefusalTest, SixHoursReadToTheEnd) {
     const auto path = dir_ / "hours.wav";
-    test::writeSparseWave(path, test::kHalfRateStereo, 88200u * 7 * 3600);
-    EXPECT_FALSE(open(path.string()));
-    EXPECT_EQ(refusal_, "lasts 7:00:00, longer than the 6:45:47 a source may last");
-
     test::writeSparseWave(path, test::kHalfRateStereo, 88200u * 6 * 3600);
     ASSERT_TRUE(open(path.string()));
     const uint32_t length = source_->length();
