@@ -19,7 +19,7 @@ constexpr const char* kSongMp3 =
 
 class CommandFilesTest : public ::testing::Test, protected test::TakeRunner {
   protected:
-    test::Bytes file(const std::string& name) { return test::readFile(dir() / name); }
+    test::Bytes file(const std::string& name) { return test::readBytes(dir() / name); }
 
     // Nothing but the named files is left in the folder: no staging file.
     void expectOnly(std::vector<std::string> names) {
@@ -98,7 +98,7 @@ TEST_F(CommandFilesTest, APipeWithoutAWriterIsRefusedAtOnce) {
     expectOnly({"pipe.wav"});
 }
 
-TEST_F(CommandFilesTest, DecodeNamesTheSameCauseAsInfo) {
+TEST_F(CommandFilesTest, DecodeAndFxNameTheSameCauseAsInfo) {
     ASSERT_EQ(runScript("echo not audio >junk.wav; mkdir folder.wav").status, 0);
     for (const std::string input : {"missing.wav", "junk.wav", "folder.wav"}) {
         SCOPED_TRACE(input);
@@ -107,6 +107,7 @@ TEST_F(CommandFilesTest, DecodeNamesTheSameCauseAsInfo) {
         EXPECT_EQ(info.status, 2);
         EXPECT_EQ(decode.status, 2);
         EXPECT_EQ(decode.err, info.err);
+        EXPECT_EQ(runScript("exec \"$TUNEBOX\" fx " + input + " out.wav").err, info.err);
     }
     EXPECT_EQ(runScript("exec \"$TUNEBOX\" info missing.wav").err,
               "tunebox: missing.wav: no such file\n");

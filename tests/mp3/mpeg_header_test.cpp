@@ -47,15 +47,8 @@ TEST(Mp3GetHeader, TheFirstConfirmedFrameAfterGarbage) {
     uint32_t offset = 0;
     ASSERT_EQ(mp3GetHeader(bytes, format, header, offset, BufferEnd::moreFollows), 1);
     EXPECT_EQ(offset, 6u);
-    EXPECT_EQ(header.versionId, 3u);
-    EXPECT_EQ(header.layerBit, 1u);
-    EXPECT_EQ(mpegLayerNumber(header), 3u);
-    EXPECT_EQ(header.bitRate, 128u);
-    EXPECT_EQ(header.sampleRate, 44100u);
-    EXPECT_EQ(header.samplesPerFrame, 1152u);
     EXPECT_EQ(header.padding, 1u);
-    EXPECT_EQ(header.channelMode, 1u);
-    EXPECT_EQ(format.wave.channels, 2);
+    EXPECT_EQ(header.channelMode, kJointStereo);
     EXPECT_EQ(format.wave.avgBytesPerSec, 128000u);
     EXPECT_EQ(format.blockSize, 418);  // 417 plus the padding slot
     EXPECT_EQ(format.flags, 1u);
@@ -67,18 +60,21 @@ TEST(Mp3GetHeader, TheFirstConfirmedFrameAfterGarbage) {
 }
 
 TEST(Mp3GetHeader, EveryVersionAndLayerIsNamedTimedAndMeasuredAsWhatItIs) {
+    // `frameBytes` is what the stream holds; `unpadded` the decoder's length,
+    // which leaves the padding slot out.
     struct Case {
         uint8_t byte1, byte2, byte3;
-        uint32_t layer, rate, bitRate, samples, frameBytes;
+        uint32_t layer, rate, bitRate, samples, frameBytes, unpadded;
         uint16_t channels;
     };
     const Case cases[] = {
-        {0xF3, 0x80, 0xC0, 3, 22050, 64, 576, 208, 1},    // MPEG-2, mono
-        {0xE3, 0x40, 0x00, 3, 11025, 32, 576, 208, 2},    // MPEG 2.5
-        {0xE3, 0x48, 0x00, 3, 8000, 32, 576, 288, 2},     // MPEG 2.5 at 8 kHz
-        {0xFD, 0xA0, 0x00, 2, 44100, 192, 1152, 626, 2},  // MPEG-1 Layer II
-        {0xF5, 0x80, 0x00, 2, 22050, 64, 1152, 417, 2},   // MPEG-2 Layer II
-        {0xFF, 0x92, 0x00, 1, 44100, 288, 384, 316, 2},   // MPEG-1 Layer I, padded
+        {0xFB, 0x92, 0x00, 3, 44100, 128, 1152, 418, 417, 2},  // MPEG-1, padded
+        {0xF3, 0x80, 0xC0, 3, 22050, 64, 576, 208, 208, 1},    // MPEG-2, mono
+        {0xE3, 0x40, 0x00, 3, 11025, 32, 576, 208, 208, 2},    // MPEG 2.5
+        {0xE3, 0x48, 0x00, 3, 8000, 32, 576, 288, 288, 2},     // MPEG 2.5 at 8 kHz
+        {0xFD, 0xA0, 0x00, 2, 44100, 192, 1152, 626, 626, 2},  // MPEG-1 Layer II
+        {0xF5, 0x80, 0x00, 2, 22050, 64, 1152, 417, 417, 2},   // MPEG-2 Layer II
+        {0xFF, 0x92, 0x00, 1, 44100, 288, 384, 316, 312, 2},   // Layer I, 4-byte slot
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.rate);
@@ -94,6 +90,7 @@ TEST(Mp3GetHeader, EveryVersionAndLayerIsNamedTimedAndMeasuredAsWhatItIs) {
         EXPECT_EQ(header.samplesPerFrame, c.samples);
         EXPECT_EQ(format.blockSize, c.frameBytes);
         EXPECT_EQ(format.wave.channels, c.channels);
+        EXPECT_EQ(mpegFrameLength(Bytes{0xFF, c.byte1, c.byte2, c.byte3}, header), c.unpadded);
     }
 }
 
@@ -124,6 +121,7 @@ TEST(Mp3GetHeader, HeadersThatDisagreeOrAreReservedAreNoStream) {
         {0xFF, 0xFB, 0xF0, 0x00},  // reserved bit rate
         {0xFF, 0xEB, 0x90, 0x00},  // reserved version
         {0xFF, 0xF9, 0x90, 0x00},  // reserved layer
+        {0xFF, 0xDB, 0x90, 0x00},  // only two of the sync's last three bits
     };
     for (const Bytes& bytes : reserved) {
         Bytes repeated;
@@ -139,6 +137,30 @@ TEST(Mp3GetHeader, HeadersThatDisagreeOrAreReservedAreNoStream) {
     }
     EXPECT_EQ(find(Bytes(1000, 0), header, offset), 0);
     EXPECT_EQ(find(Bytes{0xFF}, header, offset), 0);
+    EXPECT_EQ(mpegFrameLength(Bytes{0xFF, 0xFB}, header), 0u);
+}
+
+// Free-format frames of `length` bytes, each starting FF FB 00 00.
+Bytes freeFormatStream(std::size_t length, int count) {
+    Bytes bytes;
+    for (int f = 0; f < count; ++f) {
+        bytes.insert(bytes.end(), {0xFF, 0xFB, 0x00, 0x00});
+        bytes.resize(bytes.size() + length - 4, 0x11);
+    }
+    return bytes;
+}
+
+TEST(MpegFrameLength, FreeFormatFramesAreMeasuredBySearching) {
+    MpegHeader header;
+    uint32_t bitRate = 0;
+    uint32_t offset = 0;
+    EXPECT_EQ(
+        mpegParseFirstFrame(joined({0, 0, 0}, freeFormatStream(600, 5)), header, bitRate, offset),
+        600u);
+    EXPECT_EQ(offset, 3u);
+    EXPECT_EQ(bitRate, 183750u);  // 600 bytes per 1152 samples at 44.1 kHz
+    EXPECT_EQ(mpegFrameLength(freeFormatStream(2100, 4), header), 0u);  // beyond the search
+    EXPECT_EQ(mpegFrameLength(freeFormatStream(600, 1), header), 0u);   // nothing confirms it
 }
 
 TEST(Mp3GetHeader, RandomBytesAreNeverAStream) {

@@ -142,9 +142,7 @@ void appendListChunk(const std::string& file) {
 
 TEST_F(WholeLengthTest, AChunkAfterTheDataIsNeverPlayed) {
     for (const auto& [name, rate, channels, encoding] :
-         {std::tuple{"native.wav", 44100, 2, "-b 16"},
-          {"resampled.wav", 22050, 2, "-b 16"},
-          {"widened.wav", 44100, 1, "-b 8"}}) {
+         {std::tuple{"resampled.wav", 22050, 2, "-b 16"}, {"widened.wav", 44100, 1, "-b 8"}}) {
         SCOPED_TRACE(name);
         const std::string file =
             test::synthesise(path(name), rate, channels, "synth 0.5 sine 440", encoding);

@@ -50,7 +50,7 @@ TEST_F(RiffFileTest, CreatedChunksGetTheirSizesAndPadAndCanBeWalkedBack) {
     }
     const Bytes expected =
         riff("TEST", chunk("odd ", {'a', 'b', 'c'}) + chunk("last", {'w', 'x', 'y', 'z'}));
-    ASSERT_EQ(test::readFile(path), expected);
+    ASSERT_EQ(test::readBytes(path), expected);
 
     auto file = RiffFile::openForRead(path);
     ASSERT_NE(file, nullptr);

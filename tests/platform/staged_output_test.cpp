@@ -43,15 +43,15 @@ TEST_F(StagedOutputTest, TheTargetChangesOnlyOnCommit) {
     fs::create_symlink("take.wav", path("link.wav"));
 
     stageWith(path("link.wav"), "abandoned");
-    EXPECT_EQ(test::readFile(path("take.wav")), (test::Bytes{'o', 'l', 'd'}));
+    EXPECT_EQ(test::readBytes(path("take.wav")), (test::Bytes{'o', 'l', 'd'}));
     EXPECT_EQ(fileCount(), 2u);
 
     auto staged = stageWith(path("link.wav"), "new");
-    EXPECT_EQ(test::readFile(path("take.wav")), (test::Bytes{'o', 'l', 'd'}));
+    EXPECT_EQ(test::readBytes(path("take.wav")), (test::Bytes{'o', 'l', 'd'}));
     std::string error;
     ASSERT_TRUE(staged->commit(error)) << error;
     staged.reset();
-    EXPECT_EQ(test::readFile(path("take.wav")), (test::Bytes{'n', 'e', 'w'}));
+    EXPECT_EQ(test::readBytes(path("take.wav")), (test::Bytes{'n', 'e', 'w'}));
     EXPECT_TRUE(fs::is_symlink(path("link.wav")));
     EXPECT_EQ(fs::status(path("take.wav")).permissions(),
               fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);

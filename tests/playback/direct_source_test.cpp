@@ -4,40 +4,11 @@
 
 #include <array>
 
-#include "playback/wav_reader.h"
 #include "support/riff_bytes.h"
 #include "support/temp_dir.h"
 
 namespace tunebox {
 namespace {
-
-TEST(DirectSource, ReadsComeShortOnlyAtTheEndAndThenRaiseEndOfSource) {
-    test::TempDir dir;
-    const std::string path = (dir / "a.wav").string();
-    test::writeFile(path, test::nativeWave(test::counting(100)));
-    RiffHandle file;
-    uint32_t length = 0;
-    ConversionState state;
-    ASSERT_EQ(wavOpenWaveFile(path, file, length, state), 1);
-
-    std::array<uint8_t, 256> buffer{};
-    uint32_t count = 0;
-    uint32_t endOfSource = 0;
-    ASSERT_EQ(wavReadDirect(*file, buffer.data(), 60, count, endOfSource), 1);
-    EXPECT_EQ(count, 60u);
-    EXPECT_EQ(endOfSource, 0u);
-    EXPECT_EQ(buffer[59], 59);
-
-    ASSERT_EQ(wavReadDirect(*file, buffer.data(), 60, count, endOfSource), 1);
-    EXPECT_EQ(count, 40u);
-    EXPECT_EQ(endOfSource, 1u);
-    EXPECT_EQ(buffer[0], 60);
-
-    endOfSource = 0;
-    EXPECT_EQ(wavReadDirect(*file, buffer.data(), 60, count, endOfSource), 0);
-    EXPECT_EQ(count, 0u);
-    EXPECT_EQ(endOfSource, 1u);
-}
 
 TEST(DirectSource, SeeksGoToAbsoluteFileOffsetsNotDataOffsets) {
     test::TempDir dir;

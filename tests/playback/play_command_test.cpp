@@ -1,9 +1,5 @@
 // `tunebox play` run as a user runs it, on the virtual devices.
-#include <sys/wait.h>
-
 #include <gtest/gtest.h>
-
-#include <cstdlib>
 
 #include "support/command_runner.h"
 #include "support/player_support.h"
@@ -29,9 +25,8 @@ class PlayCommand : public ::testing::Test {
             "cd '" + dir_.path().string() + "' && TUNEBOX_AUDIO=" + backend +
             " TUNEBOX_VIRTUAL_SPEED=" + speed + " '" + TUNEBOX_EXE + "' play " + arguments +
             " </dev/null >out.txt 2>err.txt & player=$!; " + then + " wait $player";
-        const int raw = std::system(command.c_str());
-        return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, test::slurp(dir_ / "out.txt"),
-                test::slurp(dir_ / "err.txt")};
+        const int status = test::run(command);
+        return {status, test::readText(dir_ / "out.txt"), test::readText(dir_ / "err.txt")};
     }
 
     test::TempDir dir_;

@@ -33,7 +33,7 @@ class SourceRefusalTest : public ::testing::Test {
     // A few real MPEG frames, so that a file falling through to the MP3
     // opener would open.
     Bytes mpegFrames() {
-        return test::readFile(
+        return test::readBytes(
             test::synthesiseMp3(dir_ / "tone.mp3", 44100, 2, "synth 0.1 sine 440", "-b 128"));
     }
     static Bytes wave(const Bytes& format, const Bytes& data) {
@@ -106,12 +106,8 @@ TEST_F(SourceRefusalTest, TheLongestConvertedLengthOpensAndOneFrameMoreIsRefused
     EXPECT_EQ(refusal_, "lasts 6:45:48, longer than the 6:45:47 a source may last");
 }
 
-TEST_F(SourceRefusalTest, SevenHoursAreRefusedAndSixHoursReadToTheEnd) {
+TEST_F(SourceRefusalTest, SixHoursReadToTheEnd) {
     const auto path = dir_ / "hours.wav";
-    test::writeSparseWave(path, test::kHalfRateStereo, 88200u * 7 * 3600);
-    EXPECT_FALSE(open(path.string()));
-    EXPECT_EQ(refusal_, "lasts 7:00:00, longer than the 6:45:47 a source may last");
-
     test::writeSparseWave(path, test::kHalfRateStereo, 88200u * 6 * 3600);
     ASSERT_TRUE(open(path.string()));
     const uint32_t length = source_->length();

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "playback/wav_length.h"
+#include "support/command_runner.h"
 #include "support/riff_bytes.h"
 #include "support/temp_dir.h"
 
@@ -37,7 +38,7 @@ TEST_F(WavWriterTest, ClosedFileHasTheCanonicalHeaderAndReadsBack) {
     const test::Bytes samples = test::counting(176400);
     writeSamples(samples, true);
 
-    const test::Bytes bytes = test::readFile(path_);
+    const test::Bytes bytes = test::readBytes(path_);
     ASSERT_EQ(bytes.size(), 44 + samples.size());
     const test::Bytes canonical = test::nativeWave(samples);
     EXPECT_TRUE(std::equal(bytes.begin(), bytes.begin() + 44, canonical.begin()));
@@ -60,7 +61,7 @@ TEST_F(WavWriterTest, SoxAcceptsTheFile) {
 TEST_F(WavWriterTest, AFileNeverClosedKeepsZeroSizes) {
     writeSamples(test::counting(400), false);
     wavResetWriter(writer_);  // drops the file without finishing it
-    const test::Bytes bytes = test::readFile(path_);
+    const test::Bytes bytes = test::readBytes(path_);
     ASSERT_EQ(bytes.size(), 444u);
     EXPECT_EQ(test::loadLe32At(bytes, 4), 0u);
     EXPECT_EQ(test::loadLe32At(bytes, 40), 0u);

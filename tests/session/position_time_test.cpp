@@ -5,13 +5,10 @@
 namespace tunebox {
 namespace {
 
-TEST(PositionTime, ShowsMinutesSecondsAndHundredths) {
+TEST(PositionTime, ShowsMinutesSecondsAndHundredthsAndMinutesWrapAfter255) {
     EXPECT_EQ(formatPositionTime(11536560), "01:05:40");  // 4905 sectors
     EXPECT_EQ(formatPositionTime(2351), "00:00:00");
     EXPECT_EQ(formatPositionTime(74 * 2352), "00:00:99");
-}
-
-TEST(PositionTime, MinutesWrapAfter255) {
     const uint32_t minute = 4500 * 2352;
     EXPECT_EQ(formatPositionTime(255 * minute), "255:00:00");
     EXPECT_EQ(formatPositionTime(256 * minute + 75 * 2352), "00:01:00");

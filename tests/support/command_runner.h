@@ -4,11 +4,10 @@
 #include <sys/wait.h>
 
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
 #include <string>
 
 #include "support/temp_dir.h"
+#include "support/test_files.h"
 
 namespace tunebox::test {
 
@@ -18,11 +17,10 @@ struct RunResult {
     std::string err;
 };
 
-inline std::string slurp(const std::filesystem::path& path) {
-    std::ifstream in(path);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
+// Runs a shell command; its exit status, or -1 when it did not exit.
+inline int run(const std::string& command) {
+    const int status = std::system(command.c_str());
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 // `arguments` are passed through the shell as written; output goes to files
@@ -32,9 +30,8 @@ inline RunResult runTunebox(const TempDir& dir, const std::string& arguments) {
     const auto err = dir / "stderr.txt";
     const std::string command = std::string("'") + TUNEBOX_EXE + "' " + arguments + " >'" +
                                 out.string() + "' 2>'" + err.string() + "'";
-    const int raw = std::system(command.c_str());
-    const int status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-    return {status, slurp(out), slurp(err)};
+    const int status = run(command);
+    return {status, readText(out), readText(err)};
 }
 
 }  // namespace tunebox::test

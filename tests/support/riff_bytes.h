@@ -1,11 +1,8 @@
 #pragma once
 // Builds RIFF files byte by byte, so that tests can make well-formed and
-// deliberately broken files alike, and runs the tools that make fixtures.
+// deliberately broken files alike.
 
-#include <sys/wait.h>
 #include <cstdint>
-
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -14,6 +11,7 @@
 #include <vector>
 
 #include "core/wave_format.h"
+#include "support/test_files.h"
 
 namespace tunebox::test {
 
@@ -103,17 +101,6 @@ inline void writeFile(const std::filesystem::path& path, const Bytes& bytes) {
     std::ofstream out(path, std::ios::binary);
     out.write(reinterpret_cast<const char*>(bytes.data()),
               static_cast<std::streamsize>(bytes.size()));
-}
-
-inline Bytes readFile(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return Bytes{std::istreambuf_iterator<char>(in), {}};
-}
-
-// Runs a shell command; its exit status, or -1 when it did not exit.
-inline int run(const std::string& command) {
-    const int status = std::system(command.c_str());
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 }  // namespace tunebox::test

@@ -6,25 +6,19 @@
 
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <string>
 
+#include "support/command_runner.h"
 #include "support/riff_bytes.h"
 #include "support/temp_dir.h"
 
 namespace tunebox::test {
 
-struct ScriptResult {
-    int status;
-    std::string out;
-    std::string err;
-};
-
 class TakeRunner {
   public:
     // `script` runs under bash with $TUNEBOX naming the executable and the
     // working directory set to dir().
-    ScriptResult runScript(const std::string& script) {
+    RunResult runScript(const std::string& script) {
         const auto out = dir_.path() / "stdout.txt";
         const auto err = dir_.path() / "stderr.txt";
         std::ofstream(dir_.path() / "script.sh") << "cd '" << dir_.path().string() << "'\n"
@@ -32,33 +26,23 @@ class TakeRunner {
                                                  << script << '\n';
         const int status = run("bash '" + (dir_.path() / "script.sh").string() + "' >'" +
                                out.string() + "' 2>'" + err.string() + "'");
-        return {status, slurp(out), slurp(err)};
+        return {status, readText(out), readText(err)};
     }
     const std::filesystem::path& dir() const { return dir_.path(); }
 
     // A finished take: both RIFF sizes agree with the file, the data is whole
     // frames, and there is some of it.
     void expectFinishedTake(const std::string& name) {
-        const Bytes bytes = readFile(dir_.path() / name);
+        const Bytes bytes = readBytes(dir_.path() / name);
         ASSERT_GE(bytes.size(), 44u) << name;
-        const auto le32 = [&](std::size_t at) {
-            return uint32_t(bytes[at]) | uint32_t(bytes[at + 1]) << 8 |
-                   uint32_t(bytes[at + 2]) << 16 | uint32_t(bytes[at + 3]) << 24;
-        };
-        EXPECT_EQ(le32(4), bytes.size() - 8) << name;
-        EXPECT_EQ(le32(40), bytes.size() - 44) << name;
-        EXPECT_EQ(le32(40) % 4, 0u) << name;
-        EXPECT_GT(le32(40), 0u) << name;
+        const uint32_t dataSize = loadLe32At(bytes, 40);
+        EXPECT_EQ(loadLe32At(bytes, 4), bytes.size() - 8) << name;
+        EXPECT_EQ(dataSize, bytes.size() - 44) << name;
+        EXPECT_EQ(dataSize % 4, 0u) << name;
+        EXPECT_GT(dataSize, 0u) << name;
     }
 
   private:
-    static std::string slurp(const std::filesystem::path& path) {
-        std::ifstream in(path);
-        std::stringstream text;
-        text << in.rdbuf();
-        return text.str();
-    }
-
     TempDir dir_;
 };
 
