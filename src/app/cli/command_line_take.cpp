@@ -1,6 +1,7 @@
 #include "app/cli/command_line_take.h"
 
 #include "app/cli/input_checks.h"
+#include "app/cli/overwrite_option.h"
 #include "app/cli/source_settings.h"
 
 namespace tunebox::cli {
@@ -19,6 +20,9 @@ int CommandLineTake::rec(const RecordingOptions& options) {
         }
         request.track = track;
         controller_.setAccompanimentStart(options.startBytes);
+    }
+    if (const auto problem = overwriteRefusal(options.output, options.overwrite)) {
+        return failed(options.output + ": " + *problem);
     }
     request.manualFlag = options.manualFlag;
     request.manualDelay = options.manualDelay;

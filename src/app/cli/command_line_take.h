@@ -20,6 +20,7 @@ struct RecordingOptions {
     int32_t manualDelay = 0;  // bytes
     int32_t echo = 1;
     uint32_t startBytes = 0;  // where the accompaniment starts
+    bool overwrite = false;   // an existing output may be replaced
 };
 
 class CommandLineTake final : private TakeListener {
