@@ -45,6 +45,7 @@ struct DemoOptions {
 };
 
 int demo(const DemoOptions& options) {
+    const InterruptFlag interrupt;
     const std::string& output = options.output;
     // Refused before the demo tune beside it is written.
     if (const auto problem = overwriteRefusal(output, options.overwrite)) {
@@ -65,7 +66,7 @@ int demo(const DemoOptions& options) {
         std::cerr << "tunebox: " << take.error() << '\n';
         return kExitBadInput;
     }
-    const int status = runTake(take, true);
+    const int status = runTake(take, true, interrupt);
     uint32_t length = 0;
     if (wavGetLength(output, length) == 1) {
         std::cout << output << ": the take, " << formatSectorTime(length) << ", delay "

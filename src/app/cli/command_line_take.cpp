@@ -12,6 +12,7 @@ CommandLineTake::~CommandLineTake() {
 
 int CommandLineTake::rec(const RecordingOptions& options) {
     error_.clear();
+    output_ = options.output;
     RecordRequest request;
     if (!options.accompaniment.empty()) {
         TrackEntry track;
@@ -69,6 +70,7 @@ bool CommandLineTake::failed(std::string reason) {
 
 int CommandLineTake::monitor(int32_t manualFlag) {
     error_.clear();
+    output_.clear();
     if (controller_.toggleMonitor(manualFlag) != 1) {
         return failed(capture().lastError());
     }

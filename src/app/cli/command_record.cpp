@@ -46,13 +46,14 @@ RecordingOptions optionsFrom(const RecordArguments& arguments) {
 }
 
 int record(const RecordArguments& arguments) {
+    const InterruptFlag interrupt;
     const std::shared_ptr<AudioBackend> backend = makeAudioBackendFromEnvironment();
     CommandLineTake take(*backend);
     if (!take.rec(optionsFrom(arguments))) {
         std::cerr << "tunebox: " << take.error() << '\n';
         return kExitBadInput;
     }
-    const int status = runTake(take, !arguments.accompaniment.empty());
+    const int status = runTake(take, !arguments.accompaniment.empty(), interrupt);
     uint32_t length = 0;
     if (wavGetLength(arguments.output, length) == 1) {
         std::cout << arguments.output << ": " << formatSectorTime(length) << " recorded";
