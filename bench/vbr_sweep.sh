@@ -52,7 +52,7 @@ for rate in 44100 32000 22050 8000; do
         for mode in V0 V1 V2 V3 V4 V5 V6 V7 V8 V9 CBR; do
             options=$([ "$mode" = CBR ] && echo "-b 64" || echo "-V ${mode#V}")
             lame --quiet $options "$work/in.wav" "$work/s.mp3"
-            "$tunebox" decode --decoder builtin --raw "$work/s.mp3" "$work/b.wav" \
+            "$tunebox" decode --overwrite --decoder builtin --raw "$work/s.mp3" "$work/b.wav" \
                 2>"$work/err"
             mpg123 -q -w "$work/m.wav" "$work/s.mp3"
             lost=$(sed -n 's/.*could not decode \([0-9]*\) frames.*/\1/p' "$work/err")

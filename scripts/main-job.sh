@@ -4,5 +4,5 @@
 # what Tunebox reads in the take.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-./build/src/tunebox demo --output demo-take.wav
+./build/src/tunebox demo --output demo-take.wav --overwrite
 ./build/src/tunebox info demo-take.wav

@@ -64,8 +64,9 @@ TEST_F(CommandFilesTest, AFailedDecodeLeavesTheExistingOutputAsItWas) {
     // bytes, and the signal that would kill the process is ignored.
     for (const auto& [setUp, command] :
          {Case{"", "decode junk.wav song.wav"}, Case{"", "decode missing.wav song.wav"},
-          Case{"", "decode empty.wav song.wav"}, Case{"", "fx junk.wav song.wav"},
-          Case{"ulimit -f 20; trap '' XFSZ", "decode song.mp3 song.wav"}}) {
+          Case{"", "decode empty.wav song.wav --overwrite"},
+          Case{"", "fx junk.wav song.wav --overwrite"},
+          Case{"ulimit -f 20; trap '' XFSZ", "decode song.mp3 song.wav --overwrite"}}) {
         SCOPED_TRACE(command);
         const auto run = runScript(setUp + "\nexec \"$TUNEBOX\" " + command);
         EXPECT_NE(run.status, 0);
@@ -77,7 +78,7 @@ TEST_F(CommandFilesTest, AFailedDecodeLeavesTheExistingOutputAsItWas) {
     // A good decode replaces it, through a link, keeping the link.
     const auto run = runScript(
         "ln -s song.wav link.wav\n"
-        "exec \"$TUNEBOX\" decode song.mp3 link.wav");
+        "exec \"$TUNEBOX\" decode song.mp3 link.wav --overwrite");
     ASSERT_EQ(run.status, 0) << run.err;
     EXPECT_TRUE(std::filesystem::is_symlink(dir() / "link.wav"));
     EXPECT_NE(file("song.wav"), good);

@@ -94,7 +94,8 @@ TEST_F(CommandFxTest, AnyAccompanimentIsReadAsTheNativeFormat) {
               0);
     for (const std::string& input : {mono, mp3}) {
         SCOPED_TRACE(input);
-        ASSERT_EQ(fx("'" + input + "' '" + path("fx.wav") + "' --echo"), 0) << errorText();
+        ASSERT_EQ(fx("'" + input + "' '" + path("fx.wav") + "' --echo --overwrite"), 0)
+            << errorText();
         const test::Bytes written = test::readBytes(path("fx.wav"));
         ASSERT_GT(written.size(), kHeaderBytes + kNativeBytesPerSecond / 2);
         EXPECT_EQ(test::loadLe32At(written, 24), kNativeFormat.samplesPerSec);

@@ -3,6 +3,7 @@
 // sound plays, and a disk that fills up mid-take.
 #include <gtest/gtest.h>
 
+#include "playback/wav_length.h"
 #include "support/take_runner.h"
 
 namespace tunebox {
@@ -39,6 +40,36 @@ TEST_F(CommandRecordTest, TheVoiceAloneRunsUntilCtrlCAndTheFileIsFinished) {
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.err, "");
     expectFinishedTake("voice.wav");
+}
+
+// Records until $signal comes, then prints what sox reads in $take's header.
+constexpr const char* kSignalledTake = R"(export TUNEBOX_AUDIO=virtual
+"$TUNEBOX" record --accompaniment song.wav --output "$take" & pid=$!
+for i in $(seq 200); do [ -s "$take" ] && break; sleep 0.05; done
+sleep 0.5; kill -"$signal" $pid; wait $pid; status=$?
+sox --i -s "$take" >&2; exit $status)";
+
+// SIGTERM (a service manager, a shutdown) and SIGHUP (the terminal closed)
+// end the take as Ctrl-C does, keep the file whole and say so. The signal
+// is sent once the take file exists, so that it meets the take running.
+TEST_F(CommandRecordTest, SigtermAndSighupFinishTheTakeAndSaySo) {
+    ASSERT_EQ(runScript("\"$TUNEBOX\" tune song.wav >/dev/null").status, 0);
+    for (const auto& [signal, status] : {std::pair{"TERM", 143}, std::pair{"HUP", 129}}) {
+        SCOPED_TRACE(signal);
+        const std::string take = std::string(signal) + ".wav";
+        const auto run = runScript("take=" + take + " signal=" + signal + "\n" + kSignalledTake);
+        EXPECT_EQ(run.status, status);
+        const std::string said =
+            "tunebox: stopped by SIG" + std::string(signal) + "; " + take + " is complete\n";
+        ASSERT_EQ(run.err.rfind(said, 0), 0u) << run.err;
+        expectFinishedTake(take);
+        // sox reads as many frames from the header as the file holds.
+        const auto frames = (std::filesystem::file_size(dir() / take) - 44) / 4;
+        EXPECT_EQ(run.err.substr(said.size()), std::to_string(frames) + "\n");
+        uint32_t length = 0;
+        EXPECT_EQ(wavGetLength((dir() / take).string(), length), 1);
+        EXPECT_EQ(length, frames * 4) << "our reader agrees";
+    }
 }
 
 TEST_F(CommandRecordTest, TheTakeEndsWithTheAccompaniment) {

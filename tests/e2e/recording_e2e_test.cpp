@@ -62,7 +62,7 @@ TEST_F(RecordingE2eTest, TheVoiceLinesUpWithTheAccompanimentWithinTwoMillisecond
     for (int run = 0; run < 3; ++run) {
         const auto result = runScript(withServer(
             "timeout 60 \"$TUNEBOX\" record --accompaniment clicks.wav --output take.wav "
-            "--no-echo"));
+            "--no-echo --overwrite"));
         TUNEBOX_REQUIRE_SOUND_SERVER(result.status != 77);
         ASSERT_EQ(result.status, 0) << result.err;
         expectFinishedTake("take.wav");

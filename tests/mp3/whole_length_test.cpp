@@ -57,7 +57,8 @@ class WholeLengthTest : public ::testing::Test {
     // The data of a WAV file written by `tunebox decode`.
     std::vector<uint8_t> decodedByCli(const std::string& input, const std::string& options) const {
         const std::string out = path("cli.wav");
-        const auto run = test::runTunebox(dir_, "decode " + options + " " + input + " " + out);
+        const auto run =
+            test::runTunebox(dir_, "decode --overwrite " + options + " " + input + " " + out);
         EXPECT_EQ(run.status, 0) << run.err;
         auto bytes = test::readBytes(out);
         bytes.erase(bytes.begin(), bytes.begin() + std::min(bytes.size(), kWaveHeaderBytes));

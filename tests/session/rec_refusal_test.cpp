@@ -44,15 +44,6 @@ TEST(RecRefusalTest, EachProblemWithTheOutputIsOneLineNamingIt) {
     }
 }
 
-TEST(RecRefusalTest, ExactlyTheRoomNeededIsEnough) {
-    const FolderRoom folder{
-        .exists = true, .isFolder = true, .writable = true, .freeBytes = takeRoomBytes(1000)};
-    EXPECT_EQ(judgeOutput("take.wav", folder, takeRoomBytes(1000)).kind, RecRefusal::kNone);
-    EXPECT_EQ(judgeOutput("take.wav", folder, takeRoomBytes(1004)).kind, RecRefusal::kNoRoom);
-    EXPECT_GT(takeRoomBytes(std::nullopt), takeRoomBytes(3 * 60 * 176400))
-        << "the voice alone asks for more than a song";
-}
-
 class RecRefusedTest : public TakeTest {
   protected:
     // REC of a song into `output`: refused with `kind`, with the monitor

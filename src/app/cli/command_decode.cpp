@@ -8,6 +8,7 @@
 #include "app/cli/commands.h"
 #include "app/cli/input_checks.h"
 #include "app/cli/opened_source.h"
+#include "app/cli/overwrite_option.h"
 #include "app/cli/source_settings.h"
 #include "app/cli/source_to_wav.h"
 #include "playback/wav_length.h"
@@ -20,6 +21,7 @@ struct DecodeOptions {
     std::string output;   // "-": standard output
     std::string decoder;  // "", "system" or "builtin"
     bool raw = false;
+    bool overwrite = false;
 };
 
 SourceOptions decoderChoice(const std::string& decoder) {
@@ -74,7 +76,8 @@ class DecodeProgress {
 };
 
 int decode(const DecodeOptions& options) {
-    if (const int refused = checkInputAndOutput(options.input, options.output); refused != 0) {
+    if (const int refused = checkInputAndOutput(options.input, options.output, options.overwrite);
+        refused != 0) {
         return refused;
     }
     OpenedSource opened;
@@ -117,6 +120,7 @@ void registerDecodeCommand(CLI::App& app, int& status) {
         ->check(CLI::IsMember({"system", "builtin"}));
     command->add_flag("--raw", options->raw,
                       "Write the decoder's own output: the stream's rate and channels");
+    addOverwriteOption(*command, options->overwrite);
     command->callback([&status, options] { status = decode(*options); });
 }
 

@@ -4,6 +4,8 @@
 
 #include "app/cli/commands.h"
 #include "app/cli/demo_tune_file.h"
+#include "app/cli/input_checks.h"
+#include "app/cli/overwrite_option.h"
 #include "app/cli/take_loop.h"
 #include "core/wave_format.h"
 #include "platform/virtual_audio.h"
@@ -37,7 +39,18 @@ std::shared_ptr<AudioBackend> chooseDevices() {
     return std::make_shared<VirtualAudio>(std::move(config));
 }
 
-int demo(const std::string& output) {
+struct DemoOptions {
+    std::string output = "demo-take.wav";
+    bool overwrite = false;
+};
+
+int demo(const DemoOptions& options) {
+    const InterruptFlag interrupt;
+    const std::string& output = options.output;
+    // Refused before the demo tune beside it is written.
+    if (const auto problem = overwriteRefusal(output, options.overwrite)) {
+        return refuse(output, *problem, kExitBadInput);
+    }
     const std::filesystem::path tune =
         std::filesystem::path(output).parent_path() / "demo-tune.wav";
     if (const int status = writeDemoTuneFile(tune.string()); status != 0) {
@@ -45,14 +58,15 @@ int demo(const std::string& output) {
     }
     const std::shared_ptr<AudioBackend> backend = chooseDevices();
     CommandLineTake take(*backend);
-    RecordingOptions options;
-    options.accompaniment = tune.string();
-    options.output = output;
-    if (!take.rec(options)) {
+    RecordingOptions recording;
+    recording.accompaniment = tune.string();
+    recording.output = output;
+    recording.overwrite = options.overwrite;
+    if (!take.rec(recording)) {
         std::cerr << "tunebox: " << take.error() << '\n';
         return kExitBadInput;
     }
-    const int status = runTake(take, true);
+    const int status = runTake(take, true, interrupt);
     uint32_t length = 0;
     if (wavGetLength(output, length) == 1) {
         std::cout << output << ": the take, " << formatSectorTime(length) << ", delay "
@@ -66,9 +80,11 @@ int demo(const std::string& output) {
 void registerDemoCommand(CLI::App& app, int& status) {
     auto* command = app.add_subcommand(
         "demo", "Record a take over the demo accompaniment with the default devices");
-    auto output = std::make_shared<std::string>("demo-take.wav");
-    command->add_option("--output", *output, "The take, a WAV file (demo-tune.wav goes beside it)");
-    command->callback([&status, output] { status = demo(*output); });
+    auto options = std::make_shared<DemoOptions>();
+    command->add_option("--output", options->output,
+                        "The take, a WAV file (demo-tune.wav goes beside it)");
+    addOverwriteOption(*command, options->overwrite);
+    command->callback([&status, options] { status = demo(*options); });
 }
 
 }  // namespace tunebox::cli

@@ -12,6 +12,7 @@
 #include "app/cli/commands.h"
 #include "app/cli/input_checks.h"
 #include "app/cli/opened_source.h"
+#include "app/cli/overwrite_option.h"
 #include "app/cli/source_settings.h"
 #include "app/cli/source_to_wav.h"
 #include "core/wave_format.h"
@@ -33,6 +34,7 @@ struct FxOptions {
     std::vector<int> bands;  // empty: equaliser off
     std::optional<int> level;
     bool centreCut = false;
+    bool overwrite = false;
 };
 
 bool setUpChain(EffectControl& ctl, const FxOptions& options) {
@@ -93,7 +95,8 @@ class Progress {
 
 // Runs the chain over the input block by block, as the engines would.
 int runFx(const FxOptions& options) {
-    if (const int refused = checkInputAndOutput(options.input, options.output); refused != 0) {
+    if (const int refused = checkInputAndOutput(options.input, options.output, options.overwrite);
+        refused != 0) {
         return refused;
     }
     OpenedSource opened;
@@ -136,6 +139,7 @@ void registerFxCommand(CLI::App& app, int& status) {
     command->add_option("--level", options->level, "Level in percent")->check(CLI::Range(0, 1000));
     command->add_flag("--centre-cut", options->centreCut,
                       "Remove what both channels share (a centred voice)");
+    addOverwriteOption(*command, options->overwrite);
     command->callback([&status, options] { status = runFx(*options); });
 }
 

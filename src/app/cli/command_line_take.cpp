@@ -1,6 +1,7 @@
 #include "app/cli/command_line_take.h"
 
 #include "app/cli/input_checks.h"
+#include "app/cli/overwrite_option.h"
 #include "app/cli/source_settings.h"
 
 namespace tunebox::cli {
@@ -11,6 +12,7 @@ CommandLineTake::~CommandLineTake() {
 
 int CommandLineTake::rec(const RecordingOptions& options) {
     error_.clear();
+    output_ = options.output;
     RecordRequest request;
     if (!options.accompaniment.empty()) {
         TrackEntry track;
@@ -19,6 +21,9 @@ int CommandLineTake::rec(const RecordingOptions& options) {
         }
         request.track = track;
         controller_.setAccompanimentStart(options.startBytes);
+    }
+    if (const auto problem = overwriteRefusal(options.output, options.overwrite)) {
+        return failed(options.output + ": " + *problem);
     }
     request.manualFlag = options.manualFlag;
     request.manualDelay = options.manualDelay;
@@ -65,6 +70,7 @@ bool CommandLineTake::failed(std::string reason) {
 
 int CommandLineTake::monitor(int32_t manualFlag) {
     error_.clear();
+    output_.clear();
     if (controller_.toggleMonitor(manualFlag) != 1) {
         return failed(capture().lastError());
     }

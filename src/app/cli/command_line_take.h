@@ -20,6 +20,7 @@ struct RecordingOptions {
     int32_t manualDelay = 0;  // bytes
     int32_t echo = 1;
     uint32_t startBytes = 0;  // where the accompaniment starts
+    bool overwrite = false;   // an existing output may be replaced
 };
 
 class CommandLineTake final : private TakeListener {
@@ -42,6 +43,8 @@ class CommandLineTake final : private TakeListener {
     TakeController& controller() { return controller_; }
     CRecWav& capture() { return controller_.capture(); }
     const std::string& error() const { return error_; }
+    // The file the take records into; empty for the monitor.
+    const std::string& output() const { return output_; }
     int32_t firstLevel() const { return firstLevel_; }
     int32_t secondLevel() const { return secondLevel_; }
 
@@ -54,6 +57,7 @@ class CommandLineTake final : private TakeListener {
     QueueDispatcher dispatcher_;
     TakeController controller_;
     std::string error_;
+    std::string output_;
     int32_t firstLevel_ = 0;
     int32_t secondLevel_ = 0;
     bool accompanimentTicking_ = false;

@@ -9,6 +9,7 @@ namespace tunebox::cli {
 namespace {
 
 int monitor() {
+    const InterruptFlag interrupt;
     SyncSettings settings;
     readSyncSettings(settings);
     const std::shared_ptr<AudioBackend> backend = makeAudioBackendFromEnvironment();
@@ -17,7 +18,7 @@ int monitor() {
         std::cerr << "tunebox: " << take.error() << '\n';
         return kExitBadInput;
     }
-    return runTake(take, false);
+    return runTake(take, false, interrupt);
 }
 
 }  // namespace

@@ -59,7 +59,7 @@ int runPlayer(WaveCtl& player, PlayProgress& progress, const InterruptFlag& inte
             if (onTerminal) {
                 std::cout << "\n";
             }
-            return kExitInterrupted;
+            return signalExitStatus(interrupt.signal());
         }
         if (onTerminal) {
             showProgress(progress, player.state() == kPlayerPaused);

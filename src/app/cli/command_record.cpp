@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "app/cli/commands.h"
+#include "app/cli/overwrite_option.h"
 #include "app/cli/start_option.h"
 #include "app/cli/take_loop.h"
 #include "core/wave_format.h"
@@ -20,6 +21,7 @@ struct RecordArguments {
     std::optional<int32_t> manualDelay;
     bool noEcho = false;
     double startSeconds = 0.0;
+    bool overwrite = false;
 };
 
 RecordingOptions optionsFrom(const RecordArguments& arguments) {
@@ -27,8 +29,10 @@ RecordingOptions optionsFrom(const RecordArguments& arguments) {
     options.accompaniment = arguments.accompaniment;
     options.output = arguments.output;
     options.echo = arguments.noEcho ? 0 : 1;
+    options.overwrite = arguments.overwrite;
     options.startBytes =
-        static_cast<uint32_t>(std::llround(arguments.startSeconds * kNativeSampleRate)) * kNativeFrameBytes;
+        static_cast<uint32_t>(std::llround(arguments.startSeconds * kNativeSampleRate)) *
+        kNativeFrameBytes;
     if (arguments.manualDelay) {
         options.manualFlag = 1;
         options.manualDelay = *arguments.manualDelay;
@@ -42,13 +46,14 @@ RecordingOptions optionsFrom(const RecordArguments& arguments) {
 }
 
 int record(const RecordArguments& arguments) {
+    const InterruptFlag interrupt;
     const std::shared_ptr<AudioBackend> backend = makeAudioBackendFromEnvironment();
     CommandLineTake take(*backend);
     if (!take.rec(optionsFrom(arguments))) {
         std::cerr << "tunebox: " << take.error() << '\n';
         return kExitBadInput;
     }
-    const int status = runTake(take, !arguments.accompaniment.empty());
+    const int status = runTake(take, !arguments.accompaniment.empty(), interrupt);
     uint32_t length = 0;
     if (wavGetLength(arguments.output, length) == 1) {
         std::cout << arguments.output << ": " << formatSectorTime(length) << " recorded";
@@ -73,6 +78,7 @@ void registerRecordCommand(CLI::App& app, int& status) {
                         "Voice bytes to drop instead of the measured delay");
     command->add_flag("--no-echo", arguments->noEcho, "Record the voice without the echo");
     addStartOption(*command, arguments->startSeconds, "Where the accompaniment starts");
+    addOverwriteOption(*command, arguments->overwrite);
     command->callback([&status, arguments] { status = record(*arguments); });
 }
 

@@ -9,6 +9,7 @@
 
 #include "app/cli/commands.h"
 #include "app/cli/opened_source.h"
+#include "app/cli/overwrite_option.h"
 #include "app/cli/path_kind.h"
 #include "app/cli/source_settings.h"
 #include "mp3/foreign_audio_format.h"
@@ -86,11 +87,14 @@ std::optional<std::string> outputRefusal(const std::string& input, const std::st
     return std::nullopt;
 }
 
-int checkInputAndOutput(const std::string& input, const std::string& output) {
+int checkInputAndOutput(const std::string& input, const std::string& output, bool overwrite) {
     if (const auto problem = inputRefusal(input)) {
         return refuse(input, *problem, kExitBadInput);
     }
     if (const auto problem = outputRefusal(input, output)) {
+        return refuse(output, *problem, kExitBadInput);
+    }
+    if (const auto problem = overwriteRefusal(output, overwrite)) {
         return refuse(output, *problem, kExitBadInput);
     }
     return 0;

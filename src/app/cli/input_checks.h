@@ -31,8 +31,9 @@ std::optional<std::string> accompanimentRefusal(const std::string& path, uint32_
 // standard output, "-"): writing it would destroy what is being read.
 std::optional<std::string> outputRefusal(const std::string& input, const std::string& output);
 
-// Both checks for a command that turns `input` into `output`: 0, or the exit
-// status after one line on stderr.
-int checkInputAndOutput(const std::string& input, const std::string& output);
+// The checks for a command that turns `input` into `output` (the input
+// readable, the output not the input and not an existing file unless
+// `overwrite`): 0, or the exit status after one line on stderr.
+int checkInputAndOutput(const std::string& input, const std::string& output, bool overwrite);
 
 }  // namespace tunebox::cli

@@ -14,28 +14,6 @@ constexpr auto kTurn = std::chrono::milliseconds(100);
 constexpr auto kTurnsPerTick = kTickMilliseconds / kTurn.count();
 constexpr int kMeterSegments = 12;
 
-volatile std::sig_atomic_t interrupted = 0;
-
-void onInterrupt(int) {
-    interrupted = 1;
-}
-
-// Ctrl-C ends the take through STOP instead of killing the process, for the
-// lifetime of one take.
-class InterruptGuard {
-  public:
-    InterruptGuard() {
-        interrupted = 0;
-        previous_ = std::signal(SIGINT, onInterrupt);
-    }
-    ~InterruptGuard() { std::signal(SIGINT, previous_); }
-    InterruptGuard(const InterruptGuard&) = delete;
-    InterruptGuard& operator=(const InterruptGuard&) = delete;
-
-  private:
-    void (*previous_)(int);
-};
-
 std::string bar(int32_t level) {
     const double lit = level * double(kMeterSegments) / 32767.0;
     std::string text;
@@ -54,9 +32,24 @@ void showProgress(CommandLineTake& take, bool showDelay) {
     std::cout << "   " << std::flush;
 }
 
-bool keepsRunning(CommandLineTake& take) {
-    return interrupted == 0 && take.capture().isActive() &&
+bool keepsRunning(CommandLineTake& take, const InterruptFlag& interrupt) {
+    return !interrupt.raised() && take.capture().isActive() &&
            take.capture().fault() == CaptureFault::kNone;
+}
+
+// Ctrl-C is the way to end a take, so it ends like the accompaniment's end.
+// Any other signal (the session closing, a service manager stopping us) is
+// said, and passed on in the exit status once the file is finished.
+int stoppedStatus(const CommandLineTake& take, int signal) {
+    if (signal == 0 || signal == SIGINT) {
+        return 0;
+    }
+    std::cerr << "tunebox: stopped by " << signalName(signal);
+    if (!take.output().empty()) {
+        std::cerr << "; " << take.output() << " is complete";
+    }
+    std::cerr << '\n';
+    return signalExitStatus(signal);
 }
 
 }  // namespace
@@ -65,10 +58,9 @@ std::string levelBars(int32_t first, int32_t second) {
     return "L " + bar(first) + "  R " + bar(second);
 }
 
-int runTake(CommandLineTake& take, bool showDelay) {
-    InterruptGuard guard;
+int runTake(CommandLineTake& take, bool showDelay, const InterruptFlag& interrupt) {
     const bool terminal = ::isatty(STDOUT_FILENO) == 1;
-    for (int turn = 1; keepsRunning(take); ++turn) {
+    for (int turn = 1; keepsRunning(take, interrupt); ++turn) {
         take.runFor(kTurn);
         if (turn % kTurnsPerTick != 0) {
             continue;
@@ -88,7 +80,7 @@ int runTake(CommandLineTake& take, bool showDelay) {
         std::cerr << "tunebox: " << take.capture().lastError() << '\n';
         return kExitTakeFailed;
     }
-    return 0;
+    return stoppedStatus(take, interrupt.signal());
 }
 
 }  // namespace tunebox::cli
