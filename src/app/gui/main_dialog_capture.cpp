@@ -5,6 +5,7 @@
 #include "app/gui/main_dialog.h"
 #include "app/gui/project_pages.h"
 #include "core/diagnostic_log.h"
+#include "platform/settings.h"
 #include "session/delay_text.h"
 
 namespace tunebox::gui {
@@ -35,13 +36,19 @@ void MainDialog::endFaultedTake(CaptureFault fault) {
 }
 
 void MainDialog::record() {
+    if (!recordingCanStart() || !overwriteAgreed()) {
+        return;
+    }
     RecordRequest request;
     if (!karaokeName_.isEmpty()) {
         request.track = currentTrack();
     }
     request.manualFlag = manualDelayFlag_;
     request.manualDelay = parseDelayText(manualDelayText_.toStdString());
-    controller_.rec(request);
+    if (controller_.rec(request).capturing) {
+        overwriteAgreed_.clear();
+        writeLastTake(recordedName_.toStdString());
+    }
 }
 
 void MainDialog::toggleMonitor() {

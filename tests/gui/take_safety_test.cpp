@@ -1,0 +1,117 @@
+// REC never records over a file by surprise and says why it does not start;
+// a take still running when the dialog closes or the session ends is
+// finished with what was sung so far.
+
+#include <csignal>
+
+#include "app/gui/run_dialog.h"
+#include "app/gui/termination_signals.h"
+#include "gui/session_fixture.h"
+#include "platform/settings.h"
+#include "support/riff_bytes.h"
+
+namespace tunebox::test {
+namespace {
+
+using namespace gui;
+
+// Both sizes of a 44-byte header agree with the file's length.
+bool finishedTake(const std::string& path) {
+    const Bytes bytes = readBytes(path);
+    return bytes.size() > 44 && loadLe32At(bytes, 4) == bytes.size() - 8 &&
+           loadLe32At(bytes, 40) == bytes.size() - 44;
+}
+
+class TakeSafetyTest : public SessionTest {
+  protected:
+    void recordBriefly() {
+        click(kRecord);
+        ASSERT_TRUE(controller().captureActive());
+        QTest::qWait(300);
+        click(kRecorderStop);
+        ASSERT_FALSE(controller().captureActive());
+    }
+};
+
+TEST_F(TakeSafetyTest, RecAsksBeforeRecordingOverAnExistingFile) {
+    start(20, 4);
+    const Bytes precious = nativeWave(counting(4000));
+    writeFile(take_, precious);
+
+    click(kRecord);
+    ASSERT_EQ(desktop_.questions.size(), 1);
+    EXPECT_TRUE(desktop_.questions.first().contains(QString::fromStdString(take_)));
+    EXPECT_FALSE(controller().captureActive());
+    EXPECT_EQ(karaoke().state, kIdle);
+    EXPECT_EQ(face(kRecord), kFaceRecord);
+    EXPECT_EQ(readBytes(take_), precious);
+
+    desktop_.yesAnswer = true;
+    recordBriefly();
+    EXPECT_EQ(desktop_.questions.size(), 2);
+    EXPECT_NE(readBytes(take_), precious);
+    EXPECT_TRUE(finishedTake(take_));
+}
+
+// The save picker asks itself before it hands over an existing name; that
+// answer holds for one take, and the take it made is asked about again.
+TEST_F(TakeSafetyTest, ThePickersQuestionCountsOnceForItsName) {
+    start(20, 4);
+    writeFile(take_, nativeWave(counting(4000)));
+    desktop_.saveAnswer = QString::fromStdString(take_);
+    click(kRecordedPick);
+    recordBriefly();
+    EXPECT_TRUE(desktop_.questions.isEmpty());
+
+    click(kRecord);
+    EXPECT_EQ(desktop_.questions.size(), 1);
+    EXPECT_FALSE(controller().captureActive());
+}
+
+TEST_F(TakeSafetyTest, AnEmptyNameIsToldAndNothingStarts) {
+    start(20, 4);
+    control<QLineEdit>(kRecordedName)->clear();
+    click(kRecord);
+    ASSERT_EQ(desktop_.messages.size(), 1);
+    EXPECT_TRUE(desktop_.messages.first().contains(QStringLiteral("録音ﾌｧｲﾙ名")));
+    EXPECT_FALSE(controller().captureActive());
+    EXPECT_EQ(karaoke().state, kIdle);
+}
+
+TEST_F(TakeSafetyTest, TheNextStartNamesTheLastTakesFile) {
+    start(20, 4);
+    recordBriefly();
+    dialog_ = std::make_unique<MainDialog>(desktop_.services());
+    EXPECT_EQ(control<QLineEdit>(kRecordedName)->text().toStdString(), take_);
+    click(kRecord);
+    EXPECT_EQ(desktop_.questions.size(), 1) << "the restored name is asked about like any";
+}
+
+// The session manager's request to save and a SIGTERM each end the take
+// with a file whose header covers all that was written.
+TEST_F(TakeSafetyTest, TheSessionsEndFinishesTheTake) {
+    start(20, 4);
+    const TerminationSignals terminations;
+    endTakeWithTheSession(*dialog_, terminations);
+
+    click(kRecord);
+    QTest::qWait(300);
+    dialog_->finishTake();  // what the request to save runs
+    EXPECT_FALSE(controller().captureActive());
+    EXPECT_TRUE(dialog_->isVisible()) << "the session may yet go on";
+    EXPECT_TRUE(finishedTake(take_));
+
+    desktop_.yesAnswer = true;
+    click(kRecord);
+    ASSERT_TRUE(controller().captureActive());
+    QTest::qWait(300);
+    std::raise(SIGTERM);
+    ASSERT_TRUE(waitFor([&] { return !dialog_->isVisible(); }, 5000));
+    EXPECT_EQ(terminations.received(), SIGTERM);
+    EXPECT_FALSE(controller().captureActive());
+    EXPECT_TRUE(finishedTake(take_));
+    EXPECT_GT(readBytes(take_).size(), 44u + 176400 / 2) << "the second take's sound is kept";
+}
+
+}  // namespace
+}  // namespace tunebox::test
