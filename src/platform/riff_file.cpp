@@ -26,19 +26,6 @@ uint64_t paddedEnd(const ChunkInfo& chunk) {
     return uint64_t{chunk.dataOffset} + chunk.size + (chunk.size & 1);
 }
 
-// Chunk ids are four printable characters. Where the search for a RIFF form
-// meets anything else the file is of another kind: walking on would step
-// through its bytes eight at a time (gigabytes of zeros take minutes).
-bool isChunkId(uint32_t id) {
-    for (int shift = 0; shift < 32; shift += 8) {
-        const uint32_t character = (id >> shift) & 0xFF;
-        if (character < 0x20 || character > 0x7E) {
-            return false;
-        }
-    }
-    return true;
-}
-
 bool matches(const ChunkInfo& candidate, const ChunkInfo& wanted, ChunkSearch search) {
     switch (search) {
         case ChunkSearch::findChunk:
@@ -53,17 +40,36 @@ bool matches(const ChunkInfo& candidate, const ChunkInfo& wanted, ChunkSearch se
 
 }  // namespace
 
+bool isChunkId(uint32_t id) {
+    for (int shift = 0; shift < 32; shift += 8) {
+        const uint32_t character = (id >> shift) & 0xFF;
+        if (character < 0x20 || character > 0x7E) {
+            return false;
+        }
+    }
+    return true;
+}
+
 std::unique_ptr<RiffFile> RiffFile::openForRead(const std::string& path) {
+    return openRegular(path, O_RDONLY, "rb");
+}
+
+std::unique_ptr<RiffFile> RiffFile::openForUpdate(const std::string& path) {
+    return openRegular(path, O_RDWR, "r+b");
+}
+
+std::unique_ptr<RiffFile> RiffFile::openRegular(const std::string& path, int flags,
+                                                const char* mode) {
     // Non-blocking, so that a FIFO or device node is refused instead of
     // waiting for a writer.
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    const int descriptor = ::open(path.c_str(), flags | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0) {
         return nullptr;
     }
     struct stat status {};
     std::FILE* stream = nullptr;
     if (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) {
-        stream = ::fdopen(descriptor, "rb");
+        stream = ::fdopen(descriptor, mode);
     }
     if (stream == nullptr) {
         ::close(descriptor);
@@ -113,6 +119,9 @@ DescendResult RiffFile::descend(ChunkInfo& chunk, const ChunkInfo* parent, Chunk
             seek(start, SEEK_SET);
             return result;
         }
+        // Where the search for a RIFF form meets something that is no chunk
+        // id, the file is of another kind: walking on would step through its
+        // bytes eight at a time (gigabytes of zeros take minutes).
         if (search == ChunkSearch::findRiff && !isChunkId(candidate.id)) {
             seek(start, SEEK_SET);
             return DescendResult::notFound;
@@ -132,20 +141,29 @@ DescendResult RiffFile::readChunkAt(uint64_t position, uint64_t end, ChunkInfo& 
     if (position >= end) {
         return DescendResult::notFound;
     }
+    if (end - position < kHeaderBytes || readChunkHeader(position, chunk) != DescendResult::found ||
+        uint64_t{chunk.dataOffset} + chunk.size > end ||
+        (hasFormType(chunk.id) && chunk.size < kFormTypeBytes)) {
+        return DescendResult::damaged;
+    }
+    return DescendResult::found;
+}
+
+DescendResult RiffFile::readChunkHeader(uint64_t position, ChunkInfo& chunk) {
+    if (position >= size_) {
+        return DescendResult::notFound;
+    }
     std::array<uint8_t, kHeaderBytes + kFormTypeBytes> header{};
-    if (end - position < kHeaderBytes || seek(static_cast<int64_t>(position), SEEK_SET) < 0 ||
+    if (seek(static_cast<int64_t>(position), SEEK_SET) < 0 ||
         read(header.data(), kHeaderBytes) != static_cast<int64_t>(kHeaderBytes)) {
         return DescendResult::damaged;
     }
     chunk.id = loadLe32(header.data());
     chunk.size = loadLe32(header.data() + 4);
     chunk.dataOffset = static_cast<uint32_t>(position + kHeaderBytes);
-    if (uint64_t{chunk.dataOffset} + chunk.size > end) {
-        return DescendResult::damaged;
-    }
     if (hasFormType(chunk.id)) {
-        if (chunk.size < kFormTypeBytes || read(header.data() + kHeaderBytes, kFormTypeBytes) !=
-                                               static_cast<int64_t>(kFormTypeBytes)) {
+        if (read(header.data() + kHeaderBytes, kFormTypeBytes) !=
+            static_cast<int64_t>(kFormTypeBytes)) {
             return DescendResult::damaged;
         }
         chunk.formType = loadLe32(header.data() + kHeaderBytes);
@@ -243,6 +261,15 @@ int64_t RiffFile::seek(int64_t offset, int origin) {
         return -1;
     }
     return target;
+}
+
+int RiffFile::setLength(uint64_t length) {
+    if (stream_ == nullptr || length > kRiffLimit || std::fflush(stream_) != 0 ||
+        ::ftruncate(::fileno(stream_), static_cast<off_t>(length)) != 0) {
+        return 0;
+    }
+    size_ = length;
+    return 1;
 }
 
 int RiffFile::close() {

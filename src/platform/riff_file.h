@@ -24,6 +24,9 @@ constexpr uint32_t fourCc(const char (&code)[5]) {
 inline constexpr uint32_t kChunkRiff = fourCc("RIFF");
 inline constexpr uint32_t kChunkList = fourCc("LIST");
 
+// Chunk ids are four printable characters.
+bool isChunkId(uint32_t id);
+
 // Set on a chunk created for writing: its ascent writes the real size into
 // the chunk's header.
 inline constexpr uint32_t kChunkDirty = 0x10000000;
@@ -50,6 +53,9 @@ class RiffFile {
     static std::unique_ptr<RiffFile> openForRead(const std::string& path);
     // Null when the file cannot be created.
     static std::unique_ptr<RiffFile> createForWrite(const std::string& path);
+    // An existing regular file opened to be read and rewritten in place;
+    // null when it cannot be.
+    static std::unique_ptr<RiffFile> openForUpdate(const std::string& path);
 
     ~RiffFile();
     RiffFile(const RiffFile&) = delete;
@@ -62,6 +68,12 @@ class RiffFile {
     // Otherwise the file is back where the search began. For files opened
     // for reading.
     DescendResult descend(ChunkInfo& chunk, const ChunkInfo* parent, ChunkSearch search);
+
+    // Reads the chunk header at `position` as it stands, form type included
+    // for RIFF and LIST, and leaves its size unchecked: a file cut short while
+    // it was written claims more, or less, than it holds. Damaged when the
+    // header itself is cut short; not found at or past the end of the file.
+    DescendResult readChunkHeader(uint64_t position, ChunkInfo& chunk);
 
     // Leaves the chunk: moves past its end and pad byte. A chunk created for
     // writing ends at the current position; its size is written into its
@@ -84,12 +96,18 @@ class RiffFile {
     // of the file or beyond 4 GiB.
     int64_t seek(int64_t offset, int origin);
 
+    // Cuts the file, or extends it with zeros, to `length` bytes. Returns 1
+    // or 0.
+    int setLength(uint64_t length);
+
     // Flushes and closes; later calls fail. Returns 1, or 0 when the data
     // could not be stored.
     int close();
 
   private:
     RiffFile(std::FILE* stream, uint64_t size);
+    static std::unique_ptr<RiffFile> openRegular(const std::string& path, int flags,
+                                                 const char* mode);
 
     int64_t tell() const;
     int writeHeader(ChunkInfo& chunk, bool withFormType);

@@ -16,12 +16,6 @@
 namespace tunebox {
 namespace {
 
-constexpr uint32_t kFormWave = fourCc("WAVE");
-constexpr uint32_t kChunkFormat = fourCc("fmt ");
-constexpr uint32_t kChunkData = fourCc("data");
-
-using FormatChunk = std::array<uint8_t, kSourceFormatBytes>;
-
 // The converter sees this much of the data before it commits to a path.
 constexpr int64_t kDataHeadBytes = 10240;
 
@@ -84,30 +78,6 @@ double prepareConvertedData(const ChunkInfo& data, ConversionState& source) {
     return convertedNativeBytes(data.size, source.outputFormat.avgBytesPerSec);
 }
 
-// Reads the "fmt " chunk into `bytes` and leaves the file after it. An
-// extensible chunk of plain PCM is longer than any other accepted one; it is
-// taken as the same format with tag 1.
-WavOpenStatus readFormatChunk(RiffFile& file, const ChunkInfo& riff, FormatChunk& bytes) {
-    ChunkInfo chunk;
-    chunk.id = kChunkFormat;
-    if (file.descend(chunk, &riff, ChunkSearch::findChunk) != DescendResult::found ||
-        chunk.size == 0) {
-        return WavOpenStatus::damaged;
-    }
-    std::array<uint8_t, kExtensibleFormatBytes> whole{};
-    if (chunk.size > whole.size()) {
-        return WavOpenStatus::unsupported;
-    }
-    if (file.read(whole.data(), chunk.size) != chunk.size || file.ascend(chunk) != 1) {
-        return WavOpenStatus::damaged;
-    }
-    if (!plainPcmFromExtensible(whole, chunk.size) && chunk.size > bytes.size()) {
-        return WavOpenStatus::unsupported;
-    }
-    std::copy_n(whole.begin(), bytes.size(), bytes.begin());
-    return WavOpenStatus::opened;
-}
-
 }  // namespace
 
 WavOpenStatus wavExamineWaveFile(const std::string& path, RiffHandle& file, uint32_t& length,
@@ -123,7 +93,7 @@ WavOpenStatus wavExamineWaveFile(const std::string& path, RiffHandle& file, uint
         return refuse(file, missingWaveForm(*file));
     }
     FormatChunk formatBytes{};
-    const WavOpenStatus formatRead = readFormatChunk(*file, riff, formatBytes);
+    const WavOpenStatus formatRead = wavReadFormatChunk(*file, riff, formatBytes);
     if (formatRead != WavOpenStatus::opened) {
         return refuse(file, formatRead);
     }
@@ -159,6 +129,27 @@ WavOpenStatus wavExamineWaveFile(const std::string& path, RiffHandle& file, uint
         return refuseOutright(file, source, tooLongReason(nativeBytes));
     }
     length = *fitting;
+    return WavOpenStatus::opened;
+}
+
+WavOpenStatus wavReadFormatChunk(RiffFile& file, const ChunkInfo& riff, FormatChunk& bytes) {
+    ChunkInfo chunk;
+    chunk.id = kChunkFormat;
+    if (file.descend(chunk, &riff, ChunkSearch::findChunk) != DescendResult::found ||
+        chunk.size == 0) {
+        return WavOpenStatus::damaged;
+    }
+    std::array<uint8_t, kExtensibleFormatBytes> whole{};
+    if (chunk.size > whole.size()) {
+        return WavOpenStatus::unsupported;
+    }
+    if (file.read(whole.data(), chunk.size) != chunk.size || file.ascend(chunk) != 1) {
+        return WavOpenStatus::damaged;
+    }
+    if (!plainPcmFromExtensible(whole, chunk.size) && chunk.size > bytes.size()) {
+        return WavOpenStatus::unsupported;
+    }
+    std::copy_n(whole.begin(), bytes.size(), bytes.begin());
     return WavOpenStatus::opened;
 }
 

@@ -4,6 +4,7 @@
 // that cannot be real and sources longer than a 32-bit length are refused
 // outright, with the reason in the conversion state.
 
+#include <array>
 #include <cstdint>
 #include <string>
 
@@ -11,6 +12,13 @@
 #include "platform/riff_file.h"
 
 namespace tunebox {
+
+inline constexpr uint32_t kFormWave = fourCc("WAVE");
+inline constexpr uint32_t kChunkFormat = fourCc("fmt ");
+inline constexpr uint32_t kChunkData = fourCc("data");
+
+// The "fmt " chunk's bytes as far as any accepted format needs them.
+using FormatChunk = std::array<uint8_t, kSourceFormatBytes>;
 
 // How far opening a file as RIFF/WAVE got.
 enum class WavOpenStatus {
@@ -30,6 +38,12 @@ enum class WavOpenStatus {
 // either.
 WavOpenStatus wavExamineWaveFile(const std::string& path, RiffHandle& file, uint32_t& length,
                                  ConversionState& source);
+
+// From the current position, finds the "fmt " chunk within `riff` and reads it
+// into `bytes`, leaving the file after it: opened, damaged (missing or cut
+// short) or unsupported (longer than any accepted format). An extensible
+// record of plain PCM comes out as the same record with format tag 1.
+WavOpenStatus wavReadFormatChunk(RiffFile& file, const ChunkInfo& riff, FormatChunk& bytes);
 
 // The same as 1 (opened) or 0.
 int wavOpenWaveFile(const std::string& path, RiffHandle& file, uint32_t& length,

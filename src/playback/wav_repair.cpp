@@ -1,0 +1,140 @@
+#include "playback/wav_repair.h"
+
+#include <array>
+#include <cstdio>
+#include <utility>
+
+#include "platform/format_plausibility.h"
+#include "playback/wav_layout.h"
+
+namespace tunebox {
+namespace {
+
+constexpr uint32_t kRiffSizeOffset = 8;  // the RIFF size counts from the form type on
+
+std::string secondsText(uint64_t bytes, const WaveFormat& format) {
+    if (format.avgBytesPerSec == 0) {
+        return std::to_string(bytes) + " bytes";
+    }
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%.1f s",
+                  static_cast<double>(bytes) / format.avgBytesPerSec);
+    return text.data();
+}
+
+// "0 bytes" says plainly what a header never filled in holds.
+std::string declaredText(uint64_t bytes, const WaveFormat& format) {
+    return bytes == 0 ? "0 bytes" : secondsText(bytes, format);
+}
+
+uint64_t wholeFrameBytes(const WavLayout& layout) {
+    return layout.dataPresent - layout.dataPresent % layout.format.blockAlign;
+}
+
+// Why the sizes disagree with the file; empty when they agree.
+std::string unfinishedReason(const WavLayout& layout) {
+    if (layout.dataRunsToEnd && layout.data.size != layout.dataPresent) {
+        return "the header says " + declaredText(layout.data.size, layout.format) +
+               " of audio but " + secondsText(layout.dataPresent, layout.format) + " follow";
+    }
+    const uint64_t partial = layout.dataPresent % layout.format.blockAlign;
+    if (layout.dataRunsToEnd && partial != 0) {
+        return "the audio ends " + std::to_string(partial) + " bytes into a frame";
+    }
+    if (uint64_t{layout.riffSize} + kRiffSizeOffset != layout.fileLength) {
+        return "the RIFF size says " + std::to_string(layout.riffSize) + " bytes but " +
+               std::to_string(layout.fileLength - kRiffSizeOffset) + " follow";
+    }
+    return {};
+}
+
+WavInspection inspectLayout(const WavLayout& layout) {
+    if (!layout.problem.empty()) {
+        return {WavCondition::kNotWav, layout.problem};
+    }
+    std::string reason = unfinishedReason(layout);
+    if (reason.empty()) {
+        return {WavCondition::kFinished,
+                "finished, " + secondsText(layout.data.size, layout.format) + " of audio"};
+    }
+    return {WavCondition::kUnfinished, std::move(reason)};
+}
+
+// Only plain PCM splits into frames that can be cut anywhere.
+std::string unrepairableReason(const WavLayout& layout) {
+    if (layout.format.formatTag != kFormatPcm) {
+        return "format tag " + std::to_string(layout.format.formatTag) + " is not PCM";
+    }
+    std::string implausible = implausibleFormatReason(layout.format);
+    if (!implausible.empty()) {
+        return implausible;
+    }
+    if (layout.dataRunsToEnd && wholeFrameBytes(layout) == 0) {
+        return "no whole frame of audio follows the header";
+    }
+    return {};
+}
+
+// The writer's own way of finishing a chunk: its size is where the file
+// stands when it is left, and an odd size gets its pad byte.
+bool finishChunk(RiffFile& file, ChunkInfo chunk, uint64_t end) {
+    chunk.flags = kChunkDirty;
+    return file.seek(static_cast<int64_t>(end), SEEK_SET) >= 0 && file.ascend(chunk) == 1;
+}
+
+bool rewrite(RiffFile& file, const WavLayout& layout) {
+    if (layout.dataRunsToEnd &&
+        !finishChunk(file, layout.data, layout.data.dataOffset + wholeFrameBytes(layout))) {
+        return false;
+    }
+    const int64_t end =
+        layout.dataRunsToEnd ? file.seek(0, SEEK_CUR) : static_cast<int64_t>(layout.fileLength);
+    ChunkInfo riff;
+    riff.id = kChunkRiff;
+    riff.dataOffset = kRiffSizeOffset;
+    if (end < 0 || !finishChunk(file, riff, static_cast<uint64_t>(end))) {
+        return false;
+    }
+    const int64_t length = file.seek(0, SEEK_CUR);
+    return length >= 0 && file.setLength(static_cast<uint64_t>(length)) == 1 && file.close() == 1;
+}
+
+RepairResult notRepaired(const std::string& reason) {
+    return {false, "not repaired: " + reason, false};
+}
+
+}  // namespace
+
+WavInspection inspectWav(const std::string& path) {
+    const RiffHandle file = RiffFile::openForRead(path);
+    if (!file) {
+        return {WavCondition::kNotWav, "cannot be opened"};
+    }
+    return inspectLayout(readWavLayout(*file));
+}
+
+RepairResult repairWav(const std::string& path) {
+    const RiffHandle file = RiffFile::openForUpdate(path);
+    if (!file) {
+        return notRepaired("cannot be opened for writing");
+    }
+    const WavLayout layout = readWavLayout(*file);
+    const WavInspection inspection = inspectLayout(layout);
+    if (inspection.condition == WavCondition::kNotWav) {
+        return notRepaired(inspection.detail);
+    }
+    if (inspection.condition == WavCondition::kFinished) {
+        return {false, "already finished, nothing changed", true};
+    }
+    const std::string unrepairable = unrepairableReason(layout);
+    if (!unrepairable.empty()) {
+        return notRepaired(unrepairable);
+    }
+    if (!rewrite(*file, layout)) {
+        return notRepaired("the file could not be rewritten");
+    }
+    const uint64_t kept = layout.dataRunsToEnd ? wholeFrameBytes(layout) : layout.data.size;
+    return {true, "repaired, " + secondsText(kept, layout.format) + " of audio kept", false};
+}
+
+}  // namespace tunebox
