@@ -8,6 +8,7 @@
 #include "app/gui/termination_signals.h"
 #include "gui/session_fixture.h"
 #include "platform/settings.h"
+#include "playback/wav_repair.h"
 #include "support/riff_bytes.h"
 
 namespace tunebox::test {
@@ -15,11 +16,16 @@ namespace {
 
 using namespace gui;
 
-// Both sizes of a 44-byte header agree with the file's length.
 bool finishedTake(const std::string& path) {
-    const Bytes bytes = readBytes(path);
-    return bytes.size() > 44 && loadLe32At(bytes, 4) == bytes.size() - 8 &&
-           loadLe32At(bytes, 40) == bytes.size() - 44;
+    return inspectWav(path).condition == WavCondition::kFinished;
+}
+
+// A take whose two sizes were never written, as a killed recorder leaves it.
+Bytes cutShortTake() {
+    Bytes bytes = nativeWave(counting(8000));
+    std::fill_n(bytes.begin() + 4, 4, 0);
+    std::fill_n(bytes.begin() + 40, 4, 0);
+    return bytes;
 }
 
 class TakeSafetyTest : public SessionTest {
@@ -85,6 +91,32 @@ TEST_F(TakeSafetyTest, TheNextStartNamesTheLastTakesFile) {
     EXPECT_EQ(control<QLineEdit>(kRecordedName)->text().toStdString(), take_);
     click(kRecord);
     EXPECT_EQ(desktop_.questions.size(), 1) << "the restored name is asked about like any";
+}
+
+TEST_F(TakeSafetyTest, TheLastTakeCutShortIsOfferedForRepairAtStart) {
+    const auto cut = (configDir() / "cut.wav").string();
+    writeFile(cut, cutShortTake());
+    writeLastTake(cut);
+    desktop_.yesAnswer = true;
+    dialog_ = std::make_unique<MainDialog>(desktop_.services());
+    ASSERT_TRUE(waitFor([&] { return !desktop_.questions.isEmpty(); }, 5000));
+    EXPECT_TRUE(desktop_.questions.first().startsWith(QStringLiteral("録音ﾌｧｲﾙの修復|")));
+    EXPECT_TRUE(finishedTake(cut));
+    ASSERT_EQ(desktop_.messages.size(), 1);
+    EXPECT_TRUE(desktop_.messages.first().contains(QStringLiteral("修復しました")))
+        << desktop_.messages.first().toStdString();
+    EXPECT_EQ(readBytes(cut).size(), nativeWave(counting(8000)).size());
+}
+
+TEST_F(TakeSafetyTest, APickedTakeCutShortIsLeftAloneWhenTheRepairIsDeclined) {
+    start(20, 4);
+    const Bytes cut = cutShortTake();
+    writeFile(take_, cut);
+    desktop_.saveAnswer = QString::fromStdString(take_);
+    click(kRecordedPick);
+    EXPECT_EQ(desktop_.questions.size(), 1);
+    EXPECT_EQ(readBytes(take_), cut);
+    EXPECT_TRUE(desktop_.messages.isEmpty());
 }
 
 // The session manager's request to save and a SIGTERM each end the take

@@ -69,6 +69,7 @@ class MainDialog : public QDialog, private TakeListener {
     bool recordingCanStart();
     bool overwriteAgreed();
     void restoreLastTake();
+    void offerRepair(const QString& path);
     void toggleMonitor();
     void echoChanged();
     void manualDelayLeft();

@@ -79,6 +79,7 @@ void MainDialog::pickRecorded() {
     pushToControls();
     recordedNameChanged();
     writeFolder(FolderPicker::kMic, picked.toStdString());
+    offerRepair(picked);
 }
 
 void MainDialog::recordedNameChanged() {
