@@ -15,6 +15,7 @@
 #include "platform/dispatcher.h"
 #include "playback/mixing_wave_ctl.h"
 #include "playback/wave_ctl.h"
+#include "session/rec_refusal.h"
 #include "session/take_listener.h"
 #include "session/track_list.h"
 
@@ -46,10 +47,14 @@ struct RecordRequest {
 };
 
 // How a REC went: whether capture runs, and how the accompaniment started
-// (kNoTrack for the voice alone, or when capture did not start).
+// (kNoTrack for the voice alone, or when capture did not start). When REC
+// was refused, `refusal` says why in one line for the owner to show; when
+// it was ignored (a player or a recording already runs) nothing is said.
 struct RecStart {
     bool capturing = false;
     PlayStart accompaniment = PlayStart::kNoTrack;
+    RecRefusal refusalKind = RecRefusal::kNone;
+    std::string refusal;  // empty when it started or was ignored
 };
 
 class TakeController {
@@ -103,6 +108,7 @@ class TakeController {
     void showIdle(TakePlayer player);
     void stopMonitor();
     void handToMixer();
+    uint64_t roomFor(const RecordRequest& request) const;
     void refresh(TakePlayer player);
     void refreshAccompaniment();
     void refreshRecordedTrackbar();

@@ -1,6 +1,8 @@
 // The recorder's side of the take controller: REC, the level monitor and the
 // recorder group's STOP.
 
+#include <algorithm>
+
 #include "core/wave_format.h"
 #include "session/take_controller.h"
 
@@ -17,20 +19,41 @@ void TakeController::setOutputFile(const std::string& path) {
     capture_.setOutputFileName(path);
 }
 
+// The take lasts as long as the accompaniment plays from its start point;
+// an accompaniment of unknown length counts as the voice alone.
+uint64_t TakeController::roomFor(const RecordRequest& request) const {
+    if (!request.track || request.track->length == 0) {
+        return takeRoomBytes(std::nullopt);
+    }
+    const uint32_t length = request.track->length;
+    return takeRoomBytes(length - std::min(accompaniment_.position, length));
+}
+
 RecStart TakeController::rec(const RecordRequest& request) {
     RecStart result;
-    if (accompaniment_.state != kIdle || recorded_.state != kIdle || outputFile_.empty()) {
+    if (accompaniment_.state != kIdle || recorded_.state != kIdle) {
+        return result;
+    }
+    if (captureActive() && monitorFlag_ != 1) {
+        return result;
+    }
+    // Checked before the monitor stops: a refused REC leaves everything as
+    // it was.
+    const RecCheck check = checkOutputBeforeRec(outputFile_, roomFor(request));
+    if (check.kind != RecRefusal::kNone) {
+        result.refusalKind = check.kind;
+        result.refusal = check.message;
         return result;
     }
     if (captureActive()) {
-        if (monitorFlag_ != 1) {
-            return result;
-        }
         stopMonitor();
     }
     MixingWaveCtl* source = request.track ? &accompanimentPlayer_ : nullptr;
     if (capture_.startRecording(kNativeFormat, kEngineBlockBytes, kEngineBlockCount, source,
-                                request.manualFlag, request.manualDelay) == 1) {
+                                request.manualFlag, request.manualDelay) != 1) {
+        result.refusalKind = RecRefusal::kCaptureFailed;
+        result.refusal = capture_.lastError();
+    } else {
         result.capturing = true;
         listener_.showFace(TakeButton::kRecord, true);
         takeDelay_ = 0;

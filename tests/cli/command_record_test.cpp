@@ -18,7 +18,7 @@ TEST_F(CommandRecordTest, AnOutputThatCannotBeCreatedIsRefusedBeforeAnySoundPlay
                                "exec \"$TUNEBOX\" record --accompaniment song.wav "
                                "--output missing/take.wav");
     EXPECT_EQ(run.status, 2);
-    EXPECT_EQ(run.err, "tunebox: missing/take.wav: cannot be created\n");
+    EXPECT_EQ(run.err, "tunebox: missing/take.wav: the folder missing does not exist\n");
     EXPECT_FALSE(std::filesystem::exists(dir() / "missing"));
 }
 

@@ -27,7 +27,7 @@ int CommandLineTake::rec(const RecordingOptions& options) {
     controller_.setEcho(options.echo);
     const RecStart started = controller_.rec(request);
     if (!started.capturing) {
-        return failed(capture().lastError());
+        return failed(started.refusal);
     }
     switch (started.accompaniment) {
         case PlayStart::kOpenFailed:
