@@ -74,13 +74,32 @@ TEST_F(TakeSafetyTest, ThePickersQuestionCountsOnceForItsName) {
     EXPECT_FALSE(controller().captureActive());
 }
 
-TEST_F(TakeSafetyTest, AnEmptyNameIsToldAndNothingStarts) {
+// Each refusal is one message box, and nothing starts.
+TEST_F(TakeSafetyTest, ARefusedRecSaysWhyAndStartsNothing) {
+    const std::pair<std::string, QString> cases[] = {
+        {"", QStringLiteral("録音ﾌｧｲﾙ名を指定してください")},
+        {"/nonexistent-folder/take.wav", QStringLiteral("ﾌｫﾙﾀﾞがありません")},
+    };
     start(20, 4);
-    control<QLineEdit>(kRecordedName)->clear();
+    for (const auto& [name, expected] : cases) {
+        desktop_.messages.clear();
+        control<QLineEdit>(kRecordedName)->setText(QString::fromStdString(name));
+        click(kRecord);
+        ASSERT_EQ(desktop_.messages.size(), 1) << name;
+        EXPECT_TRUE(desktop_.messages.first().contains(expected))
+            << desktop_.messages.first().toStdString();
+        EXPECT_FALSE(controller().captureActive());
+        EXPECT_EQ(karaoke().state, kIdle);
+        EXPECT_EQ(face(kRecord), kFaceRecord);
+    }
+}
+
+TEST_F(TakeSafetyTest, AMicrophoneThatWillNotOpenIsTold) {
+    start(20, 4, true);
     click(kRecord);
     ASSERT_EQ(desktop_.messages.size(), 1);
-    EXPECT_TRUE(desktop_.messages.first().contains(QStringLiteral("録音ﾌｧｲﾙ名")));
-    EXPECT_FALSE(controller().captureActive());
+    EXPECT_TRUE(desktop_.messages.first().contains(QStringLiteral("録音を開始できません")))
+        << desktop_.messages.first().toStdString();
     EXPECT_EQ(karaoke().state, kIdle);
 }
 

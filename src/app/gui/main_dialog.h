@@ -66,7 +66,7 @@ class MainDialog : public QDialog, private TakeListener {
     void pickRecorded();
     void recordedNameChanged();
     void record();
-    bool recordingCanStart();
+    bool recordingCanStart() const;
     bool overwriteAgreed();
     void restoreLastTake();
     void offerRepair(const QString& path);

@@ -19,16 +19,8 @@ const QString kRepairCaption = QStringLiteral("録音ﾌｧｲﾙの修復");
 
 // REC's own precondition, checked before anything is asked: a press that
 // would be ignored asks nothing.
-bool MainDialog::recordingCanStart() {
-    if (!playersIdle() || (controller_.captureActive() && monitorOn() != 1)) {
-        return false;
-    }
-    if (recordedName_.isEmpty()) {
-        services_.showStop(this, QStringLiteral("録音できません"),
-                           QStringLiteral("録音ﾌｧｲﾙ名を指定してください。"));
-        return false;
-    }
-    return true;
+bool MainDialog::recordingCanStart() const {
+    return playersIdle() && (!controller_.captureActive() || monitorOn() == 1);
 }
 
 bool MainDialog::overwriteAgreed() {
