@@ -15,6 +15,9 @@ constexpr const char* kSyncSection = "REC_DIFFERENCE";
 constexpr const char* kDelayKey = "DIFF_PLAY_BYTE";
 constexpr const char* kManualKey = "MANUAL_DIFF";
 constexpr const char* kFolderKey = "PATH";
+constexpr const char* kLastTakeSection = "LAST_TAKE";
+// A whole path, not a picker's folder: as long as the system allows.
+constexpr std::size_t kTakePathBytes = 4096;
 constexpr int32_t kAbsent = -1;
 
 std::string environment(const char* name) {
@@ -78,6 +81,14 @@ void writeFolder(FolderPicker picker, const std::filesystem::path& pickedFile) {
         folder += '/';
     }
     profileWriteString(settingsPath(), folderSection(picker), kFolderKey, folder);
+}
+
+std::string readLastTake() {
+    return profileReadString(settingsPath(), kLastTakeSection, kFolderKey, "", kTakePathBytes);
+}
+
+void writeLastTake(const std::filesystem::path& take) {
+    profileWriteString(settingsPath(), kLastTakeSection, kFolderKey, take.string());
 }
 
 int readDecoderChoice() {

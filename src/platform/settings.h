@@ -1,6 +1,7 @@
 #pragma once
 // The settings file "Tunebox.INI": the manual delay and its switch, the last
-// folder of each file picker and the preferred MP3 decoder. It lives in
+// folder of each file picker, the last take's file and the preferred MP3
+// decoder. It lives in
 // $TUNEBOX_CONFIG_DIR, else $XDG_CONFIG_HOME/tunebox, else ~/.config/tunebox.
 // Nothing here reports a failure: a missing file reads as the defaults and a
 // write that fails is forgotten.
@@ -34,6 +35,11 @@ std::string readFolder(FolderPicker picker);
 
 // Remembers the folder of a file the user picked, with its trailing separator.
 void writeFolder(FolderPicker picker, const std::filesystem::path& pickedFile);
+
+// The file the last take was recorded into, so that a take a crash cut short
+// can be found again at the next start; empty when none is remembered.
+std::string readLastTake();
+void writeLastTake(const std::filesystem::path& take);
 
 // 1 when the built-in MPEG decoder is to be tried first, 0 for the codec
 // manager.

@@ -14,7 +14,9 @@ struct FakeDesktop {
     QStringList openAnswer;
     QString saveAnswer;
     std::vector<gui::PickerRequest> requests;
-    QStringList messages;  // "caption|text"
+    QStringList messages;  // "caption|text", notes and stops alike
+    bool yesAnswer = false;
+    QStringList questions;  // "caption|text"
     std::vector<QUrl> opened;
     std::shared_ptr<AudioBackend> audio = makeAudioBackendFromEnvironment();
 
@@ -30,7 +32,15 @@ struct FakeDesktop {
                 [this](QWidget*, const QString& caption, const QString& text) {
                     messages << caption + '|' + text;
                 },
-                [this](const QUrl& url) { opened.push_back(url); }, audio};
+                [this](QWidget*, const QString& caption, const QString& text) {
+                    messages << caption + '|' + text;
+                },
+                [this](QWidget*, const QString& caption, const QString& text) {
+                    questions << caption + '|' + text;
+                    return yesAnswer;
+                },
+                [this](const QUrl& url) { opened.push_back(url); },
+                audio};
     }
 };
 

@@ -35,9 +35,10 @@ inline void saveScreenshot(QWidget& dialog, const QString& name) {
 class SessionTest : public GuiTest {
   protected:
     // Speed: virtual seconds per real second.
-    void start(double songSeconds, double speed) {
+    void start(double songSeconds, double speed, bool microphoneFails = false) {
         auto config = VirtualAudioConfig{};
         config.speed = speed;
+        config.failInputOpen = microphoneFails;
         config.loopbackGain = 0.25f;
         config.voice = loudVoice(60);
         audio_ = std::make_shared<VirtualAudio>(std::move(config));

@@ -39,6 +39,18 @@ void showStop(QWidget* parent, const QString& caption, const QString& text) {
     box.exec();
 }
 
+void showNote(QWidget* parent, const QString& caption, const QString& text) {
+    QMessageBox box(QMessageBox::Information, caption, text, QMessageBox::Ok, parent);
+    box.exec();
+}
+
+bool askYesNo(QWidget* parent, const QString& caption, const QString& text) {
+    QMessageBox box(QMessageBox::Question, caption, text, QMessageBox::Yes | QMessageBox::No,
+                    parent);
+    box.setDefaultButton(QMessageBox::No);
+    return box.exec() == QMessageBox::Yes;
+}
+
 }  // namespace
 
 QStringList qtNameFilters(const QString& filter) {
@@ -55,7 +67,12 @@ QStringList qtNameFilters(const QString& filter) {
 }
 
 DialogServices desktopServices() {
-    return {pickOpen, pickSave, showStop, [](const QUrl& url) { QDesktopServices::openUrl(url); },
+    return {pickOpen,
+            pickSave,
+            showStop,
+            showNote,
+            askYesNo,
+            [](const QUrl& url) { QDesktopServices::openUrl(url); },
             makeAudioBackendFromEnvironment()};
 }
 

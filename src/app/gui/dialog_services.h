@@ -1,6 +1,6 @@
 #pragma once
-// What the dialog asks of the desktop: file pickers, the stop message box,
-// the default browser and the sound devices. The dialog takes them as a set
+// What the dialog asks of the desktop: file pickers, the message boxes, the
+// default browser and the sound devices. The dialog takes them as a set
 // so that a test can answer in place of a user.
 
 #include <QString>
@@ -29,6 +29,9 @@ struct DialogServices {
     // The file to save to, or empty when the user cancelled.
     std::function<QString(QWidget* parent, const PickerRequest& request)> pickSave;
     std::function<void(QWidget* parent, const QString& caption, const QString& text)> showStop;
+    std::function<void(QWidget* parent, const QString& caption, const QString& text)> showNote;
+    // True when the user answers yes; no is the safe answer and the default.
+    std::function<bool(QWidget* parent, const QString& caption, const QString& text)> askYesNo;
     std::function<void(const QUrl& url)> openUrl;
     // The players' and the recorder's devices and timers.
     std::shared_ptr<AudioBackend> audio;

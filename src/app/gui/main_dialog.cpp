@@ -282,6 +282,7 @@ void MainDialog::initialiseMembers() {
     controller_.setSourceOptions(SourceOptions{readDecoderChoice() == 1});
     timeText_ = QString::fromStdString(formatPositionTime(controller_.accompaniment().position));
     pushToControls();
+    restoreLastTake();
 }
 
 void MainDialog::pushToControls() {
@@ -327,6 +328,9 @@ bool MainDialog::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void MainDialog::destroy() {
+    // Unlike the players, a take still running is finished, not dropped:
+    // what was sung up to the close is kept.
+    finishTake();
     controller_.close();
     SyncSettings settings;
     settings.manualDelayText = manualDelayEdit_->text().toStdString();

@@ -37,6 +37,11 @@ class MainDialog : public QDialog, private TakeListener {
     LevelMeter& meter() const { return *meter_; }
     TakeController& controller() { return controller_; }
 
+    // Ends a running take as STOP does; the desktop session is ending.
+    void finishTake();
+    // Closing the dialog in any way keeps the take recorded so far.
+    void done(int result) override;
+
   protected:
     void paintEvent(QPaintEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -61,6 +66,10 @@ class MainDialog : public QDialog, private TakeListener {
     void pickRecorded();
     void recordedNameChanged();
     void record();
+    bool recordingCanStart() const;
+    bool overwriteAgreed();
+    void restoreLastTake();
+    void offerRepair(const QString& path);
     void toggleMonitor();
     void echoChanged();
     void manualDelayLeft();
@@ -93,6 +102,9 @@ class MainDialog : public QDialog, private TakeListener {
     // Members exchanged with controls.
     QString karaokeName_;
     QString recordedName_;
+    // A name the save picker has already asked to replace; REC does not ask
+    // again for it until it has recorded over it.
+    QString overwriteAgreed_;
     QString timeText_;
     QString delayReadout_;
     QString manualDelayText_;

@@ -1,10 +1,11 @@
-// The capture side: REC, the level monitor, echo, the manual delay, and a
-// take that a fault cut short.
+// The capture side: REC and why it may refuse, the level monitor, echo, the
+// manual delay, and a take that a fault cut short.
 
 #include "app/gui/about_dialog.h"
 #include "app/gui/main_dialog.h"
 #include "app/gui/project_pages.h"
 #include "core/diagnostic_log.h"
+#include "platform/settings.h"
 #include "session/delay_text.h"
 
 namespace tunebox::gui {
@@ -14,6 +15,25 @@ QString faultText(CaptureFault fault) {
     return fault == CaptureFault::kOutputWrite
                ? QStringLiteral("録音ﾌｧｲﾙに書き込めません(ﾃﾞｨｽｸの空き不足?)。")
                : QStringLiteral("ﾏｲｸからの入力が止まりました。");
+}
+
+// The first line for the singer; the controller's own line, naming the
+// file or the device, follows it.
+QString refusalText(RecRefusal kind) {
+    switch (kind) {
+        case RecRefusal::kNoOutputName:
+            return QStringLiteral("録音ﾌｧｲﾙ名を指定してください。");
+        case RecRefusal::kNoFolder:
+            return QStringLiteral("録音ﾌｧｲﾙのﾌｫﾙﾀﾞがありません。");
+        case RecRefusal::kFolderNotWritable:
+            return QStringLiteral("録音ﾌｧｲﾙのﾌｫﾙﾀﾞに書き込めません。");
+        case RecRefusal::kNoRoom:
+            return QStringLiteral("ﾃﾞｨｽｸの空きが足りません(曲の長さと1分ぶんが必要です)。");
+        case RecRefusal::kCaptureFailed:
+        case RecRefusal::kNone:
+            break;
+    }
+    return QStringLiteral("録音を開始できません(ﾏｲｸを確認してください)。");
 }
 
 }  // namespace
@@ -35,13 +55,25 @@ void MainDialog::endFaultedTake(CaptureFault fault) {
 }
 
 void MainDialog::record() {
+    if (!recordingCanStart() || !overwriteAgreed()) {
+        return;
+    }
     RecordRequest request;
     if (!karaokeName_.isEmpty()) {
         request.track = currentTrack();
     }
     request.manualFlag = manualDelayFlag_;
     request.manualDelay = parseDelayText(manualDelayText_.toStdString());
-    controller_.rec(request);
+    const RecStart started = controller_.rec(request);
+    if (started.capturing) {
+        overwriteAgreed_.clear();
+        writeLastTake(recordedName_.toStdString());
+    } else if (started.refusalKind != RecRefusal::kNone) {
+        logAlways(started.refusal);
+        services_.showStop(
+            this, QStringLiteral("録音できません"),
+            refusalText(started.refusalKind) + '\n' + QString::fromStdString(started.refusal));
+    }
 }
 
 void MainDialog::toggleMonitor() {

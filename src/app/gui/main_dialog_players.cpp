@@ -1,6 +1,7 @@
 // The two players: picking the files, the accompaniment's PLAY and the
 // position trackbars.
 
+#include <QFileInfo>
 #include <QLabel>
 #include <QTreeWidget>
 
@@ -73,9 +74,12 @@ void MainDialog::pickRecorded() {
         return;
     }
     recordedName_ = picked;
+    // The picker has asked before it let an existing file be chosen.
+    overwriteAgreed_ = QFileInfo(picked).isFile() ? picked : QString();
     pushToControls();
     recordedNameChanged();
     writeFolder(FolderPicker::kMic, picked.toStdString());
+    offerRepair(picked);
 }
 
 void MainDialog::recordedNameChanged() {

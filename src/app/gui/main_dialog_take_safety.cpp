@@ -1,0 +1,80 @@
+// What stands between the singer and a lost take: the question before REC
+// records over a file, the repair offered for a take that was cut short, and
+// the take finished, not dropped, when the dialog or the session ends.
+
+#include <QFileInfo>
+#include <QLineEdit>
+#include <QTimer>
+
+#include "app/gui/main_dialog.h"
+#include "platform/settings.h"
+#include "playback/wav_repair.h"
+
+namespace tunebox::gui {
+namespace {
+
+const QString kRepairCaption = QStringLiteral("録音ﾌｧｲﾙの修復");
+
+}  // namespace
+
+// REC's own precondition, checked before anything is asked: a press that
+// would be ignored asks nothing.
+bool MainDialog::recordingCanStart() const {
+    return playersIdle() && (!controller_.captureActive() || monitorOn() == 1);
+}
+
+bool MainDialog::overwriteAgreed() {
+    if (!QFileInfo(recordedName_).isFile() || recordedName_ == overwriteAgreed_) {
+        return true;
+    }
+    return services_.askYesNo(
+        this, QStringLiteral("録音ﾌｧｲﾙの上書き"),
+        recordedName_ + QStringLiteral("\nは既にあります。上書きして録音しますか?"));
+}
+
+// The file of the last take is named again at start, and offered for repair
+// once the dialog is up when a crash left it unfinished.
+void MainDialog::restoreLastTake() {
+    const QString last = QString::fromStdString(readLastTake());
+    if (last.isEmpty()) {
+        return;
+    }
+    recordedNameEdit_->setText(last);
+    QTimer::singleShot(0, this, [this, last] { offerRepair(last); });
+}
+
+void MainDialog::offerRepair(const QString& path) {
+    const WavInspection inspection = inspectWav(path.toStdString());
+    if (inspection.condition != WavCondition::kUnfinished) {
+        return;
+    }
+    const QString question = path +
+                             QStringLiteral("\nは録音が途中で終わっています。修復しますか?\n") +
+                             QString::fromStdString(inspection.detail);
+    if (!services_.askYesNo(this, kRepairCaption, question)) {
+        return;
+    }
+    const RepairResult result = repairWav(path.toStdString());
+    const QString detail = QString::fromStdString(result.message);
+    if (!result.repaired) {
+        services_.showStop(this, kRepairCaption, QStringLiteral("修復できませんでした:") + detail);
+        return;
+    }
+    // The file is a take worth keeping now, not the wreck the picker was
+    // told could be replaced.
+    overwriteAgreed_.clear();
+    services_.showNote(this, kRepairCaption, QStringLiteral("修復しました:") + detail);
+}
+
+void MainDialog::finishTake() {
+    if (controller_.captureActive()) {
+        controller_.stopRecorder();
+    }
+}
+
+void MainDialog::done(int result) {
+    finishTake();
+    QDialog::done(result);
+}
+
+}  // namespace tunebox::gui
