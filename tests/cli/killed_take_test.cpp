@@ -7,6 +7,7 @@
 #include <array>
 #include <string>
 
+#include "core/wave_format.h"
 #include "playback/wav_length.h"
 #include "support/riff_bytes.h"
 #include "support/take_runner.h"
@@ -14,7 +15,6 @@
 namespace tunebox {
 namespace {
 
-constexpr uint32_t kBytesPerSecond = 176400;
 constexpr std::array<const char*, 3> kKillAfter = {"1.3", "2.7", "4.1"};
 
 class KilledTakeTest : public ::testing::Test, protected test::TakeRunner {};
@@ -22,9 +22,9 @@ class KilledTakeTest : public ::testing::Test, protected test::TakeRunner {};
 // Each take runs in a folder of its own (its own log and settings) in real
 // time. The clock of a take starts when its file appears, which is when
 // capture starts. The kills run side by side with a take that ends with its
-// accompaniment: the reference for the samples, and the measure of how long
-// a take runs before and after its audio (opening the accompaniment, the
-// close), which a killed take may lose on top of its last second.
+// accompaniment: the reference for the samples, and the measure of the
+// start-up, the time before the first block that reaches the file begins
+// (the accompaniment has to start first).
 std::string killScript() {
     std::string script =
         "export TUNEBOX_AUDIO=virtual\n"
@@ -32,8 +32,10 @@ std::string killScript() {
         " \"$TUNEBOX\" record --accompaniment ../song.wav --start 3 --output take.wav"
         " --no-echo >/dev/null & pid=$!; until [ -e take.wav ]; do sleep 0.01; done; }\n"
         "\"$TUNEBOX\" tune song.wav >/dev/null || exit 1\n"
-        "(take whole; start=$(date +%s.%N); wait $pid || exit 1\n"
-        " awk -v from=$start -v to=$(date +%s.%N) 'BEGIN { print to - from }' >seconds) &\n"
+        "(take whole; start=$(date +%s.%N)\n"
+        " until [ \"$(stat -c %s take.wav)\" -gt 44 ]; do sleep 0.01; done\n"
+        " awk -v from=$start -v to=$(date +%s.%N) 'BEGIN { print to - from }' >first-block\n"
+        " wait $pid) &\n"
         "whole=$!\n";
     for (const char* seconds : kKillAfter) {
         script += std::string("(take killed-") + seconds + "; sleep " + seconds +
@@ -47,8 +49,8 @@ TEST_F(KilledTakeTest, AKilledTakeKeepsAllButItsLastSecondExactly) {
     ASSERT_EQ(run.status, 0) << run.err;
     expectFinishedTake("whole/take.wav");
     const test::Bytes whole = test::readBytes(dir() / "whole/take.wav");
-    const double overhead = std::stod(test::readText(dir() / "whole/seconds")) -
-                            double(whole.size() - 44) / kBytesPerSecond;
+    const double startup = std::stod(test::readText(dir() / "whole/first-block")) -
+                           double(kEngineBlockBytes) / kNativeBytesPerSecond;
 
     for (const char* seconds : kKillAfter) {
         SCOPED_TRACE(seconds);
@@ -68,7 +70,7 @@ TEST_F(KilledTakeTest, AKilledTakeKeepsAllButItsLastSecondExactly) {
                   0);
 
         const double alive = std::stod(seconds);
-        EXPECT_GE(declared, (alive - overhead - 1.0) * kBytesPerSecond) << overhead;
+        EXPECT_GE(declared, (alive - startup - 1.0) * kNativeBytesPerSecond) << startup;
         ASSERT_LE(declared, whole.size() - 44);
         EXPECT_TRUE(
             std::equal(bytes.begin() + 44, bytes.begin() + 44 + declared, whole.begin() + 44));
