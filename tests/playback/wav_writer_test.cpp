@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <array>
+#include <memory>
 
 #include "playback/wav_length.h"
 #include "support/command_runner.h"
@@ -98,6 +102,22 @@ TEST_F(WavWriterTest, WithoutRefreshAFileNeverClosedKeepsZeroSizes) {
     ASSERT_EQ(bytes.size(), 44 + samples.size());
     EXPECT_EQ(test::loadLe32At(bytes, 4), 0u);
     EXPECT_EQ(test::loadLe32At(bytes, 40), 0u);
+}
+
+// A pipe stands in for a disk that refuses to flush: the close, which waits
+// for the flush already asked for, reports the take as not finished.
+TEST_F(WavWriterTest, AFailedFlushToTheDiskFailsTheTake) {
+    wavResetWriter(writer_);
+    ASSERT_EQ(wavCreateFile(path_, writer_), 1);
+    std::array<int, 2> pipe{};
+    ASSERT_EQ(::pipe(pipe.data()), 0);
+    writer_.flusher = std::make_unique<BackgroundFlusher>(pipe[1]);
+    const test::Bytes samples = test::counting(kHeaderRefreshBytes);
+    // The write may or may not see the failure yet: the flush runs meanwhile.
+    wavWrite(writer_, samples.data(), kHeaderRefreshBytes);
+    EXPECT_EQ(wavCloseFile(writer_), 0);
+    ::close(pipe[0]);
+    ::close(pipe[1]);
 }
 
 TEST_F(WavWriterTest, FailuresAreReportedNotThrown) {
