@@ -1,6 +1,19 @@
 #include "capture/output_sink.h"
 
+#include <cstdlib>
+#include <string_view>
+
 namespace tunebox {
+namespace {
+
+// TUNEBOX_HEADER_REFRESH=off leaves the header's sizes to the close, the way
+// to measure what keeping them up to date costs during a take.
+uint32_t headerRefreshBytes() {
+    const char* setting = std::getenv("TUNEBOX_HEADER_REFRESH");
+    return setting != nullptr && std::string_view(setting) == "off" ? 0 : kHeaderRefreshBytes;
+}
+
+}  // namespace
 
 int OutputSink::open(const std::string& path) {
     writeFailed_ = 0;
@@ -9,6 +22,7 @@ int OutputSink::open(const std::string& path) {
             return 1;
         case kSinkWavFile:
             wavResetWriter(writer_);
+            writer_.refreshBytes = headerRefreshBytes();
             return wavCreateFile(path, writer_);
         case kSinkNone:
             break;

@@ -2,7 +2,8 @@
 // Where the capture engine's blocks go: nowhere (level monitor) or into the
 // output WAV file. A write that fails once (a full disk) is not retried: the
 // file keeps a clean prefix of the take and is finished with a header that
-// matches it.
+// matches it. A header that cannot be kept up to date during the take, or
+// data that cannot be pushed to the disk, counts as such a failed write.
 
 #include <cstdint>
 #include <string>

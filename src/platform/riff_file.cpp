@@ -200,6 +200,22 @@ int RiffFile::writeSizeOf(const ChunkInfo& chunk, uint32_t size) {
     return written ? 1 : 0;
 }
 
+int RiffFile::publishSize(const ChunkInfo& chunk) {
+    const int64_t end = tell();
+    if (end < static_cast<int64_t>(chunk.dataOffset) || (chunk.flags & kChunkDirty) == 0 ||
+        std::fflush(stream_) != 0) {
+        return 0;
+    }
+    std::array<uint8_t, 4> bytes{};
+    storeLe32(bytes.data(), static_cast<uint32_t>(end - chunk.dataOffset));
+    const off_t field = static_cast<off_t>(chunk.dataOffset) - 4;
+    return ::pwrite(::fileno(stream_), bytes.data(), bytes.size(), field) == 4 ? 1 : 0;
+}
+
+int RiffFile::descriptor() const {
+    return stream_ == nullptr ? -1 : ::fileno(stream_);
+}
+
 int RiffFile::createChunk(ChunkInfo& chunk) {
     return writeHeader(chunk, false);
 }

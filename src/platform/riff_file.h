@@ -86,6 +86,15 @@ class RiffFile {
     int createChunk(ChunkInfo& chunk);
     int createRiff(ChunkInfo& chunk);
 
+    // For a chunk created for writing and not yet left: hands the buffered
+    // bytes to the system, then writes the size the chunk has so far into
+    // its header with a positioned write, so that the file never declares
+    // bytes it does not hold. The position stays where it is. Returns 1 or 0.
+    int publishSize(const ChunkInfo& chunk);
+
+    // The system's descriptor of the open file, or -1 when closed.
+    int descriptor() const;
+
     // Bytes transferred, or -1 when the file reports an error. A write that
     // would take the file past 4 GiB, where RIFF sizes end, is refused (-1).
     int64_t read(void* buffer, int64_t count);

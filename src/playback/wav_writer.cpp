@@ -1,6 +1,7 @@
 #include "playback/wav_writer.h"
 
 #include <array>
+#include <memory>
 
 namespace tunebox {
 namespace {
@@ -33,6 +34,18 @@ bool writeHeader(WaveWriter& writer) {
     return file.createChunk(writer.subChunk) == 1;
 }
 
+// The RIFF size goes first: a process killed between the two writes leaves a
+// data chunk that still fits inside its parent.
+bool publishSizes(WaveWriter& writer) {
+    RiffFile& file = *writer.file;
+    if (file.publishSize(writer.riffChunk) != 1 || file.publishSize(writer.subChunk) != 1) {
+        return false;
+    }
+    writer.unpublishedBytes = 0;
+    writer.flusher->request();
+    return writer.flusher->failed() == 0;
+}
+
 }  // namespace
 
 void wavResetWriter(WaveWriter& writer) {
@@ -49,6 +62,7 @@ int wavCreateFile(const std::string& path, WaveWriter& writer) {
         writer.file.reset();
         return 0;
     }
+    writer.flusher = std::make_unique<BackgroundFlusher>(writer.file->descriptor());
     return 1;
 }
 
@@ -56,18 +70,27 @@ int wavWrite(WaveWriter& writer, const uint8_t* bytes, uint32_t count) {
     if (!writer.file) {
         return 0;
     }
-    return writer.file->write(bytes, count) == -1 ? 0 : 1;
+    if (writer.file->write(bytes, count) == -1) {
+        return 0;
+    }
+    writer.unpublishedBytes += count;
+    if (writer.refreshBytes != 0 && writer.unpublishedBytes >= writer.refreshBytes) {
+        return publishSizes(writer) ? 1 : 0;
+    }
+    return 1;
 }
 
 int wavCloseFile(WaveWriter& writer) {
     if (!writer.file) {
         return 0;
     }
+    const bool flushed = writer.flusher->finish() == 1;
+    writer.flusher.reset();
     const bool finished =
         writer.file->ascend(writer.subChunk) == 1 && writer.file->ascend(writer.riffChunk) == 1;
     const bool closed = writer.file->close() == 1;
     writer.file.reset();
-    return finished && closed ? 1 : 0;
+    return flushed && finished && closed ? 1 : 0;
 }
 
 }  // namespace tunebox
