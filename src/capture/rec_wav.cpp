@@ -25,8 +25,8 @@ constexpr int kFlatBand = 24;
 constexpr int kUnprepareTries = 100;
 constexpr auto kStopWait = std::chrono::milliseconds(10);
 constexpr auto kCloseRetryWait = std::chrono::milliseconds(500);
-// Beyond the time the outstanding buffers need to fill, a stop waits this
-// long before it takes them back from a device that stopped returning them.
+// A reset hands every buffer straight back; a device that breaks that
+// promise cannot hold a stop for longer than this.
 constexpr uint32_t kStopGraceMs = 2000;
 
 int32_t peakOf(const uint8_t* block, uint32_t length, uint32_t channel) {
@@ -45,7 +45,7 @@ uint32_t handledCaptureNotices() {
 }
 
 CRecWav::CRecWav(Dispatcher& dispatcher, AudioBackend& backend)
-    : dispatcher_(dispatcher), backend_(backend) {}
+    : dispatcher_(dispatcher), backend_(backend), watchdog_(backend.timers(), backend.clock()) {}
 
 CRecWav::~CRecWav() {
     close();
@@ -106,6 +106,9 @@ int CRecWav::start(SinkMode mode, const WaveFormat& format, uint32_t slotSize, i
     if (!queueAll() || device_->start() != kAudioOk) {
         return failStart("the microphone did not start: " + device_->lastError());
     }
+    if (!armWatchdog()) {
+        return failStart("the microphone cannot be watched: no timer");
+    }
     state_ = kRecCapturing;
     playback_ = playback;
     return 1;
@@ -123,7 +126,9 @@ int CRecWav::openInput() {
     device_ = backend_.makeInput();
     Dispatcher* dispatcher = &dispatcher_;
     std::shared_ptr<CaptureInbox> inbox = inbox_;
-    const auto onDone = [dispatcher, inbox](WaveHeader& header) {
+    InputWatchdog* watchdog = &watchdog_;
+    const auto onDone = [dispatcher, inbox, watchdog](WaveHeader& header) {
+        watchdog->noteDelivery();
         dispatcher->post([inbox, notice = &header] {
             if (inbox->engine != nullptr) {
                 inbox->engine->onCaptureDone(*notice);
@@ -131,6 +136,26 @@ int CRecWav::openInput() {
         });
     };
     return device_->open(format_, onDone) == kAudioOk ? 1 : 0;
+}
+
+// A silent device is reported like any other fault of the run, on the
+// owning thread and only while the run is still open.
+bool CRecWav::armWatchdog() {
+    Dispatcher* dispatcher = &dispatcher_;
+    std::shared_ptr<CaptureInbox> inbox = inbox_;
+    return watchdog_.arm([dispatcher, inbox] {
+        dispatcher->post([inbox] {
+            if (inbox->engine != nullptr) {
+                inbox->engine->onInputSilent();
+            }
+        });
+    });
+}
+
+void CRecWav::onInputSilent() {
+    if (state_ == kRecCapturing) {
+        recordFault(CaptureFault::kInputDevice, "the microphone delivered nothing for 2 seconds");
+    }
 }
 
 // The microphone's chain: no level, no equaliser, the reverb only when the
@@ -165,14 +190,14 @@ int CRecWav::queueAll() {
     return 1;
 }
 
-// A buffer that comes back short (a stop, a device that went away) is still
-// passed on at the full slot size; its unrecorded tail is silence rather
-// than what the buffer held the time before.
+// A buffer that comes back short (a stop, a device that went away) is
+// passed on at the length it holds, in whole frames: silence after it would
+// lengthen the take past the moment the singer stopped.
 void CRecWav::onCaptureDone(WaveHeader& header) {
     const uint32_t slotSize = RecBuf.slotSize();
     const uint32_t recorded = std::min(header.bytesRecorded, slotSize);
-    std::memset(header.data + recorded, 0, slotSize - recorded);
-    const uint32_t length = std::max(header.bytesRecorded, slotSize);
+    const uint32_t length =
+        recorded == slotSize ? slotSize : recorded / kNativeFrameBytes * kNativeFrameBytes;
     uint32_t endFlag = 0;
     if (state_ == kRecStopping || state_ == kRecClosed) {
         --pending_;
@@ -187,36 +212,46 @@ void CRecWav::pump() {
     if (!pumpVoice() || playback_ == nullptr) {
         return;
     }
-    pumpMix();
+    if (mixQueued()) {
+        close();
+    }
 }
 
-// Returns 0 once a block with the end flag has closed the engine.
+// Returns 0 once a block with the end flag has finished the take.
 int CRecWav::pumpVoice() {
     RecLingSlot* slot = nullptr;
     while (RecBuf.get(slot)) {
-        if (effectsEnabled_ == 1) {
-            fltEffectChain(micCtl_, reinterpret_cast<int16_t*>(slot->buf.get()), slot->length);
-        }
-        reportLevels(slot->buf.get(), slot->length);
-        if (playback_ == nullptr) {
-            writeToSink(slot->buf.get(), slot->length);
-        } else if (!syncMx_.P1_WriteBuf(slot->buf.get(), slot->length, slot->endFlag)) {
-            logAlways("ﾊﾞｯﾌｧｵｰﾊﾞｰﾌﾛｰ:SyncMx.P1_WriteBuf");
+        // An empty buffer (one a stop took back unfilled) holds nothing to hear.
+        if (slot->length > 0) {
+            passOnVoice(*slot);
         }
         if (state_ == kRecCapturing && slot->header != nullptr) {
             requeue(*slot->header);
         }
         if (slot->endFlag == 1) {
-            close();
+            finishTake();
             return 0;
         }
     }
     return 1;
 }
 
-// Each MixBuf block is copied out before the next get, which is what keeps
-// the player from refilling it meanwhile.
-void CRecWav::pumpMix() {
+void CRecWav::passOnVoice(RecLingSlot& slot) {
+    if (effectsEnabled_ == 1) {
+        fltEffectChain(micCtl_, reinterpret_cast<int16_t*>(slot.buf.get()), slot.length);
+    }
+    reportLevels(slot.buf.get(), slot.length);
+    if (playback_ == nullptr) {
+        writeToSink(slot.buf.get(), slot.length);
+    } else if (!syncMx_.P1_WriteBuf(slot.buf.get(), slot.length, slot.endFlag)) {
+        logAlways("ﾊﾞｯﾌｧｵｰﾊﾞｰﾌﾛｰ:SyncMx.P1_WriteBuf");
+    }
+}
+
+// Mixes every block the two rings allow; true once the mixer has handed out
+// the take's last block. Each MixBuf block is copied out before the next
+// get, which is what keeps the player from refilling it meanwhile.
+bool CRecWav::mixQueued() {
     LingSlot* played = nullptr;
     while (playback_->mixBuf().get(played)) {
         syncMx_.P2_WriteBuf(played->buf.get(), played->length, played->endFlag);
@@ -225,10 +260,21 @@ void CRecWav::pumpMix() {
     uint32_t endFlag = 0;
     do {
         if (syncMx_.mixBlock(cpybuf_.get(), length, endFlag) != 1) {
-            return;
+            return false;
         }
         writeToSink(cpybuf_.get(), length);
     } while (endFlag != 1);
+    return true;
+}
+
+// The voice has ended: the mixer hands out what is left of it over the
+// accompaniment, and whatever it cannot line up (a take stopped before the
+// delay could be applied) has nothing to go with.
+void CRecWav::finishTake() {
+    if (playback_ != nullptr) {
+        syncMx_.endVoice();
+        mixQueued();
+    }
     close();
 }
 
@@ -284,32 +330,38 @@ int CRecWav::stop() {
     if (state_ == kRecCapturing) {
         state_ = kRecStopping;
         pending_ = queued_;
+        takeBackBuffers();
         waitForOutstanding();
-        if (device_) {
-            device_->stop();
+        // With no buffer left to carry the end flag (a device that failed
+        // them all) the take is finished here.
+        if (state_ == kRecStopping) {
+            finishTake();
         }
-        stopRetry_ = 0;
-        close();
     }
     return 1;
 }
 
+// The converter stops at this instant and every buffer comes back at once,
+// the one being filled with what it holds: the take ends where the stop
+// found it, not when the queued buffers would have filled.
+void CRecWav::takeBackBuffers() {
+    if (device_) {
+        device_->stop();
+        device_->reset();
+    }
+}
+
 // Pumps the notices by hand until the last outstanding buffer (the one that
-// carries the end flag) has closed the engine. A device that no longer hands
-// buffers back is reset once their time is well past, which returns them.
+// carries the end flag) has finished the take.
 void CRecWav::waitForOutstanding() {
-    const uint64_t fillMs = uint64_t{RecBuf.slotSize()} * static_cast<uint64_t>(pending_ + 1) *
-                            1000 / kNativeBytesPerSecond;
-    const auto retryLimit =
-        static_cast<uint32_t>((fillMs + kStopGraceMs) / static_cast<uint64_t>(kStopWait.count()));
-    while (pending_ > 0 && state_ == kRecStopping) {
+    const auto retryLimit = static_cast<uint32_t>(kStopGraceMs / kStopWait.count());
+    stopRetry_ = 0;
+    while (pending_ > 0 && state_ == kRecStopping && stopRetry_ < retryLimit) {
         if (dispatcher_.pumpPending() > 0) {
             continue;
         }
         dispatcher_.waitForWork(kStopWait);
-        if (++stopRetry_ == retryLimit && device_) {
-            device_->reset();
-        }
+        ++stopRetry_;
     }
 }
 
@@ -341,6 +393,7 @@ int CRecWav::close() {
 }
 
 void CRecWav::freeAll() {
+    watchdog_.disarm();
     if (device_) {
         device_->reset();
         unprepareAll();
