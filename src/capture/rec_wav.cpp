@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <cstring>
 #include <thread>
 
 #include "core/diagnostic_log.h"
@@ -23,11 +22,6 @@ std::atomic<uint32_t> handledNotices{0};
 
 constexpr int kFlatBand = 24;
 constexpr int kUnprepareTries = 100;
-constexpr auto kStopWait = std::chrono::milliseconds(10);
-constexpr auto kCloseRetryWait = std::chrono::milliseconds(500);
-// A reset hands every buffer straight back; a device that breaks that
-// promise cannot hold a stop for longer than this.
-constexpr uint32_t kStopGraceMs = 2000;
 
 int32_t peakOf(const uint8_t* block, uint32_t length, uint32_t channel) {
     int32_t peak = 0;
@@ -267,26 +261,20 @@ bool CRecWav::mixQueued() {
     return true;
 }
 
-// The voice has ended: the mixer hands out what is left of it over the
-// accompaniment, and whatever it cannot line up (a take stopped before the
-// delay could be applied) has nothing to go with.
-void CRecWav::finishTake() {
-    if (playback_ != nullptr) {
-        syncMx_.endVoice();
-        mixQueued();
-    }
-    close();
-}
-
 void CRecWav::requeue(WaveHeader& header) {
-    for (int tries = 0; device_->unprepare(header) == kAudioStillPlaying && tries < kUnprepareTries;
-         ++tries) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
+    unprepareReturned(header);
     header.flags = 0;
     if (device_->prepare(header) != kAudioOk || device_->addBuffer(header) != kAudioOk) {
         --queued_;
         recordFault(CaptureFault::kInputDevice, "the microphone stopped: " + device_->lastError());
+    }
+}
+
+// A buffer handed back may still be marked in use for a moment.
+void CRecWav::unprepareReturned(WaveHeader& header) {
+    for (int tries = 0; device_->unprepare(header) == kAudioStillPlaying && tries < kUnprepareTries;
+         ++tries) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
 }
 
@@ -323,73 +311,6 @@ uint32_t CRecWav::capturePosition() {
         return 0;
     }
     return bytes;
-}
-
-int CRecWav::stop() {
-    std::lock_guard lock(stopLock_);
-    if (state_ == kRecCapturing) {
-        state_ = kRecStopping;
-        pending_ = queued_;
-        takeBackBuffers();
-        waitForOutstanding();
-        // With no buffer left to carry the end flag (a device that failed
-        // them all) the take is finished here.
-        if (state_ == kRecStopping) {
-            finishTake();
-        }
-    }
-    return 1;
-}
-
-// The converter stops at this instant and every buffer comes back at once,
-// the one being filled with what it holds: the take ends where the stop
-// found it, not when the queued buffers would have filled.
-void CRecWav::takeBackBuffers() {
-    if (device_) {
-        device_->stop();
-        device_->reset();
-    }
-}
-
-// Pumps the notices by hand until the last outstanding buffer (the one that
-// carries the end flag) has finished the take.
-void CRecWav::waitForOutstanding() {
-    const auto retryLimit = static_cast<uint32_t>(kStopGraceMs / kStopWait.count());
-    stopRetry_ = 0;
-    while (pending_ > 0 && state_ == kRecStopping && stopRetry_ < retryLimit) {
-        if (dispatcher_.pumpPending() > 0) {
-            continue;
-        }
-        dispatcher_.waitForWork(kStopWait);
-        ++stopRetry_;
-    }
-}
-
-void CRecWav::unprepareAll() {
-    for (int32_t i = 0; i < RecBuf.slotCount(); ++i) {
-        WaveHeader& header = RecBuf.ling[i].whdr;
-        for (int tries = 0;
-             device_->unprepare(header) == kAudioStillPlaying && tries < kUnprepareTries; ++tries) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-    }
-}
-
-int CRecWav::close() {
-    if (state_ == kRecClosed) {
-        return 0;
-    }
-    device_->reset();
-    unprepareAll();
-    if (device_->close() != kAudioOk) {
-        device_->reset();
-        std::this_thread::sleep_for(kCloseRetryWait);
-        device_->close();
-    }
-    device_.reset();
-    freeAll();
-    state_ = kRecClosed;
-    return 1;
 }
 
 void CRecWav::freeAll() {

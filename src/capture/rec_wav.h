@@ -101,6 +101,7 @@ class CRecWav {
     bool mixQueued();
     void finishTake();
     void requeue(WaveHeader& header);
+    void unprepareReturned(WaveHeader& header);
     void reportLevels(const uint8_t* block, uint32_t length);
     void writeToSink(const uint8_t* bytes, uint32_t count);
     void recordFault(CaptureFault fault, std::string reason);
