@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <cstring>
 #include <thread>
 
 #include "core/diagnostic_log.h"
@@ -23,11 +22,6 @@ std::atomic<uint32_t> handledNotices{0};
 
 constexpr int kFlatBand = 24;
 constexpr int kUnprepareTries = 100;
-constexpr auto kStopWait = std::chrono::milliseconds(10);
-constexpr auto kCloseRetryWait = std::chrono::milliseconds(500);
-// Beyond the time the outstanding buffers need to fill, a stop waits this
-// long before it takes them back from a device that stopped returning them.
-constexpr uint32_t kStopGraceMs = 2000;
 
 int32_t peakOf(const uint8_t* block, uint32_t length, uint32_t channel) {
     int32_t peak = 0;
@@ -45,7 +39,7 @@ uint32_t handledCaptureNotices() {
 }
 
 CRecWav::CRecWav(Dispatcher& dispatcher, AudioBackend& backend)
-    : dispatcher_(dispatcher), backend_(backend) {}
+    : dispatcher_(dispatcher), backend_(backend), watchdog_(backend.timers(), backend.clock()) {}
 
 CRecWav::~CRecWav() {
     close();
@@ -106,6 +100,9 @@ int CRecWav::start(SinkMode mode, const WaveFormat& format, uint32_t slotSize, i
     if (!queueAll() || device_->start() != kAudioOk) {
         return failStart("the microphone did not start: " + device_->lastError());
     }
+    if (!armWatchdog()) {
+        return failStart("the microphone cannot be watched: no timer");
+    }
     state_ = kRecCapturing;
     playback_ = playback;
     return 1;
@@ -123,7 +120,9 @@ int CRecWav::openInput() {
     device_ = backend_.makeInput();
     Dispatcher* dispatcher = &dispatcher_;
     std::shared_ptr<CaptureInbox> inbox = inbox_;
-    const auto onDone = [dispatcher, inbox](WaveHeader& header) {
+    InputWatchdog* watchdog = &watchdog_;
+    const auto onDone = [dispatcher, inbox, watchdog](WaveHeader& header) {
+        watchdog->noteDelivery();
         dispatcher->post([inbox, notice = &header] {
             if (inbox->engine != nullptr) {
                 inbox->engine->onCaptureDone(*notice);
@@ -131,6 +130,26 @@ int CRecWav::openInput() {
         });
     };
     return device_->open(format_, onDone) == kAudioOk ? 1 : 0;
+}
+
+// A silent device is reported like any other fault of the run, on the
+// owning thread and only while the run is still open.
+bool CRecWav::armWatchdog() {
+    Dispatcher* dispatcher = &dispatcher_;
+    std::shared_ptr<CaptureInbox> inbox = inbox_;
+    return watchdog_.arm([dispatcher, inbox] {
+        dispatcher->post([inbox] {
+            if (inbox->engine != nullptr) {
+                inbox->engine->onInputSilent();
+            }
+        });
+    });
+}
+
+void CRecWav::onInputSilent() {
+    if (state_ == kRecCapturing) {
+        recordFault(CaptureFault::kInputDevice, "the microphone delivered nothing for 2 seconds");
+    }
 }
 
 // The microphone's chain: no level, no equaliser, the reverb only when the
@@ -165,14 +184,14 @@ int CRecWav::queueAll() {
     return 1;
 }
 
-// A buffer that comes back short (a stop, a device that went away) is still
-// passed on at the full slot size; its unrecorded tail is silence rather
-// than what the buffer held the time before.
+// A buffer that comes back short (a stop, a device that went away) is
+// passed on at the length it holds, in whole frames: silence after it would
+// lengthen the take past the moment the singer stopped.
 void CRecWav::onCaptureDone(WaveHeader& header) {
     const uint32_t slotSize = RecBuf.slotSize();
     const uint32_t recorded = std::min(header.bytesRecorded, slotSize);
-    std::memset(header.data + recorded, 0, slotSize - recorded);
-    const uint32_t length = std::max(header.bytesRecorded, slotSize);
+    const uint32_t length =
+        recorded == slotSize ? slotSize : recorded / kNativeFrameBytes * kNativeFrameBytes;
     uint32_t endFlag = 0;
     if (state_ == kRecStopping || state_ == kRecClosed) {
         --pending_;
@@ -187,36 +206,46 @@ void CRecWav::pump() {
     if (!pumpVoice() || playback_ == nullptr) {
         return;
     }
-    pumpMix();
+    if (mixQueued()) {
+        close();
+    }
 }
 
-// Returns 0 once a block with the end flag has closed the engine.
+// Returns 0 once a block with the end flag has finished the take.
 int CRecWav::pumpVoice() {
     RecLingSlot* slot = nullptr;
     while (RecBuf.get(slot)) {
-        if (effectsEnabled_ == 1) {
-            fltEffectChain(micCtl_, reinterpret_cast<int16_t*>(slot->buf.get()), slot->length);
-        }
-        reportLevels(slot->buf.get(), slot->length);
-        if (playback_ == nullptr) {
-            writeToSink(slot->buf.get(), slot->length);
-        } else if (!syncMx_.P1_WriteBuf(slot->buf.get(), slot->length, slot->endFlag)) {
-            logAlways("ﾊﾞｯﾌｧｵｰﾊﾞｰﾌﾛｰ:SyncMx.P1_WriteBuf");
+        // An empty buffer (one a stop took back unfilled) holds nothing to hear.
+        if (slot->length > 0) {
+            passOnVoice(*slot);
         }
         if (state_ == kRecCapturing && slot->header != nullptr) {
             requeue(*slot->header);
         }
         if (slot->endFlag == 1) {
-            close();
+            finishTake();
             return 0;
         }
     }
     return 1;
 }
 
-// Each MixBuf block is copied out before the next get, which is what keeps
-// the player from refilling it meanwhile.
-void CRecWav::pumpMix() {
+void CRecWav::passOnVoice(RecLingSlot& slot) {
+    if (effectsEnabled_ == 1) {
+        fltEffectChain(micCtl_, reinterpret_cast<int16_t*>(slot.buf.get()), slot.length);
+    }
+    reportLevels(slot.buf.get(), slot.length);
+    if (playback_ == nullptr) {
+        writeToSink(slot.buf.get(), slot.length);
+    } else if (!syncMx_.P1_WriteBuf(slot.buf.get(), slot.length, slot.endFlag)) {
+        logAlways("ﾊﾞｯﾌｧｵｰﾊﾞｰﾌﾛｰ:SyncMx.P1_WriteBuf");
+    }
+}
+
+// Mixes every block the two rings allow; true once the mixer has handed out
+// the take's last block. Each MixBuf block is copied out before the next
+// get, which is what keeps the player from refilling it meanwhile.
+bool CRecWav::mixQueued() {
     LingSlot* played = nullptr;
     while (playback_->mixBuf().get(played)) {
         syncMx_.P2_WriteBuf(played->buf.get(), played->length, played->endFlag);
@@ -225,22 +254,27 @@ void CRecWav::pumpMix() {
     uint32_t endFlag = 0;
     do {
         if (syncMx_.mixBlock(cpybuf_.get(), length, endFlag) != 1) {
-            return;
+            return false;
         }
         writeToSink(cpybuf_.get(), length);
     } while (endFlag != 1);
-    close();
+    return true;
 }
 
 void CRecWav::requeue(WaveHeader& header) {
-    for (int tries = 0; device_->unprepare(header) == kAudioStillPlaying && tries < kUnprepareTries;
-         ++tries) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
+    unprepareReturned(header);
     header.flags = 0;
     if (device_->prepare(header) != kAudioOk || device_->addBuffer(header) != kAudioOk) {
         --queued_;
         recordFault(CaptureFault::kInputDevice, "the microphone stopped: " + device_->lastError());
+    }
+}
+
+// A buffer handed back may still be marked in use for a moment.
+void CRecWav::unprepareReturned(WaveHeader& header) {
+    for (int tries = 0; device_->unprepare(header) == kAudioStillPlaying && tries < kUnprepareTries;
+         ++tries) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
 }
 
@@ -279,68 +313,8 @@ uint32_t CRecWav::capturePosition() {
     return bytes;
 }
 
-int CRecWav::stop() {
-    std::lock_guard lock(stopLock_);
-    if (state_ == kRecCapturing) {
-        state_ = kRecStopping;
-        pending_ = queued_;
-        waitForOutstanding();
-        if (device_) {
-            device_->stop();
-        }
-        stopRetry_ = 0;
-        close();
-    }
-    return 1;
-}
-
-// Pumps the notices by hand until the last outstanding buffer (the one that
-// carries the end flag) has closed the engine. A device that no longer hands
-// buffers back is reset once their time is well past, which returns them.
-void CRecWav::waitForOutstanding() {
-    const uint64_t fillMs = uint64_t{RecBuf.slotSize()} * static_cast<uint64_t>(pending_ + 1) *
-                            1000 / kNativeBytesPerSecond;
-    const auto retryLimit =
-        static_cast<uint32_t>((fillMs + kStopGraceMs) / static_cast<uint64_t>(kStopWait.count()));
-    while (pending_ > 0 && state_ == kRecStopping) {
-        if (dispatcher_.pumpPending() > 0) {
-            continue;
-        }
-        dispatcher_.waitForWork(kStopWait);
-        if (++stopRetry_ == retryLimit && device_) {
-            device_->reset();
-        }
-    }
-}
-
-void CRecWav::unprepareAll() {
-    for (int32_t i = 0; i < RecBuf.slotCount(); ++i) {
-        WaveHeader& header = RecBuf.ling[i].whdr;
-        for (int tries = 0;
-             device_->unprepare(header) == kAudioStillPlaying && tries < kUnprepareTries; ++tries) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-    }
-}
-
-int CRecWav::close() {
-    if (state_ == kRecClosed) {
-        return 0;
-    }
-    device_->reset();
-    unprepareAll();
-    if (device_->close() != kAudioOk) {
-        device_->reset();
-        std::this_thread::sleep_for(kCloseRetryWait);
-        device_->close();
-    }
-    device_.reset();
-    freeAll();
-    state_ = kRecClosed;
-    return 1;
-}
-
 void CRecWav::freeAll() {
+    watchdog_.disarm();
     if (device_) {
         device_->reset();
         unprepareAll();

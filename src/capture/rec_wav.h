@@ -8,13 +8,15 @@
 // Threads: the input device's callback only posts a capture notice to the
 // dispatcher; everything else (ring puts and gets, effects, mixing, file
 // writes, start, stop) runs on the thread that owns the dispatcher. A stop
-// pumps that dispatcher by hand until every queued buffer is back.
+// takes every buffer back from the device at once, with what it holds, and
+// pumps that dispatcher by hand until they are all handled.
 
 #include <cstdint>
 #include <memory>
 #include <mutex>
 #include <string>
 
+#include "capture/input_watchdog.h"
 #include "capture/output_sink.h"
 #include "capture/sync_mx.h"
 #include "core/rec_ling_buffer.h"
@@ -64,7 +66,9 @@ class CRecWav {
     // The same capture with every block measured and discarded.
     int startLevelMonitor(const WaveFormat& format, uint32_t slotSize, int32_t bufferCount,
                           PlaybackFeed* playback, int32_t manualFlag, int32_t manualDelay);
-    // Waits for every queued buffer, then closes. Returns 1.
+    // Ends the take where it stands: the buffers still at the device come
+    // back with what they hold, the voice and the accompaniment are cut at
+    // its last sample, and the engine closes. Returns 1.
     int stop();
 
     void setEffectsEnabled(int32_t enabled) { effectsEnabled_ = enabled; }
@@ -85,17 +89,23 @@ class CRecWav {
     int start(SinkMode mode, const WaveFormat& format, uint32_t slotSize, int32_t bufferCount,
               PlaybackFeed* playback, int32_t manualFlag, int32_t manualDelay);
     int openInput();
+    bool armWatchdog();
     int initialiseEffects(uint32_t slotSize);
     int queueAll();
     int failStart(std::string reason);
     void onCaptureDone(WaveHeader& header);
+    void onInputSilent();
     void pump();
     int pumpVoice();
-    void pumpMix();
+    void passOnVoice(RecLingSlot& slot);
+    bool mixQueued();
+    void finishTake();
     void requeue(WaveHeader& header);
+    void unprepareReturned(WaveHeader& header);
     void reportLevels(const uint8_t* block, uint32_t length);
     void writeToSink(const uint8_t* bytes, uint32_t count);
     void recordFault(CaptureFault fault, std::string reason);
+    void takeBackBuffers();
     void waitForOutstanding();
     void unprepareAll();
     int close();
@@ -115,6 +125,7 @@ class CRecWav {
     Dispatcher& dispatcher_;
     AudioBackend& backend_;
     std::shared_ptr<CaptureInbox> inbox_;
+    InputWatchdog watchdog_;
     int32_t effectsReady_ = 0;
     EffectControl micCtl_;
     PlaybackFeed* playback_ = nullptr;

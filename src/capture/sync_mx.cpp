@@ -85,7 +85,9 @@ int SyncMx::P1_WriteBuf(const uint8_t* bytes, uint32_t length, uint32_t endFlag)
 }
 
 void SyncMx::P2_WriteBuf(const uint8_t* bytes, uint32_t length, uint32_t endFlag) {
-    P2Buf.put(bytes, length, endFlag);
+    if (P2Buf.put(bytes, length, endFlag) && endFlag == 1) {
+        accompanimentEnded_ = true;
+    }
 }
 
 int32_t SyncMx::measuredDelay() {
@@ -151,18 +153,47 @@ int SyncMx::bothHaveABlock() const {
     return (voiceNeeded == 0 || P1Buf.hasBytes(voiceNeeded)) && P2Buf.hasBytes(blockSize_);
 }
 
-void SyncMx::readMicrophone(uint32_t& endFlag) {
-    const uint32_t silence = std::min(leadSilence_, blockSize_);
+// Once the voice has ended nothing more arrives, so nothing is waited for:
+// the rest of the voice (whole frames, at most a block) goes out, cut
+// shorter only where an accompaniment that has ended stops first.
+uint32_t SyncMx::lastBlockLength() const {
+    uint64_t length = std::min<uint64_t>(uint64_t{leadSilence_} + P1Buf.queuedBytes(), blockSize_);
+    if (accompanimentEnded_) {
+        length = std::min(length, P2Buf.queuedBytes());
+    }
+    return static_cast<uint32_t>(length / kNativeFrameBytes * kNativeFrameBytes);
+}
+
+uint32_t SyncMx::nextBlockLength() const {
+    if (voiceEnded_) {
+        return lastBlockLength();
+    }
+    return bothHaveABlock() ? blockSize_ : 0;
+}
+
+void SyncMx::readMicrophone(uint32_t length) {
+    const uint32_t silence = std::min(leadSilence_, length);
     std::memset(pBuf_.get(), 0, silence);
     leadSilence_ -= silence;
     uint32_t delivered = 0;
-    if (silence < blockSize_) {
-        P1Buf.readBytes(pBuf_.get() + silence, blockSize_ - silence, delivered, endFlag);
+    uint32_t endFlag = 0;
+    if (silence < length) {
+        P1Buf.readBytes(pBuf_.get() + silence, length - silence, delivered, endFlag);
     }
 }
 
-void SyncMx::addInto(uint8_t* destination) const {
-    for (uint32_t i = 0; i + 1 < blockSize_; i += 2) {
+void SyncMx::readAccompaniment(uint8_t* destination, uint32_t length, uint32_t& endFlag) {
+    const auto available = static_cast<uint32_t>(std::min<uint64_t>(P2Buf.queuedBytes(), length));
+    uint32_t delivered = 0;
+    endFlag = 0;
+    if (available > 0) {
+        P2Buf.readBytes(destination, available, delivered, endFlag);
+    }
+    std::memset(destination + available, 0, length - available);
+}
+
+void SyncMx::addInto(uint8_t* destination, uint32_t length) const {
+    for (uint32_t i = 0; i + 1 < length; i += 2) {
         const auto microphone = static_cast<int16_t>(loadLe16(&pBuf_[i]));
         const auto accompaniment = static_cast<int16_t>(loadLe16(&destination[i]));
         storeLe16(&destination[i],
@@ -179,15 +210,16 @@ int SyncMx::mixBlock(uint8_t* destination, uint32_t& length, uint32_t& endFlag) 
     if (!aligned_) {
         return 0;
     }
-    length = 0;
-    if (!bothHaveABlock()) {
+    length = nextBlockLength();
+    if (length == 0) {
         return 0;
     }
-    readMicrophone(endFlag);
-    uint32_t delivered = 0;
-    P2Buf.readBytes(destination, blockSize_, delivered, endFlag);
-    length = std::max(blockSize_, delivered);
-    addInto(destination);
+    readMicrophone(length);
+    readAccompaniment(destination, length, endFlag);
+    addInto(destination, length);
+    if (voiceEnded_ && lastBlockLength() == 0) {
+        endFlag = 1;
+    }
     return 1;
 }
 
@@ -198,6 +230,8 @@ void SyncMx::free() {
     input_ = nullptr;
     aligned_ = 0;
     leadSilence_ = 0;
+    voiceEnded_ = false;
+    accompanimentEnded_ = false;
 }
 
 }  // namespace tunebox

@@ -37,9 +37,16 @@ class SyncMx {
     // Queues an accompaniment block; a full ring drops it silently.
     void P2_WriteBuf(const uint8_t* bytes, uint32_t length, uint32_t endFlag);
 
+    // The voice has stopped for good (STOP, a fault): what P1Buf holds is
+    // the last of it, and the take ends with its last sample.
+    void endVoice() { voiceEnded_ = true; }
+
     // Mixes one block of the block size into `destination`. Returns 1 with
-    // the block's length and the accompaniment's end flag, or 0 while the
-    // delay cannot be applied yet or either ring lacks a full block.
+    // the block's length and end flag, or 0 while the delay cannot be applied
+    // yet or either ring lacks a full block. After endVoice the last voice
+    // bytes come out as a shorter block with the end flag, over as much of
+    // the accompaniment (silence where there is none); the accompaniment's
+    // own end still ends the take first.
     int mixBlock(uint8_t* destination, uint32_t& length, uint32_t& endFlag);
 
     // The delay (bytes, whole frames) the last mix step measured or took.
@@ -57,8 +64,11 @@ class SyncMx {
     int32_t measuredDelay();
     void align(int32_t delay);
     int bothHaveABlock() const;
-    void readMicrophone(uint32_t& endFlag);
-    void addInto(uint8_t* destination) const;
+    uint32_t lastBlockLength() const;
+    uint32_t nextBlockLength() const;
+    void readMicrophone(uint32_t length);
+    void readAccompaniment(uint8_t* destination, uint32_t length, uint32_t& endFlag);
+    void addInto(uint8_t* destination, uint32_t length) const;
 
     int32_t currentDelay_ = 0;
     int32_t manualDelay_ = 0;
@@ -80,6 +90,8 @@ class SyncMx {
     // ahead of the accompaniment (a negative delay).
     uint32_t leadSilence_ = 0;
     int32_t alignedDelay_ = 0;
+    bool voiceEnded_ = false;
+    bool accompanimentEnded_ = false;  // its end-of-stream block is queued
 };
 
 // Adds two 16-bit samples scaled by percent gains, truncating toward zero and

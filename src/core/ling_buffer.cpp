@@ -30,6 +30,15 @@ int LingBuffer::hasBytes(uint32_t byteCount) const {
     });
 }
 
+uint64_t LingBuffer::queuedBytes() const {
+    uint64_t queued = 0;
+    anyQueued([&](const LingSlot& slot) {
+        queued += slot.length;
+        return false;
+    });
+    return queued;
+}
+
 int LingBuffer::readBytes(uint8_t* destination, uint32_t byteCount, uint32_t& delivered,
                           uint32_t& endFlag) {
     if (!hasBytes(byteCount)) {

@@ -26,6 +26,8 @@ class LingBuffer : public LingRing<LingSlot> {
     // 1 once the queued blocks hold at least `byteCount` bytes; 0 for an
     // empty ring whatever the count.
     int hasBytes(uint32_t byteCount) const;
+    // What the queued blocks hold, in bytes.
+    uint64_t queuedBytes() const;
 
     // Copies exactly `byteCount` bytes out of the queued blocks, or does
     // nothing and answers 0 when fewer are queued. A block read only in part

@@ -217,6 +217,9 @@ AudioResult PulseStream::stopRecording() {
         return result;
     }
     PulseConnection::Lock lock(*connection_);
+    // What the server sent before the cork is captured sound: it goes into
+    // the buffers before the one being filled is handed back.
+    receive();
     if (!queued_.empty() && queued_.front().header->bytesRecorded > 0) {
         delivery_->deliver(*queued_.front().header);
         queued_.pop_front();

@@ -28,7 +28,8 @@ class PulseStream {
     AudioResult open(const WaveFormat& format, DeviceDoneCallback onDone);
     AudioResult queue(WaveHeader& header);
     AudioResult setCorked(bool corked);
-    // Record: cork and return the buffer being filled with what it holds.
+    // Record: cork, take in what the server already sent, and return the
+    // buffer being filled with what it holds.
     AudioResult stopRecording();
     AudioResult reset();
     AudioResult close();

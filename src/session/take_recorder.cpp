@@ -91,15 +91,10 @@ void TakeController::stopMonitor() {
     listener_.showLevels(0, 0);
 }
 
+// The capture stops first, while the accompaniment still plays: the take
+// then ends at the instant of the stop, with every accompaniment block sent
+// up to it still there to go under the voice.
 void TakeController::stopRecorder() {
-    if (recorded_.state != kIdle) {
-        stopPlayer(TakePlayer::kRecorded);
-        recorded_.position = 0;
-        refreshRecordedTrackbar();
-    }
-    if (accompaniment_.state != kIdle) {
-        stopAccompaniment(true);
-    }
     if (captureActive()) {
         listener_.recorderStopping(true);
         capture_.stop();
@@ -108,6 +103,14 @@ void TakeController::stopRecorder() {
         monitorFlag_ = 0;
         listener_.recorderStopping(false);
         listener_.showLevels(0, 0);
+    }
+    if (recorded_.state != kIdle) {
+        stopPlayer(TakePlayer::kRecorded);
+        recorded_.position = 0;
+        refreshRecordedTrackbar();
+    }
+    if (accompaniment_.state != kIdle) {
+        stopAccompaniment(true);
     }
 }
 

@@ -74,10 +74,10 @@ void recordLevels(int32_t first, int32_t second, void* context) {
 }
 
 // A singer with no accompaniment: the take is the captured stream as it
-// stands, the voice arriving after the output's latency. The stop takes
-// exactly the buffers still at the device, and the one returned last closes
-// the file.
-TEST_F(RecWavTest, VoiceAloneIsWrittenAsCapturedAndStopTakesEveryOutstandingBuffer) {
+// stands, the voice arriving after the output's latency. A stop in the middle
+// of a buffer takes every buffer back at once, the one being filled with what
+// it holds, so the take ends on the last frame captured before the stop.
+TEST_F(RecWavTest, VoiceAloneEndsOnTheLastFrameCapturedBeforeTheStop) {
     const auto voice = synthesiseVoice(44100 * 3);
     // Eight 50 ms buffers at ten times real time leave the test's thread
     // 40 ms to hand each one back before the converter would lose samples.
@@ -90,25 +90,32 @@ TEST_F(RecWavTest, VoiceAloneIsWrittenAsCapturedAndStopTakesEveryOutstandingBuff
     capture_->registerLevelMeter(recordLevels, &levels);
     capture_->setOutputFileName(take_);
     capture_->setEffectsEnabled(0);
-    const uint32_t noticesBefore = handledCaptureNotices();
 
     audio_->setClockStalled(true);
     ASSERT_EQ(capture_->startRecording(kNativeFormat, kSlot, kBuffers, nullptr, 0, 0), 1);
     ASSERT_EQ(output->open(kNativeFormat, {}), kAudioOk);
     ASSERT_TRUE(test::queueAll(*output, silence, &OutputDevice::write));
     audio_->setClockStalled(false);
-    ASSERT_TRUE(pumpUntil([&] { return capture_->capturePosition() > 2 * 176400; }));
+    // The simulation steps 10 ms at a time, a fifth of a buffer.
+    ASSERT_TRUE(pumpUntil([&] {
+        const uint32_t captured = capture_->capturePosition();
+        return captured > 2 * 176400 && captured % kSlot != 0;
+    }));
 
+    audio_->setClockStalled(true);
+    const uint32_t capturedAtStop = capture_->capturePosition();
+    ASSERT_NE(capturedAtStop % kSlot, 0u) << "the stop must fall inside a buffer";
     const uint32_t noticesAtStop = handledCaptureNotices();
     EXPECT_EQ(capture_->queuedCount(), kBuffers);
     EXPECT_EQ(capture_->stop(), 1);
     EXPECT_EQ(capture_->state(), kRecClosed);
     EXPECT_EQ(handledCaptureNotices() - noticesAtStop, uint32_t{kBuffers});
+    audio_->setClockStalled(false);
     output->reset();
     output->close();
 
     const auto take = takeSamples();
-    EXPECT_EQ(take.size() * 2, (handledCaptureNotices() - noticesBefore) * kSlot);
+    EXPECT_EQ(take.size() * 2, capturedAtStop);
     const std::size_t lead = kOutputLatency / 2;
     ASSERT_GT(take.size(), lead + 44100);
     EXPECT_TRUE(std::all_of(take.begin(), take.begin() + lead, [](int16_t s) { return s == 0; }));
@@ -133,19 +140,61 @@ TEST_F(RecWavTest, StartIsRefusedWhileCapturingAndAnUncreatableFileLeavesNothing
     EXPECT_EQ(capture_->state(), kRecCapturing);
 }
 
-// An input that stops handing buffers back cannot hold a stop forever: the
-// buffers are taken back once their time is well past, and the file is
-// finished with what came before.
-TEST_F(RecWavTest, StopReturnsFromAHangingInputWithAFinishedFile) {
-    install({.speed = 20});
+struct SeenFaults {
+    std::vector<CaptureFault> faults;
+    uint64_t frameAtFirst = 0;
+    VirtualAudio* audio = nullptr;
+};
+
+void recordFault(CaptureFault fault, void* context) {
+    auto& seen = *static_cast<SeenFaults*>(context);
+    if (seen.faults.empty()) {
+        seen.frameAtFirst = seen.audio->frameNow();
+    }
+    seen.faults.push_back(fault);
+}
+
+// An input that stops handing buffers back is a lost microphone once it has
+// been silent for 2 seconds of the devices' clock, and only then. Nobody
+// stops the take meanwhile: the engine notices by itself. The stop then
+// takes the held buffers back and finishes the file with everything captured
+// before the hang.
+TEST_F(RecWavTest, AnInputSilentForTwoSecondsIsALostMicrophoneAndAShorterHangIsNot) {
+    constexpr uint64_t kFrames = 44100;
+    install({.speed = 5});
+    SeenFaults seen;
+    seen.audio = audio_.get();
+    capture_->registerFaultNotice(recordFault, &seen);
     capture_->setOutputFileName(take_);
+    const uint32_t noticesBefore = handledCaptureNotices();
     ASSERT_EQ(capture_->startRecording(kNativeFormat, kSlot, 3, nullptr, 0, 0), 1);
-    const uint32_t before = handledCaptureNotices();
-    ASSERT_TRUE(pumpUntil([&] { return handledCaptureNotices() >= before + 5; }));
+    const auto runUntilFrame = [&](uint64_t frame) {
+        return pumpUntil([&] { return audio_->frameNow() >= frame; });
+    };
+
+    ASSERT_TRUE(runUntilFrame(kFrames / 2));
     audio_->setInputHangs(true);
+    ASSERT_TRUE(runUntilFrame(audio_->frameNow() + kFrames * 3 / 2));
+    audio_->setInputHangs(false);
+    ASSERT_TRUE(runUntilFrame(audio_->frameNow() + kFrames));
+    EXPECT_TRUE(seen.faults.empty()) << "a hang of 1.5 s is only a hiccup";
+
+    const uint32_t blocksBeforeHang = handledCaptureNotices() - noticesBefore;
+    const uint64_t hangFrame = audio_->frameNow();
+    audio_->setInputHangs(true);
+    ASSERT_TRUE(pumpUntil([&] { return !seen.faults.empty(); }));
+    EXPECT_EQ(seen.faults, std::vector{CaptureFault::kInputDevice});
+    EXPECT_EQ(capture_->lastError(), "the microphone delivered nothing for 2 seconds");
+    // The last buffer came back at most one buffer (50 ms) before the hang.
+    EXPECT_GE(seen.frameAtFirst - hangFrame, 2 * kFrames - kFrames / 20);
+    EXPECT_LT(seen.frameAtFirst - hangFrame, 3 * kFrames);
+    EXPECT_EQ(capture_->state(), kRecCapturing) << "the owner decides when to stop";
+
     EXPECT_EQ(capture_->stop(), 1);
     EXPECT_EQ(capture_->state(), kRecClosed);
-    EXPECT_EQ(takeSamples().size() * 2 % kSlot, 0u);
+    EXPECT_EQ(seen.faults.size(), 1u);
+    // The three buffers the device filled and held during the hang come too.
+    EXPECT_GE(takeSamples().size() * 2, (blocksBeforeHang + 3) * kSlot);
 }
 
 // With an accompaniment that never arrives the voice ring fills: every block
@@ -159,7 +208,8 @@ TEST_F(RecWavTest, VoiceRingOverflowLogsEachRefusedBlock) {
     const uint32_t before = handledCaptureNotices();
     ASSERT_TRUE(pumpUntil([&] { return handledCaptureNotices() >= before + 33; }));
     capture_->stop();
-    const uint32_t offered = capture_->syncMx().microphoneBytes() / kSmallSlot;
+    // The stop hands the last buffer back part-filled.
+    const uint32_t offered = (capture_->syncMx().microphoneBytes() + kSmallSlot - 1) / kSmallSlot;
     const auto messages = log_.messages();
     EXPECT_EQ(messages.size(), offered - 29);
     EXPECT_TRUE(std::all_of(messages.begin(), messages.end(), [](const std::string& m) {

@@ -38,16 +38,17 @@ class TakeAlignmentTest : public TakeTest {
         controller().stopRecorder();
     }
 
+    std::vector<int16_t> takeSamples() {
+        const auto bytes = readBytes(take_);
+        EXPECT_GT(bytes.size(), kWavHeaderBytes);
+        return toSamples({bytes.begin() + kWavHeaderBytes, bytes.end()});
+    }
+
     // Every sample of the take is the clipped sum of the accompaniment and
     // the voice sung to it, `voiceLag` samples late (silence before the
-    // voice); only the last part-block of the accompaniment, which the
-    // player cuts, may be missing.
-    void expectSampleExactTake(std::ptrdiff_t voiceLag = 0) {
-        const auto bytes = readBytes(take_);
-        ASSERT_GT(bytes.size(), kWavHeaderBytes);
-        const auto take = toSamples({bytes.begin() + kWavHeaderBytes, bytes.end()});
+    // voice).
+    void expectEverySampleMixed(const std::vector<int16_t>& take, std::ptrdiff_t voiceLag = 0) {
         ASSERT_LE(take.size(), accompaniment_.size());
-        EXPECT_GT(take.size() * 2 + kEngineBlockBytes, accompaniment_.size() * 2);
         std::size_t wrong = 0;
         std::size_t firstWrong = 0;
         for (std::size_t k = 0; k < take.size(); ++k) {
@@ -57,7 +58,15 @@ class TakeAlignmentTest : public TakeTest {
                 firstWrong = k;
             }
         }
-        EXPECT_EQ(wrong, 0u) << "first at sample " << firstWrong;
+        EXPECT_EQ(wrong, 0u) << "first at sample " << firstWrong << " of " << take.size();
+    }
+
+    // The whole song, of which only the last part-block, which the player
+    // cuts, may be missing.
+    void expectSampleExactTake(std::ptrdiff_t voiceLag = 0) {
+        const auto take = takeSamples();
+        EXPECT_GT(take.size() * 2 + kEngineBlockBytes, accompaniment_.size() * 2);
+        expectEverySampleMixed(take, voiceLag);
     }
 
     std::vector<int16_t> accompaniment_ = synthesiseDemoTune();
@@ -91,6 +100,26 @@ TEST_F(TakeAlignmentTest, NegativeManualDelayDelaysTheVoiceBehindSilence) {
     runToTheEnd();
     EXPECT_EQ(controller().capture().syncMx().alignedDelay(), kTyped);
     expectSampleExactTake((kOutputLatency - kTyped) / 2);
+}
+
+// STOP in the middle of the song and of a capture buffer: the take ends on
+// the last voice sample captured before the stop, over the accompaniment it
+// was sung to; nothing of either comes after it.
+TEST_F(TakeAlignmentTest, StopMidSongEndsVoiceAndAccompanimentOnTheSameSample) {
+    recAtOneInstant({track_, 1, kOutputLatency});
+    ASSERT_TRUE(runUntil([&] {
+        const uint32_t captured = controller().capture().capturePosition();
+        return captured > 3 * kNativeBytesPerSecond && captured % kEngineBlockBytes != 0;
+    }));
+    audio_->setClockStalled(true);
+    const uint32_t captured = controller().capture().capturePosition();
+    controller().stopRecorder();
+    audio_->setClockStalled(false);
+    EXPECT_FALSE(controller().captureActive());
+
+    const auto take = takeSamples();
+    EXPECT_EQ(take.size() * 2, captured - kOutputLatency);
+    expectEverySampleMixed(take);
 }
 
 }  // namespace

@@ -99,5 +99,34 @@ TEST_P(FullDiskTest, EndsTheTakeAtOnceWithAFinishedFile) {
 
 INSTANTIATE_TEST_SUITE_P(WithAndWithoutTheSong, FullDiskTest, ::testing::Bool());
 
+// A microphone that goes quiet is found out after 2 seconds without anyone
+// pressing STOP: one message, and a finished file that holds everything
+// captured before the hang; with the song or the voice alone.
+class LostMicrophoneTest : public TakeRecordingTest, public ::testing::WithParamInterface<bool> {};
+
+TEST_P(LostMicrophoneTest, EndsTheTakeWithAFinishedFileAndOneMessage) {
+    startAudio(4);
+    RecordRequest request;
+    if (GetParam()) {
+        request.track = song(20);
+    }
+    ASSERT_TRUE(controller().rec(request).capturing);
+    ASSERT_TRUE(runUntil([&] { return controller().capture().capturePosition() > 2 * kSecond; }));
+    const uint32_t capturedBeforeHang = controller().capture().capturePosition();
+    audio_->setInputHangs(true);
+    ASSERT_TRUE(runUntil([&] { return !controller().captureActive(); }));
+
+    ASSERT_EQ(shown_.faults, std::vector{CaptureFault::kInputDevice});
+    EXPECT_TRUE(keptRecording_);
+    EXPECT_EQ(controller().accompaniment().state, kIdle);
+    EXPECT_FALSE(shown_.faces[TakeButton::kRecord]);
+    uint32_t length = 0;
+    expectFinishedTake(length);
+    const int32_t dropped = std::max(controller().capture().syncMx().alignedDelay(), 0);
+    EXPECT_GE(length, capturedBeforeHang - static_cast<uint32_t>(dropped));
+}
+
+INSTANTIATE_TEST_SUITE_P(WithAndWithoutTheSong, LostMicrophoneTest, ::testing::Bool());
+
 }  // namespace
 }  // namespace tunebox::test
