@@ -10,7 +10,9 @@
 namespace tunebox::cli {
 namespace {
 
-constexpr auto kTurn = std::chrono::milliseconds(100);
+// A signal cannot wake the dispatcher's wait, so the loop looks at the
+// interrupt flag this often: a Ctrl-C keeps at most this much sound after it.
+constexpr auto kTurn = std::chrono::milliseconds(20);
 constexpr auto kTurnsPerTick = kTickMilliseconds / kTurn.count();
 constexpr int kMeterSegments = 12;
 
