@@ -12,19 +12,16 @@ namespace {
 
 constexpr uint32_t kRiffSizeOffset = 8;  // the RIFF size counts from the form type on
 
+// Tenths of a second, or bytes where that would round to nothing: "0 bytes"
+// says plainly what a header never filled in holds.
 std::string secondsText(uint64_t bytes, const WaveFormat& format) {
-    if (format.avgBytesPerSec == 0) {
+    if (bytes * 20 < format.avgBytesPerSec || format.avgBytesPerSec == 0) {
         return std::to_string(bytes) + " bytes";
     }
     std::array<char, 32> text{};
     std::snprintf(text.data(), text.size(), "%.1f s",
                   static_cast<double>(bytes) / format.avgBytesPerSec);
     return text.data();
-}
-
-// "0 bytes" says plainly what a header never filled in holds.
-std::string declaredText(uint64_t bytes, const WaveFormat& format) {
-    return bytes == 0 ? "0 bytes" : secondsText(bytes, format);
 }
 
 uint64_t wholeFrameBytes(const WavLayout& layout) {
@@ -34,7 +31,7 @@ uint64_t wholeFrameBytes(const WavLayout& layout) {
 // Why the sizes disagree with the file; empty when they agree.
 std::string unfinishedReason(const WavLayout& layout) {
     if (layout.dataRunsToEnd && layout.data.size != layout.dataPresent) {
-        return "the header says " + declaredText(layout.data.size, layout.format) +
+        return "the header says " + secondsText(layout.data.size, layout.format) +
                " of audio but " + secondsText(layout.dataPresent, layout.format) + " follow";
     }
     const uint64_t partial = layout.dataPresent % layout.format.blockAlign;
