@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdio>
+#include <optional>
 #include <utility>
 
 #include "platform/format_plausibility.h"
@@ -100,6 +101,17 @@ RepairResult notRepaired(const std::string& reason) {
     return {false, "not repaired: " + reason, false};
 }
 
+// What repair says of a file it has nothing to write to.
+std::optional<RepairResult> nothingToWrite(const WavInspection& inspection) {
+    if (inspection.condition == WavCondition::kNotWav) {
+        return notRepaired(inspection.detail);
+    }
+    if (inspection.condition == WavCondition::kFinished) {
+        return RepairResult{false, "already finished, nothing changed", true};
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
 WavInspection inspectWav(const std::string& path) {
@@ -111,17 +123,18 @@ WavInspection inspectWav(const std::string& path) {
 }
 
 RepairResult repairWav(const std::string& path) {
+    // A finished file that may not be written to is still finished.
+    if (auto settled = nothingToWrite(inspectWav(path))) {
+        return *settled;
+    }
     const RiffHandle file = RiffFile::openForUpdate(path);
     if (!file) {
         return notRepaired("cannot be opened for writing");
     }
+    // Read again through the handle that writes, in case the file changed.
     const WavLayout layout = readWavLayout(*file);
-    const WavInspection inspection = inspectLayout(layout);
-    if (inspection.condition == WavCondition::kNotWav) {
-        return notRepaired(inspection.detail);
-    }
-    if (inspection.condition == WavCondition::kFinished) {
-        return {false, "already finished, nothing changed", true};
+    if (auto settled = nothingToWrite(inspectLayout(layout))) {
+        return *settled;
     }
     const std::string unrepairable = unrepairableReason(layout);
     if (!unrepairable.empty()) {
