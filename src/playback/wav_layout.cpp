@@ -1,6 +1,7 @@
 #include "playback/wav_layout.h"
 
 #include <algorithm>
+#include <array>
 
 #include "playback/wav_reader.h"
 
@@ -94,6 +95,18 @@ std::string walkChunks(RiffFile& file, WavLayout& layout) {
     return dataFound ? std::string{} : "no \"data\" chunk";
 }
 
+// Some tools append an ID3 tag ("ID3", or "TAG" for the old fixed form) after
+// the RIFF form. It is no audio the form's sizes left out.
+bool tagAt(RiffFile& file, uint64_t position) {
+    std::array<char, 3> mark{};
+    if (file.seek(static_cast<int64_t>(position), SEEK_SET) < 0 ||
+        file.read(mark.data(), mark.size()) != static_cast<int64_t>(mark.size())) {
+        return false;
+    }
+    const std::string text(mark.begin(), mark.end());
+    return text == "ID3" || text == "TAG";
+}
+
 }  // namespace
 
 WavLayout readWavLayout(RiffFile& file) {
@@ -107,6 +120,11 @@ WavLayout readWavLayout(RiffFile& file) {
     }
     layout.fileLength = static_cast<uint64_t>(length);
     layout.riffSize = riff.size;
+    const uint64_t formEnd = paddedEnd(riff);
+    if (formEnd < layout.fileLength && tagAt(file, formEnd)) {
+        layout.fileLength = formEnd;
+        layout.tagFollows = true;
+    }
     layout.problem = walkChunks(file, layout);
     return layout;
 }

@@ -60,6 +60,9 @@ WavInspection inspectLayout(const WavLayout& layout) {
 
 // Only plain PCM splits into frames that can be cut anywhere.
 std::string unrepairableReason(const WavLayout& layout) {
+    if (layout.tagFollows) {
+        return "a tag follows the audio";
+    }
     if (layout.format.formatTag != kFormatPcm) {
         return "format tag " + std::to_string(layout.format.formatTag) + " is not PCM";
     }

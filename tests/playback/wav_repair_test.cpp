@@ -121,7 +121,10 @@ TEST_F(WavRepairTest, TakesCutOffAreRepairedToTheFramesTheyHold) {
 
 TEST_F(WavRepairTest, FinishedFilesAreLeftAsTheyAre) {
     const test::Bytes intact = finishedTake(audio(kSecond));
-    for (const test::Bytes& finished : {intact, withList(intact)}) {
+    test::Bytes id3v1;
+    test::appendText(id3v1, "TAG");
+    id3v1.resize(128, 'x');
+    for (const test::Bytes& finished : {intact, withList(intact), intact + id3v1}) {
         test::writeFile(path_, finished);
         EXPECT_EQ(inspectWav(path_).condition, WavCondition::kFinished);
         const RepairResult result = repairWav(path_);
