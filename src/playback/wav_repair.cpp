@@ -13,11 +13,15 @@ namespace {
 
 constexpr uint32_t kRiffSizeOffset = 8;  // the RIFF size counts from the form type on
 
+std::string bytesText(uint64_t bytes) {
+    return std::to_string(bytes) + " bytes";
+}
+
 // Tenths of a second, or bytes where that would round to nothing: "0 bytes"
 // says plainly what a header never filled in holds.
 std::string secondsText(uint64_t bytes, const WaveFormat& format) {
     if (bytes * 20 < format.avgBytesPerSec || format.avgBytesPerSec == 0) {
-        return std::to_string(bytes) + " bytes";
+        return bytesText(bytes);
     }
     std::array<char, 32> text{};
     std::snprintf(text.data(), text.size(), "%.1f s",
@@ -32,8 +36,13 @@ uint64_t wholeFrameBytes(const WavLayout& layout) {
 // Why the sizes disagree with the file; empty when they agree.
 std::string unfinishedReason(const WavLayout& layout) {
     if (layout.dataRunsToEnd && layout.data.size != layout.dataPresent) {
-        return "the header says " + secondsText(layout.data.size, layout.format) +
-               " of audio but " + secondsText(layout.dataPresent, layout.format) + " follow";
+        std::string declared = secondsText(layout.data.size, layout.format);
+        std::string present = secondsText(layout.dataPresent, layout.format);
+        if (declared == present) {  // a few bytes apart
+            declared = bytesText(layout.data.size);
+            present = bytesText(layout.dataPresent);
+        }
+        return "the header says " + declared + " of audio but " + present + " follow";
     }
     const uint64_t partial = layout.dataPresent % layout.format.blockAlign;
     if (layout.dataRunsToEnd && partial != 0) {
