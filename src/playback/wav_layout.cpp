@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "platform/format_plausibility.h"
 #include "playback/wav_reader.h"
 
 namespace tunebox {
@@ -59,10 +60,13 @@ std::string readFormat(RiffFile& file, uint64_t position, WavLayout& layout) {
         return "its \"fmt \" chunk cannot be read";
     }
     layout.format = parseWaveFormat(bytes);
-    if (layout.format.blockAlign == 0) {
+    // The readers' own check: a format no recording has cannot be read, so
+    // neither can its frames be counted.
+    std::string implausible = implausibleFormatReason(layout.format);
+    if (implausible.empty() && layout.format.blockAlign == 0) {
         return "its format gives a block align of 0";
     }
-    return {};
+    return implausible;
 }
 
 std::string walkChunks(RiffFile& file, WavLayout& layout) {

@@ -5,7 +5,6 @@
 #include <optional>
 #include <utility>
 
-#include "platform/format_plausibility.h"
 #include "playback/wav_layout.h"
 
 namespace tunebox {
@@ -74,10 +73,6 @@ std::string unrepairableReason(const WavLayout& layout) {
     }
     if (layout.format.formatTag != kFormatPcm) {
         return "format tag " + std::to_string(layout.format.formatTag) + " is not PCM";
-    }
-    std::string implausible = implausibleFormatReason(layout.format);
-    if (!implausible.empty()) {
-        return implausible;
     }
     if (layout.dataRunsToEnd && wholeFrameBytes(layout) == 0) {
         return "no whole frame of audio follows the header";
