@@ -43,6 +43,7 @@ int main(int argc, char** argv) {
     tunebox::cli::registerMonitorCommand(app, status);
     tunebox::cli::registerDemoCommand(app, status);
     tunebox::cli::registerPlayCommand(app, status);
+    tunebox::cli::registerRepairCommand(app, status);
 
     try {
         app.parse(argc, argv);

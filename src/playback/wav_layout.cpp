@@ -1,7 +1,9 @@
 #include "playback/wav_layout.h"
 
 #include <algorithm>
+#include <array>
 
+#include "platform/format_plausibility.h"
 #include "playback/wav_reader.h"
 
 namespace tunebox {
@@ -58,10 +60,13 @@ std::string readFormat(RiffFile& file, uint64_t position, WavLayout& layout) {
         return "its \"fmt \" chunk cannot be read";
     }
     layout.format = parseWaveFormat(bytes);
-    if (layout.format.blockAlign == 0) {
+    // The readers' own check: a format no recording has cannot be read, so
+    // neither can its frames be counted.
+    std::string implausible = implausibleFormatReason(layout.format);
+    if (implausible.empty() && layout.format.blockAlign == 0) {
         return "its format gives a block align of 0";
     }
-    return {};
+    return implausible;
 }
 
 std::string walkChunks(RiffFile& file, WavLayout& layout) {
@@ -94,6 +99,18 @@ std::string walkChunks(RiffFile& file, WavLayout& layout) {
     return dataFound ? std::string{} : "no \"data\" chunk";
 }
 
+// Some tools append an ID3 tag ("ID3", or "TAG" for the old fixed form) after
+// the RIFF form. It is no audio the form's sizes left out.
+bool tagAt(RiffFile& file, uint64_t position) {
+    std::array<char, 3> mark{};
+    if (file.seek(static_cast<int64_t>(position), SEEK_SET) < 0 ||
+        file.read(mark.data(), mark.size()) != static_cast<int64_t>(mark.size())) {
+        return false;
+    }
+    const std::string text(mark.begin(), mark.end());
+    return text == "ID3" || text == "TAG";
+}
+
 }  // namespace
 
 WavLayout readWavLayout(RiffFile& file) {
@@ -107,6 +124,11 @@ WavLayout readWavLayout(RiffFile& file) {
     }
     layout.fileLength = static_cast<uint64_t>(length);
     layout.riffSize = riff.size;
+    const uint64_t formEnd = paddedEnd(riff);
+    if (formEnd < layout.fileLength && tagAt(file, formEnd)) {
+        layout.fileLength = formEnd;
+        layout.tagFollows = true;
+    }
     layout.problem = walkChunks(file, layout);
     return layout;
 }

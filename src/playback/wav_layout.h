@@ -12,7 +12,10 @@
 namespace tunebox {
 
 struct WavLayout {
+    // Where the RIFF form ends: the end of the file, or where a tag that some
+    // tools append after the form begins.
     uint64_t fileLength = 0;
+    bool tagFollows = false;
     uint32_t riffSize = 0;  // as the header declares it
     WaveFormat format;
     ChunkInfo data;            // as its header declares it

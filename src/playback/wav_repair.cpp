@@ -2,9 +2,9 @@
 
 #include <array>
 #include <cstdio>
+#include <optional>
 #include <utility>
 
-#include "platform/format_plausibility.h"
 #include "playback/wav_layout.h"
 
 namespace tunebox {
@@ -12,19 +12,20 @@ namespace {
 
 constexpr uint32_t kRiffSizeOffset = 8;  // the RIFF size counts from the form type on
 
+std::string bytesText(uint64_t bytes) {
+    return std::to_string(bytes) + " bytes";
+}
+
+// Tenths of a second, or bytes where that would round to nothing: "0 bytes"
+// says plainly what a header never filled in holds.
 std::string secondsText(uint64_t bytes, const WaveFormat& format) {
-    if (format.avgBytesPerSec == 0) {
-        return std::to_string(bytes) + " bytes";
+    if (bytes * 20 < format.avgBytesPerSec || format.avgBytesPerSec == 0) {
+        return bytesText(bytes);
     }
     std::array<char, 32> text{};
     std::snprintf(text.data(), text.size(), "%.1f s",
                   static_cast<double>(bytes) / format.avgBytesPerSec);
     return text.data();
-}
-
-// "0 bytes" says plainly what a header never filled in holds.
-std::string declaredText(uint64_t bytes, const WaveFormat& format) {
-    return bytes == 0 ? "0 bytes" : secondsText(bytes, format);
 }
 
 uint64_t wholeFrameBytes(const WavLayout& layout) {
@@ -34,8 +35,13 @@ uint64_t wholeFrameBytes(const WavLayout& layout) {
 // Why the sizes disagree with the file; empty when they agree.
 std::string unfinishedReason(const WavLayout& layout) {
     if (layout.dataRunsToEnd && layout.data.size != layout.dataPresent) {
-        return "the header says " + declaredText(layout.data.size, layout.format) +
-               " of audio but " + secondsText(layout.dataPresent, layout.format) + " follow";
+        std::string declared = secondsText(layout.data.size, layout.format);
+        std::string present = secondsText(layout.dataPresent, layout.format);
+        if (declared == present) {  // a few bytes apart
+            declared = bytesText(layout.data.size);
+            present = bytesText(layout.dataPresent);
+        }
+        return "the header says " + declared + " of audio but " + present + " follow";
     }
     const uint64_t partial = layout.dataPresent % layout.format.blockAlign;
     if (layout.dataRunsToEnd && partial != 0) {
@@ -62,12 +68,11 @@ WavInspection inspectLayout(const WavLayout& layout) {
 
 // Only plain PCM splits into frames that can be cut anywhere.
 std::string unrepairableReason(const WavLayout& layout) {
+    if (layout.tagFollows) {
+        return "a tag follows the audio";
+    }
     if (layout.format.formatTag != kFormatPcm) {
         return "format tag " + std::to_string(layout.format.formatTag) + " is not PCM";
-    }
-    std::string implausible = implausibleFormatReason(layout.format);
-    if (!implausible.empty()) {
-        return implausible;
     }
     if (layout.dataRunsToEnd && wholeFrameBytes(layout) == 0) {
         return "no whole frame of audio follows the header";
@@ -103,6 +108,17 @@ RepairResult notRepaired(const std::string& reason) {
     return {false, "not repaired: " + reason, false};
 }
 
+// What repair says of a file it has nothing to write to.
+std::optional<RepairResult> nothingToWrite(const WavInspection& inspection) {
+    if (inspection.condition == WavCondition::kNotWav) {
+        return notRepaired(inspection.detail);
+    }
+    if (inspection.condition == WavCondition::kFinished) {
+        return RepairResult{false, "already finished, nothing changed", true};
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
 WavInspection inspectWav(const std::string& path) {
@@ -114,17 +130,18 @@ WavInspection inspectWav(const std::string& path) {
 }
 
 RepairResult repairWav(const std::string& path) {
+    // A finished file that may not be written to is still finished.
+    if (auto settled = nothingToWrite(inspectWav(path))) {
+        return *settled;
+    }
     const RiffHandle file = RiffFile::openForUpdate(path);
     if (!file) {
         return notRepaired("cannot be opened for writing");
     }
+    // Read again through the handle that writes, in case the file changed.
     const WavLayout layout = readWavLayout(*file);
-    const WavInspection inspection = inspectLayout(layout);
-    if (inspection.condition == WavCondition::kNotWav) {
-        return notRepaired(inspection.detail);
-    }
-    if (inspection.condition == WavCondition::kFinished) {
-        return {false, "already finished, nothing changed", true};
+    if (auto settled = nothingToWrite(inspectLayout(layout))) {
+        return *settled;
     }
     const std::string unrepairable = unrepairableReason(layout);
     if (!unrepairable.empty()) {

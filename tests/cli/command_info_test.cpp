@@ -14,11 +14,12 @@ class CommandInfoTest : public ::testing::Test {
     test::RunResult tunebox(const std::string& arguments) {
         return test::runTunebox(dir_, arguments);
     }
-    void expectRefusal(const std::string& path, const std::string& reason) {
+    void expectRefusal(const std::string& path, const std::string& reason,
+                       const std::string& out = "") {
         SCOPED_TRACE(path);
         const test::RunResult run = tunebox("info '" + path + "'");
         EXPECT_EQ(run.status, 2);
-        EXPECT_EQ(run.out, "");
+        EXPECT_EQ(run.out, out);
         EXPECT_EQ(run.err, "tunebox: " + path + ": " + reason + "\n");
     }
 
@@ -52,7 +53,9 @@ TEST_F(CommandInfoTest, RefusedFilesGiveOneLineAndStatusTwo) {
     const std::string cut = (dir_ / "cut.wav").string();
     const test::Bytes whole = test::nativeWave(test::Bytes(100));
     test::writeFile(cut, test::Bytes(whole.begin(), whole.end() - 1));
-    expectRefusal(cut, "damaged WAVE file");
+    expectRefusal(cut, "damaged WAVE file",
+                  "unfinished: the header says 100 bytes of audio but 99 bytes follow; run "
+                  "tunebox repair\n");
 
     const std::string wide = (dir_ / "wide.wav").string();
     ASSERT_EQ(test::run("sox -n -r 8000 -c 1 -b 24 '" + wide + "' synth 0.1 sine 440"), 0);

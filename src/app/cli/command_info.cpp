@@ -7,6 +7,7 @@
 #include "app/cli/source_settings.h"
 #include "playback/source_opener.h"
 #include "playback/wav_length.h"
+#include "playback/wav_repair.h"
 
 namespace tunebox::cli {
 namespace {
@@ -76,10 +77,18 @@ int showInfo(const std::string& path) {
         return refuse(path, *problem, kExitBadInput);
     }
     const SourceOpening opening = wavOpenSource(path, sourceOptionsFromSettings());
+    if (opening.source) {
+        printSource(path, *opening.source);
+    }
+    // Said even when the file cannot be read as it stands: a header whose
+    // sizes were never written is refused, yet its take can be saved.
+    const WavInspection inspection = inspectWav(path);
+    if (inspection.condition == WavCondition::kUnfinished) {
+        std::cout << "unfinished: " << inspection.detail << "; run tunebox repair\n";
+    }
     if (!opening.source) {
         return refuse(path, openRefusal(path), kExitBadInput);
     }
-    printSource(path, *opening.source);
     return 0;
 }
 

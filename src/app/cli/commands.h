@@ -25,5 +25,6 @@ void registerRecordCommand(CLI::App& app, int& status);
 void registerMonitorCommand(CLI::App& app, int& status);
 void registerDemoCommand(CLI::App& app, int& status);
 void registerPlayCommand(CLI::App& app, int& status);
+void registerRepairCommand(CLI::App& app, int& status);
 
 }  // namespace tunebox::cli
