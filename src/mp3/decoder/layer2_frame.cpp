@@ -1,5 +1,6 @@
 #include "mp3/decoder/layer2_frame.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -53,10 +54,10 @@ void readAllocation(BitReader& reader, Layer2Frame& frame) {
         const Layer2SubbandAllocation& allocation = frame.table->allocation[sb];
         const auto s = static_cast<std::size_t>(sb);
         frame.quantizer[0][s] = readQuantizer(reader, allocation);
-        frame.quantizer[1][s] =
-            sb < frame.bound || frame.channels == 1
-                ? (frame.channels == 2 ? readQuantizer(reader, allocation) : nullptr)
-                : frame.quantizer[0][s];
+        if (frame.channels == 2) {
+            frame.quantizer[1][s] =
+                sb < frame.bound ? readQuantizer(reader, allocation) : frame.quantizer[0][s];
+        }
     }
 }
 
