@@ -10,7 +10,7 @@ packages=(
     qt6-base-dev qt6-svg-dev fonts-ipafont-gothic
     libpulse-dev pulseaudio
     libmpg123-dev libsoxr-dev libcli11-dev
-    lame sox libsox-fmt-all mpg123 ffmpeg
+    lame sox libsox-fmt-all mpg123 ffmpeg twolame
 )
 
 as_root() {

@@ -56,6 +56,29 @@ TEST_F(CommandDecodeTest, BuiltinRawOutputMatchesTheConformanceReference) {
     }
 }
 
+TEST_F(CommandDecodeTest, LayerTwoAccompanimentDecodesAlikeThroughEitherDecoder) {
+    const std::string wav =
+        test::synthesise(dir_ / "song.wav", 48000, 2, "synth 2 sine 300-3000 pinknoise vol 0.5");
+    const auto mp2 = dir_ / "song.mp2";
+    test::runTool("ffmpeg -y -i '" + wav + "' -c:a mp2 -b:a 160k '" + mp2.string() + "'");
+    std::vector<int16_t> outputs[2];
+    for (const int builtin : {0, 1}) {
+        const auto out = dir_ / (builtin ? "builtin.wav" : "system.wav");
+        const auto run = test::runTunebox(dir_, std::string("decode --decoder ") +
+                                                    (builtin ? "builtin" : "system") + " '" +
+                                                    mp2.string() + "' '" + out.string() + "'");
+        ASSERT_EQ(run.status, 0) << run.err;
+        EXPECT_EQ(run.err.find("(built-in decoder)") != std::string::npos, builtin == 1);
+        outputs[builtin] = samplesOf(out);
+    }
+    ASSERT_EQ(outputs[1].size(), outputs[0].size());
+    int worst = 0;
+    for (std::size_t i = 0; i < outputs[0].size(); ++i) {
+        worst = std::max(worst, std::abs(outputs[1][i] - outputs[0][i]));
+    }
+    EXPECT_LE(worst, 1);
+}
+
 TEST_F(CommandDecodeTest, NativeOutputIsStereo44100AndBadInputIsOneLine) {
     const auto out = dir_ / "native.wav";
     const auto run =

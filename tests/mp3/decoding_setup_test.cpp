@@ -1,5 +1,6 @@
 // The decoder's set-up: rate reduction, channel handling, 8-bit output and
-// the frequency limit, on a lame stream with a different tone per channel.
+// the frequency limit, on Layer III and Layer II streams with a different tone
+// per channel.
 
 #include <gtest/gtest.h>
 
@@ -53,28 +54,41 @@ TEST(DecodingSetup, FiguresFollowFromReductionModeAndLimit) {
 
     EXPECT_EQ(mpegSetUpDecoding(stereo44k, 1, 0, 0, 24000, setup), 0);
     EXPECT_EQ(mpegSetUpDecoding(headerOf(0xFB, 0x9C, 0x40), 417, 0, 0, 24000, setup), 0);
-    EXPECT_EQ(mpegSetUpDecoding(headerOf(0xFD, 0x90, 0x40), 417, 0, 0, 24000, setup), 0);
+    EXPECT_EQ(mpegSetUpDecoding(headerOf(0xFF, 0x90, 0x40), 417, 0, 0, 24000, setup), 0);
+
+    // Layer II: 1152 >> reduction samples per frame at every version.
+    const MpegHeader layer2Lsf = headerOf(0xF5, 0x80, 0xC0);  // 22.05 kHz, one channel
+    ASSERT_EQ(mpegSetUpDecoding(layer2Lsf, 417, 1, 0, 24000, setup), 1);
+    EXPECT_EQ(setup.description.samplesPerFrame, 576u);
+    EXPECT_EQ(setup.description.sampleRate, 11025);
 }
 
 constexpr double kLeftTone = 1000.0;
 constexpr double kRightTone = 2500.0;
 
 // One second of 1 kHz on the left and 2.5 kHz on the right, as 44.1 kHz
-// stereo at 192 kbit/s.
-class ConfiguredDecoding : public ::testing::Test {
+// stereo at 192 kbit/s, by lame (Layer III) and by twolame (Layer II).
+class ConfiguredDecoding : public ::testing::TestWithParam<bool> {
   protected:
     static void SetUpTestSuite() {
         const test::TempDir dir;
-        stream_ = test::readBytes(test::synthesiseMp3(
-            dir / "tones.mp3", 44100, 2, "synth 1 sine 1000 sine 2500 vol 0.5", "-t -m s -b 192"));
+        const std::string tones = "synth 1 sine 1000 sine 2500 vol 0.5";
+        layer3_ = test::readBytes(
+            test::synthesiseMp3(dir / "tones.mp3", 44100, 2, tones, "-t -m s -b 192"));
+        const std::string wav = test::synthesise(dir / "tones.wav", 44100, 2, tones);
+        const auto mp2 = dir / "tones.mp2";
+        test::runTool("twolame --quiet -m s -b 192 '" + wav + "' '" + mp2.string() + "'");
+        layer2_ = test::readBytes(mp2);
     }
-    void SetUp() override { ASSERT_FALSE(stream_.empty()) << "sox or lame failed"; }
+    void SetUp() override { ASSERT_FALSE(stream().empty()) << "sox or the encoder failed"; }
+
+    static const std::vector<uint8_t>& stream() { return GetParam() ? layer2_ : layer3_; }
 
     static std::vector<int16_t> decode16(const DecodingOptions& options, int& rate) {
         MpegAudioDecoder decoder;
         decoder.configure(options);
         std::vector<int16_t> pcm;
-        decoder.decodeStream(stream_, pcm);
+        decoder.decodeStream(stream(), pcm);
         rate = decoder.lastSetup().description.sampleRate;
         return pcm;
     }
@@ -89,10 +103,11 @@ class ConfiguredDecoding : public ::testing::Test {
         return count ? std::sqrt(sum / count) : 0.0;
     }
 
-    static inline std::vector<uint8_t> stream_;
+    static inline std::vector<uint8_t> layer3_;
+    static inline std::vector<uint8_t> layer2_;
 };
 
-TEST_F(ConfiguredDecoding, ReductionHalvesOrQuartersTheRateAndKeepsTonesAndLevels) {
+TEST_P(ConfiguredDecoding, ReductionHalvesOrQuartersTheRateAndKeepsTonesAndLevels) {
     int fullRate = 0;
     const auto full = decode16({}, fullRate);
     ASSERT_EQ(fullRate, 44100);
@@ -109,7 +124,7 @@ TEST_F(ConfiguredDecoding, ReductionHalvesOrQuartersTheRateAndKeepsTonesAndLevel
     }
 }
 
-TEST_F(ConfiguredDecoding, ChannelHandlingsAndEightBitOutput) {
+TEST_P(ConfiguredDecoding, ChannelHandlingsAndEightBitOutput) {
     int rate = 0;
     const auto both = decode16({}, rate);
     const auto mixed = decode16({0, 1, 24000}, rate);
@@ -131,7 +146,7 @@ TEST_F(ConfiguredDecoding, ChannelHandlingsAndEightBitOutput) {
     MpegAudioDecoder decoder;
     decoder.configure({0, kOutputMode8Bit, 24000});
     std::vector<uint8_t> eightBit;
-    decoder.decodeStream(stream_, eightBit);
+    decoder.decodeStream(stream(), eightBit);
     EXPECT_EQ(decoder.lastSetup().description.bitsPerSample, 8);
     ASSERT_EQ(eightBit.size(), both.size());
     for (std::size_t i = 0; i < both.size(); ++i) {
@@ -139,7 +154,7 @@ TEST_F(ConfiguredDecoding, ChannelHandlingsAndEightBitOutput) {
     }
 }
 
-TEST_F(ConfiguredDecoding, FrequencyLimitRemovesWhatLiesAboveIt) {
+TEST_P(ConfiguredDecoding, FrequencyLimitRemovesWhatLiesAboveIt) {
     int rate = 0;
     const auto full = decode16({}, rate);
     // 1 kHz keeps subbands 0 and 1, up to 1.38 kHz.
@@ -148,6 +163,9 @@ TEST_F(ConfiguredDecoding, FrequencyLimitRemovesWhatLiesAboveIt) {
     EXPECT_NEAR(rms(limited, 2, 0) / rms(full, 2, 0), 1.0, 0.02);
     EXPECT_LT(rms(limited, 2, 1), 0.01 * rms(full, 2, 1));
 }
+
+INSTANTIATE_TEST_SUITE_P(Layers, ConfiguredDecoding, ::testing::Bool(),
+                         [](const auto& info) { return info.param ? "layer2" : "layer3"; });
 
 }  // namespace
 }  // namespace tunebox

@@ -45,7 +45,7 @@ DecodingSetup setUp(const MpegHeader& header, int reduction, int outputMode, int
 
 int mpegSetUpDecoding(const MpegHeader& header, uint32_t frameLength, int reduction, int outputMode,
                       int frequencyLimit, DecodingSetup& setup) {
-    if (frameLength < 2 || !header.isLayer3() || header.sampleRate == 0) {
+    if (frameLength < 2 || !mpegDecodableLayer(header) || header.sampleRate == 0) {
         return 0;
     }
     setup = setUp(header, reduction, outputMode, frequencyLimit);

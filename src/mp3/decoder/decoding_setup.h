@@ -40,9 +40,9 @@ struct DecodingSetup {
     MpegOutputDescription description;
 };
 
-// Sets up Layer III decoding of the stream whose first frame has `header`
+// Sets up decoding of the stream whose first frame has `header`
 // and `frameLength` (below 2: there is no frame). Returns 1, or 0 for a
-// layer other than III or a reserved sampling frequency.
+// layer other than II or III or a reserved sampling frequency.
 int mpegSetUpDecoding(const MpegHeader& header, uint32_t frameLength, int reduction, int outputMode,
                       int frequencyLimit, DecodingSetup& setup);
 

@@ -4,6 +4,7 @@
 
 #include "mp3/decoder/frame_crc.h"
 #include "mp3/decoder/huffman_decoder.h"
+#include "mp3/decoder/layer2_frame.h"
 #include "mp3/decoder/layer3_side_info.h"
 #include "mp3/decoder/requantizer.h"
 #include "mp3/decoder/scale_factor_bands.h"
@@ -89,39 +90,69 @@ int MpegAudioDecoder::decodeFrame(std::span<const uint8_t> frame, std::span<uint
                                   std::size_t& bytesWritten) {
     bytesWritten = 0;
     MpegHeader header;
-    if (!(mpegParseHeader(frame, header) && header.isLayer3()) ||
+    if (!(mpegParseHeader(frame, header) && mpegDecodableLayer(header)) ||
         frame.size() < header.frameBytes()) {
         return 0;
     }
+    const DecodingSetup setup = setUpDecoding(header, options_);
+    if (out.size() < setup.description.pcmBytesPerFrame) {
+        return 0;
+    }
+    const auto whole = frame.first(header.frameBytes());
+    const int granules =
+        header.isLayer3() ? decodeLayer3(whole, header, setup) : decodeLayer2(whole, header, setup);
+    if (granules < 0) {
+        return 0;
+    }
+    if (granules > 0) {
+        bytesWritten = setup.output({granules, &work_->subbandSamples, &synthesis_, out});
+    }
+    return 1;
+}
+
+int MpegAudioDecoder::decodeLayer2(std::span<const uint8_t> frame, const MpegHeader& header,
+                                   const DecodingSetup& setup) {
+    const std::size_t dataStart = kFrameHeaderBytes + (header.crcProtected() ? kCrcBytes : 0);
+    if (frame.size() <= dataStart) {
+        return -1;
+    }
+    BitReader reader(frame.subspan(dataStart));
+    if (!readLayer2Frame(reader, header, setup.decodedSubbands, work_->subbandSamples)) {
+        return -1;
+    }
+    header_ = header;
+    setup_ = setup;
+    return kLayer2Granules;
+}
+
+int MpegAudioDecoder::decodeLayer3(std::span<const uint8_t> frame, const MpegHeader& header,
+                                   const DecodingSetup& setup) {
     const std::size_t sideStart = kFrameHeaderBytes + (header.crcProtected() ? kCrcBytes : 0);
     const std::size_t mainStart = sideStart + header.sideInfoBytes();
-    const DecodingSetup setup = setUpDecoding(header, options_);
-    if (header.frameBytes() < mainStart || out.size() < setup.description.pcmBytesPerFrame) {
-        return 0;
+    if (frame.size() < mainStart) {
+        return -1;
     }
     if (!frameCrcMatches(frame, header)) {
         ++crcMismatches_;
     }
     Work& work = *work_;
     BitReader sideReader(frame.subspan(sideStart, header.sideInfoBytes()));
-    const std::span<const uint8_t> frameMainData =
-        frame.subspan(mainStart, header.frameBytes() - mainStart);
+    const std::span<const uint8_t> frameMainData = frame.subspan(mainStart);
     if (!readSideInfo(sideReader, header, work.sideInfo)) {
         // Later frames may still reach back into this one's main data.
         keepInReservoir(frameMainData);
-        return 0;
+        return -1;
     }
     header_ = header;
     setup_ = setup;
     if (!takeMainData(frameMainData, work.sideInfo.mainDataBegin)) {
-        return 1;
+        return 0;
     }
     work.reader = BitReader(mainData_);
     for (int gr = 0; gr < header.granules(); ++gr) {
         decodeGranule(gr);
     }
-    bytesWritten = setup.output({header.granules(), &work.subbandSamples, &synthesis_, out});
-    return 1;
+    return header.granules();
 }
 
 int MpegAudioDecoder::decodeFrame(std::span<const uint8_t> frame, std::span<int16_t> pcm,
@@ -191,7 +222,7 @@ std::size_t MpegAudioDecoder::decodeStreamInto(std::span<const uint8_t> bytes,
     while (position + kFrameHeaderBytes <= bytes.size()) {
         const auto rest = bytes.subspan(position);
         MpegHeader header;
-        if (!(mpegParseHeader(rest, header) && header.isLayer3()) ||
+        if (!(mpegParseHeader(rest, header) && mpegDecodableLayer(header)) ||
             header.frameBytes() > rest.size()) {
             ++position;
             continue;

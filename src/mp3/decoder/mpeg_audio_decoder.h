@@ -1,7 +1,8 @@
 #pragma once
-// The built-in MPEG audio Layer III decoder (MPEG-1, MPEG-2 and MPEG 2.5):
-// whole frames in, interleaved PCM out, by default 16-bit at the stream's
-// own rate and channel count (see decoding_setup.h for the other outputs).
+// The built-in MPEG audio decoder, Layers II and III (MPEG-1, MPEG-2 and
+// MPEG 2.5): whole frames in, interleaved PCM out, by default 16-bit at the
+// stream's own rate and channel count (see decoding_setup.h for the other
+// outputs).
 // It keeps the bit reservoir and the filter-bank state between frames, so
 // frames must arrive in stream order.
 
@@ -62,6 +63,12 @@ class MpegAudioDecoder {
     void forgetReservoir() { reservoir_.clear(); }
 
   private:
+    // Each returns the granules of output the frame gave (0 while the
+    // reservoir fills), or -1 for an unusable frame.
+    int decodeLayer2(std::span<const uint8_t> frame, const MpegHeader& header,
+                     const DecodingSetup& setup);
+    int decodeLayer3(std::span<const uint8_t> frame, const MpegHeader& header,
+                     const DecodingSetup& setup);
     void decodeGranule(int granule);
     bool takeMainData(std::span<const uint8_t> frameMainData, int mainDataBegin);
     void keepInReservoir(std::span<const uint8_t> frameMainData);

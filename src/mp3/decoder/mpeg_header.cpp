@@ -129,6 +129,10 @@ bool mpegParseHeader(std::span<const uint8_t> bytes, MpegHeader& header) {
     return true;
 }
 
+bool mpegDecodableLayer(const MpegHeader& header) {
+    return header.layerField == kLayer2 || header.layerField == kLayer3;
+}
+
 uint32_t mpegLayerNumber(const MpegHeader& header) {
     return 4 - header.layerField;
 }

@@ -78,6 +78,9 @@ bool mpegReadHeader(std::span<const uint8_t> bytes, MpegHeader& header);
 // format and the reserved bit-rate and sample-rate indexes.
 bool mpegParseHeader(std::span<const uint8_t> bytes, MpegHeader& header);
 
+// Whether the built-in decoder decodes the frame's layer (II or III).
+bool mpegDecodableLayer(const MpegHeader& header);
+
 // The layer as it is named: 1, 2 or 3.
 uint32_t mpegLayerNumber(const MpegHeader& header);
 
