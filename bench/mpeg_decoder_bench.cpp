@@ -1,6 +1,7 @@
 // Decoding speed of the built-in Layer III decoder against libmpg123 on the
 // same streams, one core, both to 16-bit PCM. Prints each decoder's speed as
-// times real time per CPU second and the ratio built-in / libmpg123.
+// times real time per CPU second and the ratio built-in / libmpg123, then
+// the built-in decoder's speed at half and quarter rate against full rate.
 
 #include <benchmark/benchmark.h>
 
@@ -72,13 +73,19 @@ void report(benchmark::State& state, const BenchStream& stream) {
                                                       benchmark::Counter::kIsRate);
 }
 
-void builtIn(benchmark::State& state, const BenchStream& stream) {
+// One whole decode by the built-in decoder at the given rate reduction.
+void decodeBuiltIn(const BenchStream& stream, int reduction, std::vector<int16_t>& pcm) {
+    tunebox::MpegAudioDecoder decoder;
+    decoder.configure({.reduction = reduction});
+    pcm.clear();
+    decoder.decodeStream(stream.bytes, pcm);
+}
+
+void builtIn(benchmark::State& state, const BenchStream& stream, int reduction) {
     std::vector<int16_t> pcm;
     pcm.reserve(1 << 24);
     for (auto _ : state) {
-        tunebox::MpegAudioDecoder decoder;
-        pcm.clear();
-        decoder.decodeStream(stream.bytes, pcm);
+        decodeBuiltIn(stream, reduction, pcm);
         benchmark::DoNotOptimize(pcm.data());
     }
     report(state, stream);
@@ -95,15 +102,14 @@ void libmpg123(benchmark::State& state, const BenchStream& stream) {
 // Times real time of one decoder over about two seconds of its own CPU
 // time (the machine may be busy with other work), measured here so that the
 // ratio can be printed.
-double timesRealTime(const BenchStream& stream, bool useBuiltIn) {
+// A reduction of -1 times libmpg123.
+double timesRealTime(const BenchStream& stream, int reduction) {
     const std::clock_t start = std::clock();
     int runs = 0;
     std::vector<int16_t> pcm;
     do {
-        if (useBuiltIn) {
-            tunebox::MpegAudioDecoder decoder;
-            pcm.clear();
-            decoder.decodeStream(stream.bytes, pcm);
+        if (reduction >= 0) {
+            decodeBuiltIn(stream, reduction, pcm);
         } else {
             benchmark::DoNotOptimize(tunebox::test::decodeWithMpg123(stream.bytes).samples.data());
         }
@@ -117,17 +123,25 @@ double timesRealTime(const BenchStream& stream, bool useBuiltIn) {
 
 int main(int argc, char** argv) {
     for (const BenchStream& stream : streams()) {
-        benchmark::RegisterBenchmark(("builtin/" + stream.name).c_str(), builtIn, stream);
+        for (int reduction = 0; reduction <= 2; ++reduction) {
+            benchmark::RegisterBenchmark(
+                ("builtin/" + stream.name + "/reduction" + std::to_string(reduction)).c_str(),
+                builtIn, stream, reduction);
+        }
         benchmark::RegisterBenchmark(("libmpg123/" + stream.name).c_str(), libmpg123, stream);
     }
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     for (const BenchStream& stream : streams()) {
-        const double own = timesRealTime(stream, true);
-        const double peer = timesRealTime(stream, false);
+        const double own = timesRealTime(stream, 0);
+        const double peer = timesRealTime(stream, -1);
         std::printf("%-20s built-in %7.1fx real time, libmpg123 %7.1fx real time, ratio %.2f\n",
                     stream.name.c_str(), own, peer, own / peer);
+        const double half = timesRealTime(stream, 1);
+        const double quarter = timesRealTime(stream, 2);
+        std::printf("%-20s half rate %.2fx, quarter rate %.2fx the speed of full rate\n",
+                    stream.name.c_str(), half / own, quarter / own);
     }
     return 0;
 }

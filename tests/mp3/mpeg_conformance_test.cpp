@@ -32,7 +32,7 @@ TEST_P(ConformanceStream, MatchesReferenceWithinOneLsb) {
     std::printf("%-22s compared %zu samples: max %d LSB, rms %.4f LSB\n", name.c_str(),
                 difference.compared, difference.maxDifference, difference.rms);
     EXPECT_LE(difference.maxDifference, 1);
-    EXPECT_LE(difference.rms, 0.07);
+    EXPECT_LE(difference.rms, 0.05);
 }
 
 INSTANTIATE_TEST_SUITE_P(Streams, ConformanceStream,

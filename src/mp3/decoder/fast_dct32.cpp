@@ -67,4 +67,14 @@ void dct32(std::array<DctLanes, 32>& values) {
     dct<32>(values.data(), dctTables().inverseCosines.data());
 }
 
+// The tables hold each size's cosines after those of the sizes above it.
+void dctNarrow(DctLanes* rows, int points) {
+    const float* inverseCosines = dctTables().inverseCosines.data();
+    if (points == 16) {
+        dct<16>(rows, inverseCosines + 16);
+    } else {
+        dct<8>(rows, inverseCosines + 16 + 8);
+    }
+}
+
 }  // namespace tunebox

@@ -15,4 +15,8 @@ using DctLanes = std::array<float, kDctLanes>;
 // Transforms each lane of `values` (32 rows) in place.
 void dct32(std::array<DctLanes, 32>& values);
 
+// The same transform at 16 or 8 points (`points`), for the synthesis of
+// fewer subbands: each lane of rows[0..points) in place.
+void dctNarrow(DctLanes* rows, int points);
+
 }  // namespace tunebox

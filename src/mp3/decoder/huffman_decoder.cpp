@@ -178,11 +178,11 @@ constexpr QuadTable kQuads = [] {
     return table;
 }();
 
-int decodeQuads(BitReader& reader, int table, int begin, std::size_t part23End,
+int decodeQuads(BitReader& reader, int table, int begin, int lineLimit, std::size_t part23End,
                 QuantizedSpectrum& lines) {
     const HuffmanLookup& lookup = lookups().count1[table];
     int line = begin;
-    while (line + 4 <= kGranuleLines && reader.position() < part23End) {
+    while (line < lineLimit && line + 4 <= kGranuleLines && reader.position() < part23End) {
         // The symbol holds v, w in bits 5, 4 and x, y in bits 1, 0.
         const int symbol = lookup.decode(reader);
         const int mask = ((symbol >> 2) & 0xC) | (symbol & 3);
@@ -202,14 +202,15 @@ int decodeQuads(BitReader& reader, int table, int begin, std::size_t part23End,
 }  // namespace
 
 int decodeHuffmanSpectrum(BitReader& reader, const GranuleChannelInfo& info, std::size_t part23End,
-                          QuantizedSpectrum& lines) {
-    const int bigEnd = info.bigValues * 2;
+                          int lineLimit, QuantizedSpectrum& lines) {
+    // Pairs end on even lines; the limit rounds up to one.
+    const int bigEnd = std::min(info.bigValues * 2, (lineLimit + 1) & ~1);
     const int region1 = std::min(info.region1Start, bigEnd);
     const int region2 = std::clamp(info.region2Start, region1, bigEnd);
     decodePairs(reader, info.tableSelect[0], 0, region1, lines);
     decodePairs(reader, info.tableSelect[1], region1, region2, lines);
     decodePairs(reader, info.tableSelect[2], region2, bigEnd, lines);
-    const int end = decodeQuads(reader, info.count1Table, bigEnd, part23End, lines);
+    const int end = decodeQuads(reader, info.count1Table, bigEnd, lineLimit, part23End, lines);
     std::fill(lines.begin() + end, lines.end(), 0);
     return end;
 }

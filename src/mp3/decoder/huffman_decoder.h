@@ -15,8 +15,10 @@ using QuantizedSpectrum = std::array<int32_t, kGranuleLines>;
 
 // Decodes into `lines` (all 576 written) and returns how many leading lines
 // may be non-zero. `part23End` is the bit position where this granule's
-// Huffman data ends.
+// Huffman data ends. Decoding stops once `lineLimit` lines are done (the
+// lines above are left zero), as output at a reduced rate never uses them;
+// the caller seeks to `part23End` itself.
 int decodeHuffmanSpectrum(BitReader& reader, const GranuleChannelInfo& info, std::size_t part23End,
-                          QuantizedSpectrum& lines);
+                          int lineLimit, QuantizedSpectrum& lines);
 
 }  // namespace tunebox

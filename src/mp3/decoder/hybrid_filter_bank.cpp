@@ -20,23 +20,17 @@ constexpr int kChunk = 8;
 
 constexpr int kLongPoints = 36;
 constexpr int kShortPoints = 12;
-constexpr int kHalf = 9;  // the 18-point DCT splits into two 9-point halves
 constexpr int kShortLines = 6;
 
 struct TransformTables {
     // Window by block type (the short entry is unused: short windows below).
     std::array<std::array<float, kLongPoints>, 4> longWindows{};
     std::array<float, kShortPoints> shortWindow{};
-    // 2 cos((2k + 1) pi / 72): turns the 18-point DCT-IV into a DCT-II.
-    std::array<float, 18> dct4Twiddles{};
-    // The DCT-II's even outputs are a 9-point DCT-II of folded sums, its
-    // odd outputs a 9-point DCT-IV of folded differences. The 9-point
-    // DCT-II folds once more, as its cosine E[m][k] satisfies
-    // E[m][8 - k] = (-1)^m E[m][k]: even m from the sums of inputs k and
-    // 8 - k (and input 4), odd m from their differences.
-    std::array<std::array<float, 5>, 5> evenFromSums{};
-    std::array<std::array<float, 4>, 4> oddFromDifferences{};
-    std::array<std::array<float, kHalf>, kHalf> oddCosines{};
+    // The 18-point DCT-IV of a long block, cos((2j + 1)(2k + 1) pi / 72).
+    // Taken as a plain matrix: the faster factorisations (a DCT-II and a
+    // running sum) carry float rounding from one output into the next,
+    // which shows as 1 LSB differences on loud material.
+    std::array<std::array<float, 18>, 18> longCosines{};
     // The 6-point DCT-IV of a short block.
     std::array<std::array<float, kShortLines>, kShortLines> shortCosines{};
 };
@@ -71,19 +65,10 @@ TransformTables buildTables() {
     using std::numbers::pi;
     TransformTables t;
     buildWindows(t);
-    for (int k = 0; k < 18; ++k) {
-        t.dct4Twiddles[k] = static_cast<float>(2.0 * std::cos(pi * (2 * k + 1) / 72.0));
-    }
-    for (int m = 0; m < kHalf; ++m) {
-        for (int k = 0; k < kHalf; ++k) {
-            const double cosine = std::cos(pi * m * (2 * k + 1) / 18.0);
-            if (m % 2 == 0 && k <= 4) {
-                t.evenFromSums[m / 2][k] = static_cast<float>(cosine);
-            } else if (m % 2 == 1 && k < 4) {
-                t.oddFromDifferences[m / 2][k] = static_cast<float>(cosine);
-            }
-            t.oddCosines[m][k] =
-                static_cast<float>(std::cos(pi * (2 * m + 1) * (2 * k + 1) / 36.0));
+    for (int j = 0; j < 18; ++j) {
+        for (int k = 0; k < 18; ++k) {
+            t.longCosines[j][k] =
+                static_cast<float>(std::cos(pi * (2 * j + 1) * (2 * k + 1) / 72.0));
         }
     }
     for (int j = 0; j < kShortLines; ++j) {
@@ -122,62 +107,12 @@ using TimeSamples = std::array<Lanes, kLongPoints>;
 
 // 18 lines to 36 windowed samples. The inverse MDCT is an 18-point DCT-IV
 // y read out with its symmetries: x[i] = y[i + 9] for i < 9, -y[26 - i]
-// below 27, -y[i - 27] above. The DCT-IV comes from the DCT-II C of the
-// twiddled lines through y[j] = C[j] - y[j - 1], y[0] = C[0] / 2.
+// below 27, -y[i - 27] above.
 template <int Width>
 void longTransform(const std::array<Lanes, 18>& lines, const std::array<float, kLongPoints>& window,
                    TimeSamples& out) {
-    const TransformTables& t = tables();
-    std::array<Lanes, kHalf> sums;
-    std::array<Lanes, kHalf> differences;
-    for (int k = 0; k < kHalf; ++k) {
-        const float low = t.dct4Twiddles[k];
-        const float high = t.dct4Twiddles[17 - k];
-        for (int sb = 0; sb < Width; ++sb) {
-            const float a = lines[k][sb] * low;
-            const float b = lines[17 - k][sb] * high;
-            sums[k][sb] = a + b;
-            differences[k][sb] = a - b;
-        }
-    }
-    std::array<Lanes, 5> foldedSums;
-    std::array<Lanes, 4> foldedDifferences;
-    for (int k = 0; k < 4; ++k) {
-        for (int sb = 0; sb < Width; ++sb) {
-            foldedSums[k][sb] = sums[k][sb] + sums[8 - k][sb];
-            foldedDifferences[k][sb] = sums[k][sb] - sums[8 - k][sb];
-        }
-    }
-    foldedSums[4] = sums[4];
-    std::array<Lanes, 5> evenOfEven;
-    std::array<Lanes, 4> oddOfEven;
-    std::array<Lanes, kHalf> odd;
-    multiply<Width>(t.evenFromSums, foldedSums.data(), evenOfEven.data());
-    multiply<Width>(t.oddFromDifferences, foldedDifferences.data(), oddOfEven.data());
-    multiply<Width>(t.oddCosines, differences.data(), odd.data());
-    // C[j]: j = 4r from evenOfEven[r], j = 4r + 2 from oddOfEven[r], odd j
-    // from odd[j / 2].
-    auto dctOutput = [&](int j) -> const Lanes& {
-        if (j & 1) {
-            return odd[j / 2];
-        }
-        return (j & 2) ? oddOfEven[j / 4] : evenOfEven[j / 4];
-    };
-    // The recurrence runs in double: its rounding errors would otherwise
-    // pile up along the 18 steps.
     std::array<Lanes, 18> y;
-    std::array<double, Width> running;
-    for (int sb = 0; sb < Width; ++sb) {
-        running[sb] = 0.5 * dctOutput(0)[sb];
-        y[0][sb] = static_cast<float>(running[sb]);
-    }
-    for (int j = 1; j < 18; ++j) {
-        const Lanes& c = dctOutput(j);
-        for (int sb = 0; sb < Width; ++sb) {
-            running[sb] = c[sb] - running[sb];
-            y[j][sb] = static_cast<float>(running[sb]);
-        }
-    }
+    multiply<Width>(tables().longCosines, lines.data(), y.data());
     for (int i = 0; i < kLongPoints; ++i) {
         const bool negated = i >= 9;
         const int j = i < 9 ? i + 9 : (i < 27 ? 26 - i : i - 27);

@@ -183,8 +183,15 @@ void MpegAudioDecoder::decodeGranule(int granule) {
                                   factors_[ch]);
         }
         const std::size_t part23End = part2Start + static_cast<std::size_t>(info.part23Length);
+        // Intensity stereo finds its bands from where the right channel's
+        // lines end, so that channel is always decoded whole. Short blocks
+        // are still in coded order here: the limit goes to a band's end.
+        const bool wholeChannel = ch == 1 && header_.intensityStereo();
+        const int lineLimit =
+            wholeChannel ? kGranuleLines
+                         : reorderedLineEnd(info, bands, setup_.decodedSubbands * kSlotsPerGranule);
         work.nonZeroEnd[ch] =
-            decodeHuffmanSpectrum(work.reader, info, part23End, work.quantized[ch]);
+            decodeHuffmanSpectrum(work.reader, info, part23End, lineLimit, work.quantized[ch]);
         work.reader.seek(part23End);
         requantize(
             {work.quantized[ch], work.nonZeroEnd[ch], info, factors_[ch], bands, header_.isMpeg1()},

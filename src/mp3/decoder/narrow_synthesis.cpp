@@ -2,79 +2,92 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <vector>
 
+#include "mp3/decoder/fast_dct32.h"
 #include "mp3/decoder/synthesis_window.h"
 
 namespace tunebox {
 namespace {
 
-// Matrixing cosines and window for one width n.
-struct NarrowTables {
-    std::vector<float> cosines;  // [i][k]: cos((n / 2 + i)(2k + 1) pi / 2n), i < 2n
-    std::vector<float> window;   // 16n taps, scaled to 16-bit full scale
-};
-
-NarrowTables buildTables(int n) {
-    NarrowTables t;
-    t.cosines.resize(static_cast<std::size_t>(2 * n * n));
-    for (int i = 0; i < 2 * n; ++i) {
-        for (int k = 0; k < n; ++k) {
-            t.cosines[static_cast<std::size_t>(i * n + k)] = static_cast<float>(
-                std::cos((n / 2 + i) * (2 * k + 1) * std::numbers::pi / (2.0 * n)));
-        }
-    }
+// The window for one width n: 16n taps, scaled to 16-bit full scale.
+std::vector<float> buildWindow(int n) {
     const int step = kSubbands / n;
-    t.window.resize(static_cast<std::size_t>(16 * n));
+    std::vector<float> window(static_cast<std::size_t>(16 * n));
     for (int tap = 0; tap < 16 * n; ++tap) {
-        t.window[static_cast<std::size_t>(tap)] =
+        window[static_cast<std::size_t>(tap)] =
             static_cast<float>(synthesisWindow()[static_cast<std::size_t>(tap * step)] * 32768.0);
     }
-    return t;
+    return window;
 }
 
-const NarrowTables& tablesFor(int n) {
-    static const NarrowTables half = buildTables(16);
-    static const NarrowTables quarter = buildTables(8);
-    return n == 16 ? half : quarter;
+using SlotRows = std::array<DctLanes, NarrowSynthesis::kMaxSubbands>;
+
+// V[i] = sum over k of cos((n / 2 + i)(2k + 1) pi / 2n) S[k], read out of
+// the DCT X of S by the cosine's symmetries around (n / 2 + i) = n and 2n.
+template <int N>
+void matrix(const SlotRows& x, int slot, float* v) {
+    for (int i = 0; i < N / 2; ++i) {
+        v[i] = x[N / 2 + i][slot];
+    }
+    v[N / 2] = 0.0f;
+    for (int i = N / 2 + 1; i <= 3 * N / 2; ++i) {
+        v[i] = -x[3 * N / 2 - i][slot];
+    }
+    for (int i = 3 * N / 2 + 1; i < 2 * N; ++i) {
+        v[i] = -x[i - 3 * N / 2][slot];
+    }
 }
 
+// Rounds half away from zero.
 int16_t clipToPcm16(float value) {
     const float clipped = std::clamp(value, -32768.0f, 32767.0f);
-    return static_cast<int16_t>(std::lround(clipped));
+    return static_cast<int16_t>(clipped + std::copysign(0.5f, clipped));
 }
 
 }  // namespace
 
 void NarrowSynthesis::synthesize(const SubbandSamples& in, int subbands, int16_t* out, int stride) {
-    const int n = subbands;
-    const NarrowTables& t = tablesFor(n);
-    const std::size_t vectorSize = static_cast<std::size_t>(2 * n);
-    for (int slot = 0; slot < kSlotsPerGranule; ++slot) {
-        std::copy_backward(history_.begin(), history_.begin() + 15 * vectorSize,
-                           history_.begin() + 16 * vectorSize);
-        for (int i = 0; i < 2 * n; ++i) {
-            float v = 0.0f;
-            for (int k = 0; k < n; ++k) {
-                v += t.cosines[static_cast<std::size_t>(i * n + k)] * in[slot][k];
-            }
-            history_[static_cast<std::size_t>(i)] = v;
+    if (subbands == kMaxSubbands) {
+        synthesizeWidth<kMaxSubbands>(in, out, stride);
+    } else {
+        synthesizeWidth<kMaxSubbands / 2>(in, out, stride);
+    }
+}
+
+template <int N>
+void NarrowSynthesis::synthesizeWidth(const SubbandSamples& in, int16_t* out, int stride) {
+    static const std::vector<float> window = buildWindow(N);
+    // The whole granule's slots through one fast DCT, a slot per lane.
+    SlotRows x;
+    for (int k = 0; k < N; ++k) {
+        for (int slot = 0; slot < kSlotsPerGranule; ++slot) {
+            x[k][slot] = in[slot][k];
         }
-        // Each window row of n taps pairs with one half of a V vector: the
-        // first half of slot 2r's vector, then the second half of slot
-        // 2r + 1's.
-        for (int j = 0; j < n; ++j) {
-            float sum = 0.0f;
-            for (int row = 0; row < 16; ++row) {
-                const int slotBack = row;
-                const int offset = (row & 1) ? n + j : j;
-                sum += history_[static_cast<std::size_t>(slotBack * 2 * n + offset)] *
-                       t.window[static_cast<std::size_t>(row * n + j)];
+        std::fill(x[k].begin() + kSlotsPerGranule, x[k].end(), 0.0f);
+    }
+    dctNarrow(x.data(), N);
+    for (int slot = 0; slot < kSlotsPerGranule; ++slot) {
+        matrix<N>(x, slot, history_[kHistorySlots + slot].data());
+    }
+    for (int slot = 0; slot < kSlotsPerGranule; ++slot) {
+        // Each window row of N taps pairs with one half of a V vector: the
+        // first half of the vector `row` slots back for even rows, the
+        // second half for odd ones. Outputs innermost, so the sums
+        // vectorise.
+        std::array<float, N> sums{};
+        for (int row = 0; row < 16; ++row) {
+            const float* v = history_[kHistorySlots + slot - row].data() + ((row & 1) ? N : 0);
+            const float* w = window.data() + row * N;
+            for (int j = 0; j < N; ++j) {
+                sums[j] += v[j] * w[j];
             }
-            out[(slot * n + j) * stride] = clipToPcm16(sum);
+        }
+        for (int j = 0; j < N; ++j) {
+            out[(slot * N + j) * stride] = clipToPcm16(sums[j]);
         }
     }
+    std::copy(history_.end() - kHistorySlots, history_.end(), history_.begin());
 }
 
 }  // namespace tunebox

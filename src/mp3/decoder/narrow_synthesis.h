@@ -3,8 +3,8 @@
 // half or a quarter of the stream's rate: each time slot gives as many
 // samples as subbands are synthesised. The filter is the full bank's
 // prototype taken at every second or fourth tap, which is the same
-// low-pass scaled to the narrower band. Not tuned for speed: the full-rate
-// path is the one that plays accompaniments.
+// low-pass scaled to the narrower band; the matrixing is a 16- or 8-point
+// fast DCT.
 
 #include <array>
 #include <cstdint>
@@ -24,8 +24,14 @@ class NarrowSynthesis {
     void reset() { history_ = {}; }
 
   private:
-    // The last 16 slots' V vectors (2 x subbands values each), newest first.
-    std::array<float, 16 * 2 * kMaxSubbands> history_{};
+    template <int N>
+    void synthesizeWidth(const SubbandSamples& in, int16_t* out, int stride);
+
+    // Earlier slots the window reaches back to.
+    static constexpr int kHistorySlots = 15;
+    // V vectors (2 x subbands values each), oldest first: the earlier
+    // slots', then the granule's own.
+    std::array<std::array<float, 2 * kMaxSubbands>, kHistorySlots + kSlotsPerGranule> history_{};
 };
 
 }  // namespace tunebox
