@@ -259,6 +259,9 @@ int64_t RiffFile::write(const void* data, int64_t count) {
     if (position < 0 || count < 0 || static_cast<uint64_t>(position + count) > kRiffLimit) {
         return -1;
     }
+    if (count == 0) {
+        return 0;  // an empty block may come with no buffer at all
+    }
     const size_t put = std::fwrite(data, 1, static_cast<size_t>(count), stream_);
     return put == static_cast<size_t>(count) ? count : -1;
 }
