@@ -13,7 +13,7 @@ namespace tunebox {
 namespace {
 
 TEST(RoundTrip, ThroughTheVirtualDevicesTheMeasuredDelayIsTheConfiguredLatency) {
-    VirtualAudio audio({.outputLatencyBytes = 7056, .inputLatencyBytes = 3000, .speed = 30});
+    VirtualAudio audio({.outputLatencyBytes = 7056, .inputLatencyBytes = 3000, .speed = 5});
     const RoundTrip trip = measureRoundTrip(audio);
     ASSERT_EQ(trip.deviceError, "");
     ASSERT_TRUE(trip.search.found) << trip.search.reason;
@@ -35,7 +35,7 @@ TEST(RoundTrip, DeviceFaultsAreReportedNotMeasured) {
 
 std::string runCalibrate(const test::TempDir& config, const std::string& settings, int& status) {
     const std::string output = (config / "out.txt").string();
-    const std::string command = "TUNEBOX_AUDIO=virtual TUNEBOX_VIRTUAL_SPEED=30 " + settings +
+    const std::string command = "TUNEBOX_AUDIO=virtual TUNEBOX_VIRTUAL_SPEED=5 " + settings +
                                 " TUNEBOX_CONFIG_DIR='" + config.path().string() + "' '" +
                                 TUNEBOX_EXE + "' calibrate --save >'" + output + "' 2>&1";
     status = WEXITSTATUS(std::system(command.c_str()));
