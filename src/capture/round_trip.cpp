@@ -5,10 +5,12 @@
 #include <condition_variable>
 #include <cstring>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
 #include "capture/measurement_signal.h"
+#include "capture/offset_finder.h"
 #include "core/wave_format.h"
 
 namespace tunebox {
@@ -19,10 +21,12 @@ constexpr uint32_t kLeadInFrames = 4410;
 constexpr uint32_t kCaptureBlocks = 8;  // 4.2 s: the signal and any sane round trip
 constexpr int64_t kEarliestOffset = -int64_t{kNativeSampleRate};
 constexpr int64_t kLatestOffset = 2 * int64_t{kNativeSampleRate};
+constexpr std::size_t kStretchFrames = kNativeSampleRate / 10;
 constexpr auto kPositionInterval = std::chrono::milliseconds(20);
 // Two capture readings around the playback reading further apart than this
 // straddle a step of the clock and are not used.
 constexpr uint32_t kSteadyBytes = 176;
+constexpr int kPositionReadTries = 4;
 // On the backend's clock, so a simulation faster than real time gives up as
 // soon, in its own time, as a sound card would; and in real time too, for a
 // clock that stands still.
@@ -137,6 +141,30 @@ bool queueAll(AudioDevice& device, Buffers& buffers, Queue queue) {
     });
 }
 
+struct PositionReading {
+    uint32_t played = 0;
+    uint32_t captured = 0;  // whole frames, at the instant `played` was read
+    bool steady = false;    // false when every try straddled a clock step
+};
+
+// The capture position read on both sides of the playback position; a try
+// that straddles a step of the device clock is repeated. Empty when a device
+// fails.
+std::optional<PositionReading> readPositions(InputDevice& in, OutputDevice& out) {
+    PositionReading reading;
+    for (int attempt = 0; attempt < kPositionReadTries && !reading.steady; ++attempt) {
+        uint32_t before = 0;
+        uint32_t after = 0;
+        if (in.position(before) != kAudioOk || out.position(reading.played) != kAudioOk ||
+            in.position(after) != kAudioOk) {
+            return std::nullopt;
+        }
+        reading.steady = after - before <= kSteadyBytes;
+        reading.captured = (before + (after - before) / 2) & ~3u;
+    }
+    return reading;
+}
+
 int64_t median(std::vector<int64_t> values) {
     if (values.empty()) {
         return 0;
@@ -149,7 +177,7 @@ int64_t median(std::vector<int64_t> values) {
 
 RoundTrip measureRoundTrip(AudioBackend& backend) {
     RoundTrip result;
-    const std::vector<int16_t> signal = measurementClicks(kSignalFrames, kLeadInFrames);
+    const std::vector<int16_t> signal = measurementNoise(kSignalFrames, kLeadInFrames);
     Buffers played(signal.size() * 2);
     played.copyIn(signal);
     Buffers captured(std::size_t(kCaptureBlocks) * kEngineBlockBytes);
@@ -185,15 +213,13 @@ RoundTrip measureRoundTrip(AudioBackend& backend) {
     const Deadline deadline(backend.clock());
     while (playedBytes < signalBytes && !deadline.passed()) {
         std::this_thread::sleep_for(kPositionInterval);
-        uint32_t before = 0;
-        uint32_t after = 0;
-        if (in.position(before) != kAudioOk || out.position(playedBytes) != kAudioOk ||
-            in.position(after) != kAudioOk) {
+        const std::optional<PositionReading> reading = readPositions(in, out);
+        if (!reading) {
             break;
         }
-        if (playedBytes > 0 && playedBytes < signalBytes && after - before <= kSteadyBytes) {
-            const uint32_t captured = (before + (after - before) / 2) & ~3u;
-            delays.push_back(int64_t(captured) - int64_t(playedBytes));
+        playedBytes = reading->played;
+        if (reading->steady && playedBytes > 0 && playedBytes < signalBytes) {
+            delays.push_back(int64_t(reading->captured) - int64_t(playedBytes));
         }
     }
     if (!playedBack.waitFor(played.headers.size(), deadline) ||
@@ -206,8 +232,8 @@ RoundTrip measureRoundTrip(AudioBackend& backend) {
         return result;
     }
     result.positionDelayBytes = median(delays);
-    result.search = findOffset(leftChannel(signal), leftChannel(captured.samples()),
-                               kEarliestOffset, kLatestOffset);
+    result.search = findStretchOffsets(leftChannel(signal), leftChannel(captured.samples()),
+                                       kEarliestOffset, kLatestOffset, kStretchFrames);
     return result;
 }
 

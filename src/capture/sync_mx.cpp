@@ -105,7 +105,7 @@ int32_t SyncMx::measuredDelay() {
         if (played == 0 && aligned_) {
             return currentDelay_;
         }
-        delay = int64_t{after} - int64_t{played};
+        delay = int64_t{after} - int64_t{played} + calibration_;
         if (before == after) {
             break;
         }

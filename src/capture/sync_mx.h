@@ -27,6 +27,10 @@ class SyncMx {
     int allocate(uint32_t p1SlotSize, uint32_t p2SlotSize, int32_t manualDelay,
                  PlaybackFeed* playback, int32_t manualFlag);
     void setInputDevice(InputDevice* device) { input_ = device; }
+    // Added to each delay the positions give (not to a manual delay): what a
+    // calibration found the devices' positions do not see. Kept from take
+    // to take until set again.
+    void setCalibration(int32_t bytes) { calibration_ = bytes; }
     // The two device positions taken right after the accompaniment started;
     // kept for the read-outs, the mix does not use them.
     void setStartPositions(uint32_t playbackBytes, uint32_t captureBytes);
@@ -72,6 +76,7 @@ class SyncMx {
 
     int32_t currentDelay_ = 0;
     int32_t manualDelay_ = 0;
+    int32_t calibration_ = 0;
     uint32_t microphoneBytes_ = 0;
     int32_t discardSelector_ = 1;  // 1: the alignment discards voice bytes
     uint32_t blockSize_ = 0;

@@ -27,6 +27,10 @@ class AudioBackend {
     virtual std::unique_ptr<InputDevice> makeInput() = 0;
     virtual uint32_t outputDeviceCount() = 0;
     virtual uint32_t inputDeviceCount() = 0;
+    // The default output and input as the system names them, with the rate
+    // each runs at, e.g. "speakers (48000 Hz) -> microphone (48000 Hz)": what
+    // a calibration belongs to. Empty when they cannot be named.
+    virtual std::string devicePair() = 0;
     // Periodic events on the same clock as the devices.
     TimerService& timers() { return timers_; }
     Clock& clock() { return *clock_; }

@@ -21,6 +21,7 @@ class PulseAudio final : public AudioBackend {
     std::unique_ptr<InputDevice> makeInput() override;
     uint32_t outputDeviceCount() override;
     uint32_t inputDeviceCount() override;
+    std::string devicePair() override;
 
   private:
     std::string server_;

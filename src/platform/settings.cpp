@@ -15,6 +15,8 @@ constexpr const char* kSyncSection = "REC_DIFFERENCE";
 constexpr const char* kDelayKey = "DIFF_PLAY_BYTE";
 constexpr const char* kManualKey = "MANUAL_DIFF";
 constexpr const char* kFolderKey = "PATH";
+constexpr const char* kCalibrationSection = "CALIBRATION";
+constexpr std::size_t kNumberBytes = 32;
 constexpr const char* kLastTakeSection = "LAST_TAKE";
 // A whole path, not a picker's folder: as long as the system allows.
 constexpr std::size_t kTakePathBytes = 4096;
@@ -68,6 +70,23 @@ void writeSyncSettings(const SyncSettings& settings) {
     const std::filesystem::path file = settingsPath();
     profileWriteString(file, kSyncSection, kDelayKey, settings.manualDelayText);
     profileWriteString(file, kSyncSection, kManualKey, settings.manualDelayFlag == 1 ? "1" : "0");
+}
+
+std::optional<int32_t> readCalibration(const std::string& devicePair) {
+    if (devicePair.empty()) {
+        return std::nullopt;
+    }
+    const std::string text =
+        profileReadString(settingsPath(), kCalibrationSection, devicePair, "", kNumberBytes);
+    if (text.empty()) {
+        return std::nullopt;
+    }
+    return profileReadInt(settingsPath(), kCalibrationSection, devicePair, 0);
+}
+
+void writeCalibration(const std::string& devicePair, int32_t correctionBytes) {
+    profileWriteString(settingsPath(), kCalibrationSection, devicePair,
+                       std::to_string(correctionBytes));
 }
 
 std::string readFolder(FolderPicker picker) {

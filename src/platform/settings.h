@@ -1,5 +1,6 @@
 #pragma once
-// The settings file "Tunebox.INI": the manual delay and its switch, the last
+// The settings file "Tunebox.INI": the manual delay and its switch, the
+// calibration of each pair of devices, the last
 // folder of each file picker, the last take's file and the preferred MP3
 // decoder. It lives in
 // $TUNEBOX_CONFIG_DIR, else $XDG_CONFIG_HOME/tunebox, else ~/.config/tunebox.
@@ -9,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 
 namespace tunebox {
@@ -27,6 +29,12 @@ struct SyncSettings {
 // a stored 1.
 void readSyncSettings(SyncSettings& settings);
 void writeSyncSettings(const SyncSettings& settings);
+
+// The correction `calibrate --save` measured for a pair of devices (see
+// AudioBackend::devicePair): bytes to add to the delay the device positions
+// give. None for a pair never calibrated.
+std::optional<int32_t> readCalibration(const std::string& devicePair);
+void writeCalibration(const std::string& devicePair, int32_t correctionBytes);
 
 enum class FolderPicker { kKaraoke, kMic };
 

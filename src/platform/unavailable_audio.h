@@ -16,6 +16,7 @@ class UnavailableAudio final : public AudioBackend {
     std::unique_ptr<OutputDevice> makeOutput() override;
     std::unique_ptr<InputDevice> makeInput() override;
     uint32_t outputDeviceCount() override { return 0; }
+    std::string devicePair() override { return {}; }
     uint32_t inputDeviceCount() override { return 0; }
 
   private:

@@ -41,6 +41,7 @@ class VirtualAudio final : public AudioBackend {
     std::unique_ptr<InputDevice> makeInput() override;
     uint32_t outputDeviceCount() override { return 1; }
     uint32_t inputDeviceCount() override { return 1; }
+    std::string devicePair() override { return "virtual output -> virtual input"; }
 
     // Faults: a device that keeps time but no longer hands buffers back
     // (reset still returns them), and a clock that stands still.

@@ -28,7 +28,8 @@ TakeButton pauseButton(TakePlayer player) {
 }  // namespace
 
 TakeController::TakeController(AudioBackend& audio, Dispatcher& dispatcher, TakeListener& listener)
-    : listener_(listener),
+    : audio_(audio),
+      listener_(listener),
       accompanimentPlayer_(audio),
       recordedPlayer_(audio),
       capture_(dispatcher, audio) {

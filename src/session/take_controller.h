@@ -15,6 +15,7 @@
 #include "platform/dispatcher.h"
 #include "playback/mixing_wave_ctl.h"
 #include "playback/wave_ctl.h"
+#include "session/device_calibration.h"
 #include "session/rec_refusal.h"
 #include "session/take_listener.h"
 #include "session/track_list.h"
@@ -55,6 +56,8 @@ struct RecStart {
     PlayStart accompaniment = PlayStart::kNoTrack;
     RecRefusal refusalKind = RecRefusal::kNone;
     std::string refusal;  // empty when it started or was ignored
+    // The saved calibration added to the measured delay, if any.
+    std::optional<DeviceCalibration> calibration;
 };
 
 class TakeController {
@@ -107,6 +110,7 @@ class TakeController {
     void stopPlayer(TakePlayer player);
     void showIdle(TakePlayer player);
     void stopMonitor();
+    void applyCalibration(const RecordRequest& request, RecStart& result);
     void handToMixer();
     uint64_t roomFor(const RecordRequest& request) const;
     void refresh(TakePlayer player);
@@ -116,6 +120,7 @@ class TakeController {
     static void onLevels(int32_t first, int32_t second, void* context);
     static void onFault(CaptureFault fault, void* context);
 
+    AudioBackend& audio_;
     TakeListener& listener_;
     MixingWaveCtl accompanimentPlayer_;
     WaveCtl recordedPlayer_;

@@ -48,6 +48,7 @@ RecStart TakeController::rec(const RecordRequest& request) {
     if (captureActive()) {
         stopMonitor();
     }
+    applyCalibration(request, result);
     MixingWaveCtl* source = request.track ? &accompanimentPlayer_ : nullptr;
     if (capture_.startRecording(kNativeFormat, kEngineBlockBytes, kEngineBlockCount, source,
                                 request.manualFlag, request.manualDelay) != 1) {
@@ -63,6 +64,15 @@ RecStart TakeController::rec(const RecordRequest& request) {
     }
     handToMixer();
     return result;
+}
+
+// A take lined up by the positions gets the correction calibrated for its
+// devices; a manual delay is absolute and takes none.
+void TakeController::applyCalibration(const RecordRequest& request, RecStart& result) {
+    if (request.track && request.manualFlag != 1) {
+        result.calibration = savedCalibration(audio_);
+    }
+    capture_.syncMx().setCalibration(result.calibration ? result.calibration->correctionBytes : 0);
 }
 
 void TakeController::handToMixer() {

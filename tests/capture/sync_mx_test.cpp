@@ -76,6 +76,24 @@ TEST_F(SyncMxTest, ManualDelayIsRoundedToFramesAndDiscardedOnce) {
     EXPECT_EQ(sampleAt(out_, 0), 700);  // no second discard
 }
 
+// A calibration corrects what the positions give (here both 0); a manual
+// delay is absolute and takes none of it.
+TEST_F(SyncMxTest, CalibrationIsAddedToTheMeasuredDelayButNotToAManualOne) {
+    mixer_.setCalibration(802);
+    ASSERT_EQ(mixer_.allocate(kBlock, kBlock, 0, nullptr, 0), 1);
+    queueVoice(5);
+    queueSilentAccompaniment(2);
+    ASSERT_EQ(mix(), 1);
+    EXPECT_EQ(mixer_.currentDelay(), 800);
+    EXPECT_EQ(sampleAt(out_, 0), 400);
+
+    allocateManual(1002);
+    queueVoice(5);
+    queueSilentAccompaniment(2);
+    ASSERT_EQ(mix(), 1);
+    EXPECT_EQ(mixer_.currentDelay(), 1000);
+}
+
 // A negative delay owes that much silence before the voice, so the voice's
 // first sample lines up with accompaniment frame 1 (4 bytes in).
 TEST_F(SyncMxTest, NegativeDelayPutsSilenceBeforeTheVoice) {

@@ -1,9 +1,12 @@
 // Whole takes through the virtual devices: a known accompaniment, a known
 // voice, exact latencies and no echo, so every sample of the take is known.
 #include "capture/sync_mx.h"
+#include "platform/settings.h"
 #include "session/demo_tune.h"
 #include "session/synthetic_voice.h"
 #include "session/take_harness.h"
+#include "support/scoped_environment.h"
+#include "support/temp_dir.h"
 #include "support/test_files.h"
 
 namespace tunebox::test {
@@ -80,6 +83,24 @@ TEST_F(TakeAlignmentTest, MeasuredDelayAlignsEverySample) {
     const SyncMx& mixer = controller().capture().syncMx();
     EXPECT_GE(mixer.alignedDelay(), static_cast<int32_t>(kOutputLatency));
     expectSampleExactTake();
+}
+
+// A calibration saved for these devices moves every voice sample by what it
+// adds: here 400 bytes (200 samples) earlier than the positions alone put it.
+TEST_F(TakeAlignmentTest, TheSavedCalibrationOfTheDevicesIsAddedToTheMeasuredDelay) {
+    const TempDir config;
+    const ScopedEnvironment configDir("TUNEBOX_CONFIG_DIR", config.path().c_str());
+    writeCalibration(audio_->devicePair(), 400);
+    const RecStart started = controller().rec({track_, 0, 0});
+    ASSERT_TRUE(started.capturing);
+    ASSERT_TRUE(started.calibration);
+    EXPECT_EQ(started.calibration->correctionBytes, 400);
+    runToTheEnd();
+    // The take stops when the song has played out, before the voice for its
+    // last 200 samples, taken that much later, has been captured.
+    auto take = takeSamples();
+    take.resize(take.size() - 200);
+    expectEverySampleMixed(take, -200);
 }
 
 // With both devices started at one instant of the virtual clock the true

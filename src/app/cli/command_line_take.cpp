@@ -34,6 +34,9 @@ int CommandLineTake::rec(const RecordingOptions& options) {
     if (!started.capturing) {
         return failed(started.refusal);
     }
+    if (started.calibration) {
+        delayNote_ = delaySourceNote(*started.calibration);
+    }
     switch (started.accompaniment) {
         case PlayStart::kOpenFailed:
             return failed(options.accompaniment + ": cannot be opened");

@@ -45,6 +45,8 @@ class CommandLineTake final : private TakeListener {
     const std::string& error() const { return error_; }
     // The file the take records into; empty for the monitor.
     const std::string& output() const { return output_; }
+    // Where the take's delay comes from, when a calibration adds to it.
+    const std::string& delayNote() const { return delayNote_; }
     int32_t firstLevel() const { return firstLevel_; }
     int32_t secondLevel() const { return secondLevel_; }
 
@@ -58,6 +60,7 @@ class CommandLineTake final : private TakeListener {
     TakeController controller_;
     std::string error_;
     std::string output_;
+    std::string delayNote_;
     int32_t firstLevel_ = 0;
     int32_t secondLevel_ = 0;
     bool accompanimentTicking_ = false;

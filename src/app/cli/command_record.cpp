@@ -53,6 +53,9 @@ int record(const RecordArguments& arguments) {
         std::cerr << "tunebox: " << take.error() << '\n';
         return kExitBadInput;
     }
+    if (!take.delayNote().empty()) {
+        std::cout << "tunebox: " << take.delayNote() << std::endl;
+    }
     const int status = runTake(take, !arguments.accompaniment.empty(), interrupt);
     uint32_t length = 0;
     if (wavGetLength(arguments.output, length) == 1) {

@@ -68,6 +68,9 @@ void MainDialog::record() {
     if (started.capturing) {
         overwriteAgreed_.clear();
         writeLastTake(recordedName_.toStdString());
+        if (started.calibration) {
+            logAlways(delaySourceNote(*started.calibration));
+        }
     } else if (started.refusalKind != RecRefusal::kNone) {
         logAlways(started.refusal);
         services_.showStop(
