@@ -53,7 +53,8 @@ BenchStream makeStream(const std::string& name, int rate, const std::string& lam
 
 std::vector<BenchStream> loadStreams() {
     std::vector<BenchStream> streams;
-    for (BenchStream stream : {makeStream("mpeg1_44k_joint_192", 44100, "-m j -b 192"),
+    for (BenchStream stream : {makeStream("mpeg1_44k_joint_128", 44100, "-m j -b 128"),
+                               makeStream("mpeg1_44k_vbr_V2", 44100, "-V 2"),
                                makeStream("mpeg2_22k_joint_64", 22050, "-m j -b 64")}) {
         if (stream.seconds > 0.0) {
             streams.push_back(std::move(stream));

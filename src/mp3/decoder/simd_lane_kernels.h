@@ -1,0 +1,144 @@
+#pragma once
+// The kernels' bodies, written once over a vector of `Width` lanes (a plain
+// float for one). Only simd_kernels.cpp includes this, once per path; every
+// lane sees the same operations in the same order whatever the width, which
+// is what keeps the paths bit-identical.
+
+#include <algorithm>
+#include <cstring>
+
+#include "mp3/decoder/simd_kernels.h"
+
+namespace tunebox::lanes {
+
+// GCC and Clang vector extensions; one specialisation per width, as the
+// size attribute does not take a template argument.
+template <int Width>
+struct VectorOf;
+
+template <>
+struct VectorOf<1> {
+    using Type = float;
+};
+
+template <>
+struct VectorOf<4> {
+    using Type = float __attribute__((vector_size(16)));
+};
+
+template <>
+struct VectorOf<8> {
+    using Type = float __attribute__((vector_size(32)));
+};
+
+template <int Width>
+using Vector = typename VectorOf<Width>::Type;
+
+// Vectors go in and out by reference: passed by value, a 32-byte vector
+// would take a different calling convention with and without AVX.
+template <int Width>
+[[gnu::always_inline]] inline void load(Vector<Width>& v, const float* from) {
+    std::memcpy(&v, from, sizeof v);
+}
+
+template <int Width>
+[[gnu::always_inline]] inline void store(float* to, const Vector<Width>& v) {
+    std::memcpy(to, &v, sizeof v);
+}
+
+inline constexpr int kWindowTaps = 8;
+inline constexpr int kGranuleSlots = 18;
+// The slot lanes of the window, the granule's 18 rounded up to whole
+// vectors of four (the history rows are padded to match).
+inline constexpr int kWindowLanes = 20;
+
+// Clips symmetrically and adds the half that, cut towards zero, rounds
+// half away from zero.
+template <int Width>
+[[gnu::always_inline]] inline void storeRoundable(Vector<Width>& sums, float* to) {
+    const Vector<Width> ceiling = Vector<Width>{} + 32767.0f;
+    sums = sums > ceiling ? ceiling : sums;
+    sums = sums < -ceiling ? -ceiling : sums;
+    const Vector<Width> zero{};
+    const Vector<Width> half = sums < zero ? zero - 0.5f : zero + 0.5f;
+    sums += half;
+    store<Width>(to, sums);
+}
+
+// Output j of Vectors x Width consecutive slots from `first` on: the sum
+// over taps i of V[j] of slot t - 2i times the low weight and V[32 + j] of
+// slot t - 2i - 1 times the high weight. Each weight is loaded once for
+// all the vectors.
+template <int Width, int Vectors>
+[[gnu::always_inline]] inline void windowRow(const SynthesisWindowJob& job, int j, int first,
+                                             float* pcm) {
+    const std::size_t row = job.rowStride * static_cast<std::size_t>(j);
+    const float* low = job.low + row + first;
+    const float* high = job.high + row + first;
+    Vector<Width> sums[Vectors] = {};
+    for (int i = 0; i < kWindowTaps; ++i) {
+        const float lowWeight = job.lowWeights[32 * i + j];
+        const float highWeight = job.highWeights[32 * i + j];
+        for (int v = 0; v < Vectors; ++v) {
+            const int at = Width * v - 2 * i;
+            Vector<Width> lowV;
+            Vector<Width> highV;
+            load<Width>(lowV, low + at);
+            load<Width>(highV, high + at);
+            sums[v] += lowV * lowWeight + highV * highWeight;
+        }
+    }
+    for (int v = 0; v < Vectors; ++v) {
+        storeRoundable<Width>(sums[v], pcm + first + Width * v);
+    }
+}
+
+// The granule's slots: one by one on the scalar path, otherwise as many
+// whole vectors of Width as fit, the rest in vectors of four.
+template <int Width>
+[[gnu::always_inline]] inline void synthesisWindow(const SynthesisWindowJob& job) {
+    constexpr int kWide = kWindowLanes / Width;
+    constexpr int kRest = (kWindowLanes - kWide * Width) / 4;
+    for (int j = 0; j < 32; ++j) {
+        float pcm[kWindowLanes];
+        if constexpr (Width == 1) {
+            for (int slot = 0; slot < kGranuleSlots; ++slot) {
+                windowRow<1, 1>(job, j, slot, pcm);
+            }
+        } else {
+            windowRow<Width, kWide>(job, j, 0, pcm);
+            if constexpr (kRest > 0) {
+                windowRow<4, kRest>(job, j, kWide * Width, pcm);
+            }
+        }
+        for (int slot = 0; slot < kGranuleSlots; ++slot) {
+            job.out[(slot * 32 + j) * job.stride] =
+                static_cast<int16_t>(static_cast<int32_t>(pcm[slot]));
+        }
+    }
+}
+
+// Eight lanes at a time, the sums kept in registers.
+template <int Width, int Size>
+[[gnu::always_inline]] inline void multiply(const float* matrix, const KernelLanes* in,
+                                            KernelLanes* out, int width) {
+    constexpr int kVectors = 8 / Width;
+    for (int first = 0; first < width; first += 8) {
+        for (int row = 0; row < Size; ++row) {
+            Vector<Width> sums[kVectors] = {};
+            for (int column = 0; column < Size; ++column) {
+                const float c = matrix[Size * row + column];
+                for (int v = 0; v < kVectors; ++v) {
+                    Vector<Width> x;
+                    load<Width>(x, in[column].data() + first + Width * v);
+                    sums[v] += c * x;
+                }
+            }
+            for (int v = 0; v < kVectors; ++v) {
+                store<Width>(out[row].data() + first + Width * v, sums[v]);
+            }
+        }
+    }
+}
+
+}  // namespace tunebox::lanes
