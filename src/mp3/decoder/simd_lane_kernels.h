@@ -55,7 +55,8 @@ inline constexpr int kWindowLanes = 20;
 // Clips symmetrically and adds the half that, cut towards zero, rounds
 // half away from zero.
 template <int Width>
-[[gnu::always_inline]] inline void storeRoundable(Vector<Width>& sums, float* to) {
+[[gnu::always_inline]] inline void storeRoundable(const Vector<Width>& input, float* to) {
+    Vector<Width> sums = input;
     const Vector<Width> ceiling = Vector<Width>{} + 32767.0f;
     sums = sums > ceiling ? ceiling : sums;
     sums = sums < -ceiling ? -ceiling : sums;
@@ -79,6 +80,7 @@ template <int Width, int Vectors>
     for (int i = 0; i < kWindowTaps; ++i) {
         const float lowWeight = job.lowWeights[32 * i + j];
         const float highWeight = job.highWeights[32 * i + j];
+#pragma GCC unroll 8
         for (int v = 0; v < Vectors; ++v) {
             const int at = Width * v - 2 * i;
             Vector<Width> lowV;
@@ -88,6 +90,7 @@ template <int Width, int Vectors>
             sums[v] += lowV * lowWeight + highV * highWeight;
         }
     }
+#pragma GCC unroll 8
     for (int v = 0; v < Vectors; ++v) {
         storeRoundable<Width>(sums[v], pcm + first + Width * v);
     }
@@ -118,7 +121,9 @@ template <int Width>
     }
 }
 
-// Eight lanes at a time, the sums kept in registers.
+// Eight lanes at a time, the sums kept in registers. The loops over a
+// row's vectors are unrolled so that the sums are registers at all: as an
+// indexed array the compiler keeps them in memory.
 template <int Width, int Size>
 [[gnu::always_inline]] inline void multiply(const float* matrix, const KernelLanes* in,
                                             KernelLanes* out, int width) {
@@ -128,12 +133,14 @@ template <int Width, int Size>
             Vector<Width> sums[kVectors] = {};
             for (int column = 0; column < Size; ++column) {
                 const float c = matrix[Size * row + column];
+#pragma GCC unroll 8
                 for (int v = 0; v < kVectors; ++v) {
                     Vector<Width> x;
                     load<Width>(x, in[column].data() + first + Width * v);
                     sums[v] += c * x;
                 }
             }
+#pragma GCC unroll 8
             for (int v = 0; v < kVectors; ++v) {
                 store<Width>(out[row].data() + first + Width * v, sums[v]);
             }
