@@ -143,20 +143,17 @@ void decodePairs(BitReader& reader, int tableSelect, int begin, int end, Quantiz
             const int symbol = lookup.decode(bits, length);
             const int32_t x = symbol >> 4;
             const int32_t y = symbol & 15;
+            // Without branches: whether a value is zero is what the stream
+            // cannot predict. A sign bit follows each value that is not.
             uint32_t signs = bits << (32 - HuffmanLookup::kPeekBits + length);
-            if (x != 0) {
-                lines[i] = (signs >> 31) ? -x : x;
-                signs <<= 1;
-                ++length;
-            } else {
-                lines[i] = 0;
-            }
-            if (y != 0) {
-                lines[i + 1] = (signs >> 31) ? -y : y;
-                ++length;
-            } else {
-                lines[i + 1] = 0;
-            }
+            const int xCoded = x != 0;
+            const int32_t xSign = -static_cast<int32_t>((signs >> 31) & xCoded);
+            signs <<= xCoded;
+            const int yCoded = y != 0;
+            const int32_t ySign = -static_cast<int32_t>((signs >> 31) & yCoded);
+            lines[i] = (x ^ xSign) - xSign;
+            lines[i + 1] = (y ^ ySign) - ySign;
+            length += xCoded + yCoded;
             reader.skip(length);
             continue;
         }
