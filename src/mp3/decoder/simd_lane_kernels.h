@@ -52,6 +52,18 @@ inline constexpr int kGranuleSlots = 18;
 // vectors of four (the history rows are padded to match).
 inline constexpr int kWindowLanes = 20;
 
+// sum += low times its weight plus high times its weight, in that order.
+template <int Width>
+[[gnu::always_inline]] inline void accumulate(Vector<Width>& sum, const float* low,
+                                              const float* high, float lowWeight,
+                                              float highWeight) {
+    Vector<Width> lowV;
+    Vector<Width> highV;
+    load<Width>(lowV, low);
+    load<Width>(highV, high);
+    sum += lowV * lowWeight + highV * highWeight;
+}
+
 // Clips symmetrically and adds the half that, cut towards zero, rounds
 // half away from zero.
 template <int Width>
@@ -66,33 +78,40 @@ template <int Width>
     store<Width>(to, sums);
 }
 
-// Output j of Vectors x Width consecutive slots from `first` on: the sum
-// over taps i of V[j] of slot t - 2i times the low weight and V[32 + j] of
-// slot t - 2i - 1 times the high weight. Each weight is loaded once for
-// all the vectors.
-template <int Width, int Vectors>
+// Output j of `Vectors` vectors of Width consecutive slots from `first`
+// on, then `Tails` vectors of four: the sum over taps i of V[j] of slot
+// t - 2i times the low weight and V[32 + j] of slot t - 2i - 1 times the
+// high weight. Each weight is loaded once for all the vectors.
+template <int Width, int Vectors, int Tails>
 [[gnu::always_inline]] inline void windowRow(const SynthesisWindowJob& job, int j, int first,
                                              float* pcm) {
     const std::size_t row = job.rowStride * static_cast<std::size_t>(j);
     const float* low = job.low + row + first;
     const float* high = job.high + row + first;
+    constexpr int kTailStart = Width * Vectors;
     Vector<Width> sums[Vectors] = {};
+    Vector<4> tails[Tails > 0 ? Tails : 1] = {};
     for (int i = 0; i < kWindowTaps; ++i) {
         const float lowWeight = job.lowWeights[32 * i + j];
         const float highWeight = job.highWeights[32 * i + j];
 #pragma GCC unroll 8
         for (int v = 0; v < Vectors; ++v) {
-            const int at = Width * v - 2 * i;
-            Vector<Width> lowV;
-            Vector<Width> highV;
-            load<Width>(lowV, low + at);
-            load<Width>(highV, high + at);
-            sums[v] += lowV * lowWeight + highV * highWeight;
+            accumulate<Width>(sums[v], low + Width * v - 2 * i, high + Width * v - 2 * i, lowWeight,
+                              highWeight);
+        }
+#pragma GCC unroll 8
+        for (int v = 0; v < Tails; ++v) {
+            accumulate<4>(tails[v], low + kTailStart + 4 * v - 2 * i,
+                          high + kTailStart + 4 * v - 2 * i, lowWeight, highWeight);
         }
     }
 #pragma GCC unroll 8
     for (int v = 0; v < Vectors; ++v) {
         storeRoundable<Width>(sums[v], pcm + first + Width * v);
+    }
+#pragma GCC unroll 8
+    for (int v = 0; v < Tails; ++v) {
+        storeRoundable<4>(tails[v], pcm + first + kTailStart + 4 * v);
     }
 }
 
@@ -101,18 +120,15 @@ template <int Width, int Vectors>
 template <int Width>
 [[gnu::always_inline]] inline void synthesisWindow(const SynthesisWindowJob& job) {
     constexpr int kWide = kWindowLanes / Width;
-    constexpr int kRest = (kWindowLanes - kWide * Width) / 4;
+    constexpr int kTails = (kWindowLanes - kWide * Width) / 4;
     for (int j = 0; j < 32; ++j) {
         float pcm[kWindowLanes];
         if constexpr (Width == 1) {
             for (int slot = 0; slot < kGranuleSlots; ++slot) {
-                windowRow<1, 1>(job, j, slot, pcm);
+                windowRow<1, 1, 0>(job, j, slot, pcm);
             }
         } else {
-            windowRow<Width, kWide>(job, j, 0, pcm);
-            if constexpr (kRest > 0) {
-                windowRow<4, kRest>(job, j, kWide * Width, pcm);
-            }
+            windowRow<Width, kWide, kTails>(job, j, 0, pcm);
         }
         for (int slot = 0; slot < kGranuleSlots; ++slot) {
             job.out[(slot * 32 + j) * job.stride] =
