@@ -137,28 +137,37 @@ template <int Width>
     }
 }
 
-// Eight lanes at a time, the sums kept in registers. The loops over a
-// row's vectors are unrolled so that the sums are registers at all: as an
-// indexed array the compiler keeps them in memory.
+// Eight lanes at a time, six rows at a time: each input vector is loaded
+// once for the six, and the six sums are independent chains of additions
+// that the processor overlaps. The loops over rows and vectors are
+// unrolled so that the sums are registers at all: as an indexed array the
+// compiler keeps them in memory. The scalar path goes row by row.
 template <int Width, int Size>
 [[gnu::always_inline]] inline void multiply(const float* matrix, const KernelLanes* in,
                                             KernelLanes* out, int width) {
     constexpr int kVectors = 8 / Width;
+    constexpr int kRows = Width == 1 ? 1 : 6;
+    static_assert(Size % kRows == 0);
     for (int first = 0; first < width; first += 8) {
-        for (int row = 0; row < Size; ++row) {
-            Vector<Width> sums[kVectors] = {};
+        for (int row = 0; row < Size; row += kRows) {
+            Vector<Width> sums[kRows][kVectors] = {};
             for (int column = 0; column < Size; ++column) {
-                const float c = matrix[Size * row + column];
 #pragma GCC unroll 8
                 for (int v = 0; v < kVectors; ++v) {
                     Vector<Width> x;
                     load<Width>(x, in[column].data() + first + Width * v);
-                    sums[v] += c * x;
+#pragma GCC unroll 6
+                    for (int r = 0; r < kRows; ++r) {
+                        sums[r][v] += matrix[Size * (row + r) + column] * x;
+                    }
                 }
             }
+#pragma GCC unroll 6
+            for (int r = 0; r < kRows; ++r) {
 #pragma GCC unroll 8
-            for (int v = 0; v < kVectors; ++v) {
-                store<Width>(out[row].data() + first + Width * v, sums[v]);
+                for (int v = 0; v < kVectors; ++v) {
+                    store<Width>(out[row + r].data() + first + Width * v, sums[r][v]);
+                }
             }
         }
     }
