@@ -44,13 +44,10 @@ void PolyphaseSynthesis::reset() {
 }
 
 void PolyphaseSynthesis::synthesize(const SubbandSamples& subbands, int16_t* out, int stride) {
+    static_assert(sizeof(SubbandSamples) == sizeof(float) * kSlotsPerGranule * 32 &&
+                  kDctLanes == 20);
     std::array<DctLanes, 32> lanes;
-    for (int k = 0; k < 32; ++k) {
-        for (int slot = 0; slot < kSlotsPerGranule; ++slot) {
-            lanes[k][slot] = subbands[slot][k];
-        }
-        std::fill(lanes[k].begin() + kSlotsPerGranule, lanes[k].end(), 0.0f);
-    }
+    simdKernels().slotsToLanes(subbands[0].data(), lanes[0].data());
     dct32(lanes);
     store(lanes);
     window(out, stride);

@@ -25,6 +25,7 @@ constexpr SimdKernels kernelsOfWidth() {
         [](const float* m, const KernelLanes* in, KernelLanes* out, int width) {
             lanes::multiply<Width, 6>(m, in, out, width);
         },
+        [](const float* slots, float* out) { lanes::slotsToLanes<Width>(slots, out); },
     };
 }
 
@@ -44,7 +45,11 @@ TUNEBOX_AVX2_TARGET void multiply6Avx2(const float* m, const KernelLanes* in, Ke
 
 constexpr SimdKernels kScalar = kernelsOfWidth<1>();
 constexpr SimdKernels kSse2 = kernelsOfWidth<4>();
-constexpr SimdKernels kAvx2{synthesisWindowAvx2, multiply18Avx2, multiply6Avx2};
+TUNEBOX_AVX2_TARGET void slotsToLanesAvx2(const float* slots, float* out) {
+    lanes::slotsToLanes<8>(slots, out);
+}
+
+constexpr SimdKernels kAvx2{synthesisWindowAvx2, multiply18Avx2, multiply6Avx2, slotsToLanesAvx2};
 
 }  // namespace
 

@@ -37,6 +37,9 @@ struct SimdKernels {
     // 8); an 18 x 18 and a 6 x 6 matrix.
     void (*multiply18)(const float* matrix, const KernelLanes* in, KernelLanes* out, int width);
     void (*multiply6)(const float* matrix, const KernelLanes* in, KernelLanes* out, int width);
+    // A granule's [18 slots][32 subbands] to [32 subbands][20 lanes], the
+    // two lanes past the slots zero: the layout of the synthesis.
+    void (*slotsToLanes)(const float* slots, float* lanes);
 };
 
 const SimdKernels& simdKernels(SimdPath path);

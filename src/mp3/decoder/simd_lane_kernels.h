@@ -7,6 +7,10 @@
 #include <algorithm>
 #include <cstring>
 
+#if defined(__SSE2__)
+#include <immintrin.h>
+#endif
+
 #include "mp3/decoder/simd_kernels.h"
 
 namespace tunebox::lanes {
@@ -170,6 +174,44 @@ template <int Width, int Size>
                 }
             }
         }
+    }
+}
+
+// One slot's subband sample into lane `slot` of row k, for k = 0..31.
+[[gnu::always_inline]] inline void slotToLanes(const float* slots, int slot, float* lanes) {
+    for (int k = 0; k < kKernelLanes; ++k) {
+        lanes[kWindowLanes * k + slot] = slots[kKernelLanes * slot + k];
+    }
+}
+
+// [slot][subband] to [subband][slot], the padding lanes zero. Blocks of
+// four slots by four subbands are turned in registers where the processor
+// has the shuffles; only whole values move, so every path gives the same.
+template <int Width>
+[[gnu::always_inline]] inline void slotsToLanes(const float* slots, float* lanes) {
+    int slot = 0;
+#if defined(__SSE2__)
+    if constexpr (Width > 1) {
+        for (; slot + 4 <= kGranuleSlots; slot += 4) {
+            for (int k = 0; k < kKernelLanes; k += 4) {
+                __m128 r0 = _mm_loadu_ps(slots + kKernelLanes * slot + k);
+                __m128 r1 = _mm_loadu_ps(slots + kKernelLanes * (slot + 1) + k);
+                __m128 r2 = _mm_loadu_ps(slots + kKernelLanes * (slot + 2) + k);
+                __m128 r3 = _mm_loadu_ps(slots + kKernelLanes * (slot + 3) + k);
+                _MM_TRANSPOSE4_PS(r0, r1, r2, r3);
+                _mm_storeu_ps(lanes + kWindowLanes * k + slot, r0);
+                _mm_storeu_ps(lanes + kWindowLanes * (k + 1) + slot, r1);
+                _mm_storeu_ps(lanes + kWindowLanes * (k + 2) + slot, r2);
+                _mm_storeu_ps(lanes + kWindowLanes * (k + 3) + slot, r3);
+            }
+        }
+    }
+#endif
+    for (; slot < kGranuleSlots; ++slot) {
+        slotToLanes(slots, slot, lanes);
+    }
+    for (int k = 0; k < kKernelLanes; ++k) {
+        std::fill_n(lanes + kWindowLanes * k + kGranuleSlots, kWindowLanes - kGranuleSlots, 0.0f);
     }
 }
 
