@@ -137,19 +137,21 @@ int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
-    const tunebox::SimdPath widest = tunebox::activeSimdPath();
+    const tunebox::SimdPath chosen = tunebox::activeSimdPath();
     for (const BenchStream& stream : streams()) {
-        const double peer = timesRealTime(stream, -1);
         for (const auto path :
              {tunebox::SimdPath::kScalar, tunebox::SimdPath::kSse2, tunebox::SimdPath::kAvx2}) {
             if (tunebox::forceSimdPath(path)) {
+                // The peer again beside each path, as the machine's load
+                // may change in between.
+                const double peer = timesRealTime(stream, -1);
                 const double own = timesRealTime(stream, 0);
                 std::printf("%-20s %-6s built-in %7.1fx real time, libmpg123 %7.1fx, ratio %.2f\n",
                             stream.name.c_str(), tunebox::simdPathName(path).data(), own, peer,
                             own / peer);
             }
         }
-        tunebox::forceSimdPath(widest);
+        tunebox::forceSimdPath(chosen);
         const double own = timesRealTime(stream, 0);
         const double half = timesRealTime(stream, 1);
         const double quarter = timesRealTime(stream, 2);
