@@ -45,22 +45,32 @@ class HuffmanLookup {
 
     // Returns the symbol (x << 4 | y) and consumes its code.
     int decode(BitReader& reader) const {
-        const uint32_t bits = reader.peek(kMaxCodeBits);
-        const Entry& root = entries_[bits >> (kMaxCodeBits - rootBits_)];
+        int length = 0;
+        const int symbol = decode(reader.peek(kPeekBits), length);
+        reader.skip(length);
+        return symbol;
+    }
+
+    // The symbol at the front of `bits` (the next kPeekBits of the
+    // stream), and in `length` how many bits its code takes.
+    int decode(uint32_t bits, int& length) const {
+        const Entry& root = entries_[bits >> (kPeekBits - rootBits_)];
         if (root.length != 0) {
-            reader.skip(root.length);
+            length = root.length;
             return root.value;
         }
         const uint32_t rest =
-            (bits >> (kMaxCodeBits - rootBits_ - root.subBits)) & ((1u << root.subBits) - 1);
+            (bits >> (kPeekBits - rootBits_ - root.subBits)) & ((1u << root.subBits) - 1);
         const Entry& leaf = entries_[root.value + rest];
-        reader.skip(rootBits_ + leaf.length);
+        length = rootBits_ + leaf.length;
         return leaf.value;
     }
 
+    // As many bits as one peek of the reader gives; codes take at most 19.
+    static constexpr int kPeekBits = 24;
+
   private:
     static constexpr int kRootBits = 8;
-    static constexpr int kMaxCodeBits = 24;
 
     struct Entry {
         uint16_t value = 0;   // symbol, or sub-table offset when length is 0
@@ -126,21 +136,30 @@ void decodePairs(BitReader& reader, int tableSelect, int begin, int end, Quantiz
     const HuffmanLookup& lookup = lookups().bigValues[tableSelect];
     const int linbits = book.linbits;
     for (int i = begin; i < end; i += 2) {
+        if (linbits == 0) {
+            // The code and both sign bits (x's first) from one peek.
+            const uint32_t bits = reader.peek(HuffmanLookup::kPeekBits);
+            int length = 0;
+            const int symbol = lookup.decode(bits, length);
+            const int32_t x = symbol >> 4;
+            const int32_t y = symbol & 15;
+            // Without branches: whether a value is zero is what the stream
+            // cannot predict. A sign bit follows each value that is not.
+            uint32_t signs = bits << (32 - HuffmanLookup::kPeekBits + length);
+            const int xCoded = x != 0;
+            const int32_t xSign = -static_cast<int32_t>((signs >> 31) & xCoded);
+            signs <<= xCoded;
+            const int yCoded = y != 0;
+            const int32_t ySign = -static_cast<int32_t>((signs >> 31) & yCoded);
+            lines[i] = (x ^ xSign) - xSign;
+            lines[i + 1] = (y ^ ySign) - ySign;
+            length += xCoded + yCoded;
+            reader.skip(length);
+            continue;
+        }
         const int symbol = lookup.decode(reader);
         int32_t x = symbol >> 4;
         int32_t y = symbol & 15;
-        if (linbits == 0) {
-            // Both sign bits (x's first) in one read.
-            const int signCount = (x != 0) + (y != 0);
-            uint32_t signs = reader.read(signCount);
-            if (y != 0) {
-                y = (signs & 1) ? -y : y;
-                signs >>= 1;
-            }
-            lines[i] = (signs & 1) ? -x : x;
-            lines[i + 1] = y;
-            continue;
-        }
         if (x == 15) {
             x += static_cast<int32_t>(reader.read(linbits));
         }
@@ -184,11 +203,15 @@ int decodeQuads(BitReader& reader, int table, int begin, int lineLimit, std::siz
     int line = begin;
     while (line < lineLimit && line + 4 <= kGranuleLines && reader.position() < part23End) {
         // The symbol holds v, w in bits 5, 4 and x, y in bits 1, 0.
-        const int symbol = lookup.decode(reader);
+        // The code (at most 6 bits) and the four bits after it in one peek.
+        const uint32_t bits = reader.peek(HuffmanLookup::kPeekBits);
+        int length = 0;
+        const int symbol = lookup.decode(bits, length);
         const int mask = ((symbol >> 2) & 0xC) | (symbol & 3);
-        const auto& values = kQuads.values[mask][reader.peek(4)];
+        const uint32_t next = (bits >> (HuffmanLookup::kPeekBits - length - 4)) & 15;
+        const auto& values = kQuads.values[mask][next];
         std::copy(values.begin(), values.end(), lines.begin() + line);
-        reader.skip(kQuads.signBits[mask]);
+        reader.skip(length + kQuads.signBits[mask]);
         if (reader.position() > part23End) {
             // A quadruple that runs past the end was never coded.
             std::fill(lines.begin() + line, lines.begin() + line + 4, 0);

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "mp3/decoder/simd_kernels.h"
+
 namespace tunebox {
 namespace {
 
@@ -15,7 +17,8 @@ namespace {
 // Only the lanes below a width (a whole number of chunks) that covers
 // the subbands with any non-zero line are transformed: above it the
 // transform of zeros is zero.
-using Lanes = std::array<float, kSubbands>;
+using Lanes = KernelLanes;
+static_assert(kKernelLanes == kSubbands);
 constexpr int kChunk = 8;
 
 constexpr int kLongPoints = 36;
@@ -85,24 +88,6 @@ const TransformTables& tables() {
     return built;
 }
 
-template <int Width, std::size_t Rows, std::size_t Columns>
-void multiply(const std::array<std::array<float, Columns>, Rows>& matrix, const Lanes* in,
-              Lanes* out) {
-    // Eight lanes at a time keep the sums in registers.
-    for (int first = 0; first < Width; first += kChunk) {
-        for (std::size_t row = 0; row < Rows; ++row) {
-            std::array<float, kChunk> sum{};
-            for (std::size_t column = 0; column < Columns; ++column) {
-                const float c = matrix[row][column];
-                for (int lane = 0; lane < kChunk; ++lane) {
-                    sum[lane] += c * in[column][first + lane];
-                }
-            }
-            std::copy(sum.begin(), sum.end(), out[row].begin() + first);
-        }
-    }
-}
-
 using TimeSamples = std::array<Lanes, kLongPoints>;
 
 // 18 lines to 36 windowed samples. The inverse MDCT is an 18-point DCT-IV
@@ -112,7 +97,7 @@ template <int Width>
 void longTransform(const std::array<Lanes, 18>& lines, const std::array<float, kLongPoints>& window,
                    TimeSamples& out) {
     std::array<Lanes, 18> y;
-    multiply<Width>(tables().longCosines, lines.data(), y.data());
+    simdKernels().multiply18(tables().longCosines[0].data(), lines.data(), y.data(), Width);
     for (int i = 0; i < kLongPoints; ++i) {
         const bool negated = i >= 9;
         const int j = i < 9 ? i + 9 : (i < 27 ? 26 - i : i - 27);
@@ -135,7 +120,7 @@ void shortTransforms(const std::array<Lanes, 18>& lines, TimeSamples& out) {
             in[k] = lines[3 * k + window];
         }
         std::array<Lanes, kShortLines> y;
-        multiply<Width>(t.shortCosines, in.data(), y.data());
+        simdKernels().multiply6(t.shortCosines[0].data(), in.data(), y.data(), Width);
         for (int i = 0; i < kShortPoints; ++i) {
             const bool negated = i >= 3;
             const int j = i < 3 ? i + 3 : (i < 9 ? 8 - i : i - 9);

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
+#include "mp3/decoder/simd_kernels.h"
 #include "mp3/decoder/synthesis_window.h"
 
 namespace tunebox {
@@ -36,52 +36,6 @@ const WindowWeights& windowWeights() {
     return weights;
 }
 
-// Rounds half away from zero. Clipping is symmetric, as in the reference
-// decoder of the compliance streams: a full negative peak gives -32767.
-// Done in steps over whole rows, as each step on its own vectorises.
-std::array<int32_t, kDctLanes> toPcm(DctLanes values) {
-    for (float& value : values) {
-        value = std::min(std::max(value, -32767.0f), 32767.0f);
-    }
-    std::array<int32_t, kDctLanes> rounded;
-    for (int lane = 0; lane < kDctLanes; ++lane) {
-        rounded[lane] = static_cast<int32_t>(values[lane] + std::copysign(0.5f, values[lane]));
-    }
-    return rounded;
-}
-
-// Four slots' sums in one vector register (a GCC and Clang extension):
-// with plain arrays the compiler keeps the sums in memory and pays a load
-// and a store for every tap.
-using FloatX4 = float __attribute__((vector_size(16)));
-constexpr int kGroups = kDctLanes / 4;
-static_assert(kDctLanes % 4 == 0);
-
-FloatX4 load4(const float* from) {
-    FloatX4 v;
-    std::memcpy(&v, from, sizeof v);
-    return v;
-}
-
-// One output index for every slot, the taps outermost so that each pair
-// of weights is loaded once for the whole row.
-DctLanes windowedSums(const float* low, const float* high, int j) {
-    const WindowWeights& weights = windowWeights();
-    std::array<FloatX4, kGroups> sums{};
-    for (int i = 0; i < 8; ++i) {
-        const float lowWeight = weights.low[i][j];
-        const float highWeight = weights.high[i][j];
-#pragma GCC unroll 8
-        for (int g = 0; g < kGroups; ++g) {
-            sums[g] +=
-                load4(low + 4 * g - 2 * i) * lowWeight + load4(high + 4 * g - 2 * i) * highWeight;
-        }
-    }
-    DctLanes result;
-    std::memcpy(result.data(), sums.data(), sizeof result);
-    return result;
-}
-
 }  // namespace
 
 void PolyphaseSynthesis::reset() {
@@ -90,13 +44,10 @@ void PolyphaseSynthesis::reset() {
 }
 
 void PolyphaseSynthesis::synthesize(const SubbandSamples& subbands, int16_t* out, int stride) {
+    static_assert(sizeof(SubbandSamples) == sizeof(float) * kSlotsPerGranule * 32 &&
+                  kDctLanes == 20);
     std::array<DctLanes, 32> lanes;
-    for (int k = 0; k < 32; ++k) {
-        for (int slot = 0; slot < kSlotsPerGranule; ++slot) {
-            lanes[k][slot] = subbands[slot][k];
-        }
-        std::fill(lanes[k].begin() + kSlotsPerGranule, lanes[k].end(), 0.0f);
-    }
+    simdKernels().slotsToLanes(subbands[0].data(), lanes[0].data());
     dct32(lanes);
     store(lanes);
     window(out, stride);
@@ -123,14 +74,14 @@ void PolyphaseSynthesis::store(const std::array<DctLanes, 32>& x) {
 // D[64i + j] and V[32 + j] of slot t - 2i - 1 times D[64i + 32 + j]. Run
 // for all slots of the granule at once, each reads a run of consecutive
 // slots from the history.
+// Rounding is half away from zero; clipping is symmetric, as in the
+// reference decoder of the compliance streams: a full negative peak gives
+// -32767.
 void PolyphaseSynthesis::window(int16_t* out, int stride) const {
-    for (int j = 0; j < 32; ++j) {
-        const auto pcm =
-            toPcm(windowedSums(&lowHalf_[j][kFirstSlot], &highHalf_[j][kFirstSlot - 1], j));
-        for (int slot = 0; slot < kSlotsPerGranule; ++slot) {
-            out[(slot * 32 + j) * stride] = static_cast<int16_t>(pcm[slot]);
-        }
-    }
+    const WindowWeights& weights = windowWeights();
+    simdKernels().synthesisWindow({&lowHalf_[0][kFirstSlot], &highHalf_[0][kFirstSlot - 1],
+                                   lowHalf_[0].size(), weights.low[0].data(),
+                                   weights.high[0].data(), out, stride});
 }
 
 void PolyphaseSynthesis::keepHistory() {
