@@ -1,48 +1,96 @@
 #include "mp3/decoder/narrow_synthesis.h"
 
 #include <algorithm>
-#include <cmath>
-#include <vector>
+#include <cstdint>
+#include <cstring>
 
-#include "mp3/decoder/fast_dct32.h"
 #include "mp3/decoder/synthesis_window.h"
 
 namespace tunebox {
 namespace {
 
-// The window for one width n: 16n taps, scaled to 16-bit full scale.
-std::vector<float> buildWindow(int n) {
-    const int step = kSubbands / n;
-    std::vector<float> window(static_cast<std::size_t>(16 * n));
-    for (int tap = 0; tap < 16 * n; ++tap) {
-        window[static_cast<std::size_t>(tap)] =
-            static_cast<float>(synthesisWindow()[static_cast<std::size_t>(tap * step)] * 32768.0);
-    }
-    return window;
-}
+constexpr int kFirstSlot = NarrowSynthesis::kHistorySlots;
+constexpr int kWindowRows = 16;
 
-using SlotRows = std::array<DctLanes, NarrowSynthesis::kMaxSubbands>;
-
-// V[i] = sum over k of cos((n / 2 + i)(2k + 1) pi / 2n) S[k], read out of
-// the DCT X of S by the cosine's symmetries around (n / 2 + i) = n and 2n.
+// The window for width N, 16 rows of N taps taken at every (32 / N)th
+// coefficient of the full one and scaled to 16-bit full scale, as the
+// weights of each V half: even rows weigh the first half of a V vector,
+// odd rows the second. The signs the history leaves out (see store) are
+// folded in; a negated weight gives exactly the negated product.
 template <int N>
-void matrix(const SlotRows& x, int slot, float* v) {
-    for (int i = 0; i < N / 2; ++i) {
-        v[i] = x[N / 2 + i][slot];
-    }
-    v[N / 2] = 0.0f;
-    for (int i = N / 2 + 1; i <= 3 * N / 2; ++i) {
-        v[i] = -x[3 * N / 2 - i][slot];
-    }
-    for (int i = 3 * N / 2 + 1; i < 2 * N; ++i) {
-        v[i] = -x[i - 3 * N / 2][slot];
-    }
+struct NarrowWeights {
+    std::array<std::array<float, N>, kWindowRows / 2> low{};
+    std::array<std::array<float, N>, kWindowRows / 2> high{};
+};
+
+template <int N>
+const NarrowWeights<N>& narrowWeights() {
+    static const NarrowWeights<N> weights = [] {
+        constexpr int kStep = kSubbands / N;
+        const auto tap = [](int row, int j) {
+            return static_cast<float>(synthesisWindow()[(row * N + j) * kStep] * 32768.0);
+        };
+        NarrowWeights<N> built;
+        for (int i = 0; i < kWindowRows / 2; ++i) {
+            for (int j = 0; j < N; ++j) {
+                built.low[i][j] = j > N / 2 ? -tap(2 * i, j) : tap(2 * i, j);
+                built.high[i][j] = -tap(2 * i + 1, j);
+            }
+        }
+        return built;
+    }();
+    return weights;
 }
 
-// Rounds half away from zero.
-int16_t clipToPcm16(float value) {
-    const float clipped = std::clamp(value, -32768.0f, 32767.0f);
-    return static_cast<int16_t>(clipped + std::copysign(0.5f, clipped));
+// Four slots in one vector register (a GCC and Clang extension), so that
+// the sums stay in registers over all taps and through the conversion.
+using FloatX4 = float __attribute__((vector_size(16)));
+using IntX4 = int32_t __attribute__((vector_size(16)));
+constexpr int kGroups = kDctLanes / 4;
+static_assert(kDctLanes % 4 == 0);
+using PcmLanes = std::array<int32_t, kDctLanes>;
+
+FloatX4 load4(const float* from) {
+    FloatX4 v;
+    std::memcpy(&v, from, sizeof v);
+    return v;
+}
+
+// Clipped to the 16-bit range and rounded half away from zero: 0.5 with
+// the sum's sign added, then truncated.
+IntX4 toPcm(FloatX4 sum) {
+    const FloatX4 lowest = {-32768.0f, -32768.0f, -32768.0f, -32768.0f};
+    const FloatX4 highest = {32767.0f, 32767.0f, 32767.0f, 32767.0f};
+    const FloatX4 half = {0.5f, 0.5f, 0.5f, 0.5f};
+    sum = sum < lowest ? lowest : sum;
+    sum = highest < sum ? highest : sum;
+    const IntX4 sign = reinterpret_cast<IntX4>(sum) & INT32_MIN;
+    return __builtin_convertvector(
+        sum + reinterpret_cast<FloatX4>(reinterpret_cast<IntX4>(half) | sign), IntX4);
+}
+
+// Output j of every slot t: the sum over rows r = 0..15, in that order, of
+// V[j] (even r) or V[N + j] (odd r) of slot t - r times the row's tap j.
+// `low` and `high` point at the granule's first slot in the history.
+template <int N>
+PcmLanes windowedPcm(const float* low, const float* high, int j) {
+    const NarrowWeights<N>& weights = narrowWeights<N>();
+    std::array<FloatX4, kGroups> sums{};
+    for (int i = 0; i < kWindowRows / 2; ++i) {
+        const float lowWeight = weights.low[i][j];
+        const float highWeight = weights.high[i][j];
+#pragma GCC unroll 8
+        for (int g = 0; g < kGroups; ++g) {
+            sums[g] += load4(low + 4 * g - 2 * i) * lowWeight;
+            sums[g] += load4(high + 4 * g - 2 * i - 1) * highWeight;
+        }
+    }
+    PcmLanes pcm;
+    for (int g = 0; g < kGroups; ++g) {
+        const IntX4 group = toPcm(sums[g]);
+        std::memcpy(&pcm[static_cast<std::size_t>(4 * g)], &group, sizeof group);
+    }
+    return pcm;
 }
 
 }  // namespace
@@ -57,9 +105,8 @@ void NarrowSynthesis::synthesize(const SubbandSamples& in, int subbands, int16_t
 
 template <int N>
 void NarrowSynthesis::synthesizeWidth(const SubbandSamples& in, int16_t* out, int stride) {
-    static const std::vector<float> window = buildWindow(N);
     // The whole granule's slots through one fast DCT, a slot per lane.
-    SlotRows x;
+    std::array<DctLanes, kMaxSubbands> x;
     for (int k = 0; k < N; ++k) {
         for (int slot = 0; slot < kSlotsPerGranule; ++slot) {
             x[k][slot] = in[slot][k];
@@ -67,27 +114,49 @@ void NarrowSynthesis::synthesizeWidth(const SubbandSamples& in, int16_t* out, in
         std::fill(x[k].begin() + kSlotsPerGranule, x[k].end(), 0.0f);
     }
     dctNarrow(x.data(), N);
-    for (int slot = 0; slot < kSlotsPerGranule; ++slot) {
-        matrix<N>(x, slot, history_[kHistorySlots + slot].data());
+    store<N>(x);
+    window<N>(out, stride);
+    keepHistory(N);
+}
+
+// The matrixing V[i] = sum over k of cos((N / 2 + i)(2k + 1) pi / 2N) S[k]
+// is the DCT X of S read out by the cosine's symmetries around
+// (N / 2 + i) = N and 2N: V[0..N/2-1] = X[N/2..N-1], V[N/2] = 0,
+// V[N/2+1..3N/2] = -X[N-1..0], V[3N/2+1..2N-1] = -X[1..N/2-1].
+template <int N>
+void NarrowSynthesis::store(const std::array<DctLanes, kMaxSubbands>& x) {
+    const auto keep = [](const DctLanes& from, std::array<float, kHistorySlots + kDctLanes>& to) {
+        std::copy(from.begin(), from.end(), to.begin() + kFirstSlot);
+    };
+    for (int j = 0; j < N / 2; ++j) {
+        keep(x[N / 2 + j], lowHalf_[j]);
+        keep(x[N / 2 - j], highHalf_[j]);
+        keep(x[j], highHalf_[N / 2 + j]);
     }
-    for (int slot = 0; slot < kSlotsPerGranule; ++slot) {
-        // Each window row of N taps pairs with one half of a V vector: the
-        // first half of the vector `row` slots back for even rows, the
-        // second half for odd ones. Outputs innermost, so the sums
-        // vectorise.
-        std::array<float, N> sums{};
-        for (int row = 0; row < 16; ++row) {
-            const float* v = history_[kHistorySlots + slot - row].data() + ((row & 1) ? N : 0);
-            const float* w = window.data() + row * N;
-            for (int j = 0; j < N; ++j) {
-                sums[j] += v[j] * w[j];
-            }
-        }
-        for (int j = 0; j < N; ++j) {
-            out[(slot * N + j) * stride] = clipToPcm16(sums[j]);
+    std::fill_n(lowHalf_[N / 2].begin() + kFirstSlot, kDctLanes, 0.0f);
+    for (int j = N / 2 + 1; j < N; ++j) {
+        keep(x[3 * N / 2 - j], lowHalf_[j]);
+    }
+}
+
+template <int N>
+void NarrowSynthesis::window(int16_t* out, int stride) const {
+    for (int j = 0; j < N; ++j) {
+        const PcmLanes pcm = windowedPcm<N>(&lowHalf_[j][kFirstSlot], &highHalf_[j][kFirstSlot], j);
+        for (int slot = 0; slot < kSlotsPerGranule; ++slot) {
+            out[(slot * N + j) * stride] = static_cast<int16_t>(pcm[slot]);
         }
     }
-    std::copy(history_.end() - kHistorySlots, history_.end(), history_.begin());
+}
+
+void NarrowSynthesis::keepHistory(int rows) {
+    constexpr int kKeptFrom = kFirstSlot + kSlotsPerGranule - kHistorySlots;
+    for (SlotHistory* history : {&lowHalf_, &highHalf_}) {
+        for (int j = 0; j < rows; ++j) {
+            auto& row = (*history)[j];
+            std::copy_n(row.begin() + kKeptFrom, kHistorySlots, row.begin());
+        }
+    }
 }
 
 }  // namespace tunebox

@@ -9,6 +9,7 @@
 #include <array>
 #include <cstdint>
 
+#include "mp3/decoder/fast_dct32.h"
 #include "mp3/decoder/hybrid_filter_bank.h"
 
 namespace tunebox {
@@ -21,17 +22,30 @@ class NarrowSynthesis {
     // out[stride], ...; `subbands` is 16 or 8, the same on every call
     // between resets.
     void synthesize(const SubbandSamples& in, int subbands, int16_t* out, int stride);
-    void reset() { history_ = {}; }
+    void reset() {
+        lowHalf_ = {};
+        highHalf_ = {};
+    }
+
+    // Earlier slots the window reaches back to.
+    static constexpr int kHistorySlots = 15;
+    // [output index][slot], earlier slots first, then the granule's own
+    // (padded to whole vector lanes).
+    using SlotHistory = std::array<std::array<float, kHistorySlots + kDctLanes>, kMaxSubbands>;
 
   private:
     template <int N>
     void synthesizeWidth(const SubbandSamples& in, int16_t* out, int stride);
+    template <int N>
+    void store(const std::array<DctLanes, kMaxSubbands>& transformed);
+    template <int N>
+    void window(int16_t* out, int stride) const;
+    void keepHistory(int rows);
 
-    // Earlier slots the window reaches back to.
-    static constexpr int kHistorySlots = 15;
-    // V vectors (2 x subbands values each), oldest first: the earlier
-    // slots', then the granule's own.
-    std::array<std::array<float, 2 * kMaxSubbands>, kHistorySlots + kSlotsPerGranule> history_{};
+    // The two halves of each slot's V vector (2 x subbands values), kept
+    // without their signs: the window's weights carry them.
+    SlotHistory lowHalf_{};
+    SlotHistory highHalf_{};
 };
 
 }  // namespace tunebox
