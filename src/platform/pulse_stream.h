@@ -50,6 +50,8 @@ class PulseStream {
     AudioResult checkUsable() const;
 
     uint64_t streamTimeBytes();
+    int64_t unreportedCycleUsec(const pa_timing_info& info);
+    int64_t recentOrigin(int64_t stamp, int64_t usec);
     uint64_t heardBytes();
     void feed();
     void returnHeard();
@@ -94,6 +96,16 @@ class PulseStream {
     // Local times (µs) at which recent timing reports put the stream's 0.
     std::deque<int64_t> origins_;
     int64_t lastReport_ = 0;
+
+    // PipeWire moves a stream's data once per graph cycle and reports the
+    // index of the last cycle with the time of the answer, so a report is
+    // late by up to a cycle; the earliest origin of reports spread over
+    // several cycles is the true one. It also hands a playback stream's data
+    // to its sink one cycle before the sink sounds it, and leaves that cycle
+    // out of the reports: it is learnt from the steps of the read index.
+    bool cyclePaced_ = false;
+    int64_t lastReadIndex_ = 0;
+    std::deque<int64_t> cycleSteps_;
 
     mutable std::mutex errorMutex_;
     std::string lastError_;

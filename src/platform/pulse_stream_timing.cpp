@@ -13,6 +13,11 @@ namespace tunebox {
 namespace {
 
 constexpr std::size_t kReportsKept = 5;
+// About 200 ms of reports at one per tick: several cycles of any size.
+constexpr std::size_t kCycleReportsKept = 40;
+constexpr std::size_t kCycleStepsKept = 16;
+// Fewer steps than this may all be several cycles long.
+constexpr std::size_t kCycleStepsNeeded = 3;
 
 }  // namespace
 
@@ -53,24 +58,53 @@ uint64_t PulseStream::streamTimeBytes() {
         return bytesOfTime(pa_usec_t(usec));
     }
     usec += (playback ? 0 : int64_t(info->source_usec)) - int64_t(info->sink_usec);
+    const int64_t unheard = playback && cyclePaced_ ? unreportedCycleUsec(*info) : 0;
     if (playback && !info->playing) {
         origins_.clear();  // starved or not yet started: the clock stands
+        usec -= unheard;
         return usec > 0 ? bytesOfTime(pa_usec_t(usec)) : 0;
     }
-    const auto stamp = int64_t(pa_timeval_load(&info->timestamp));
+    const int64_t origin = recentOrigin(int64_t(pa_timeval_load(&info->timestamp)), usec);
+    struct timeval now;
+    pa_gettimeofday(&now);
+    usec = int64_t(pa_timeval_load(&now)) - origin - unheard;
+    return usec > 0 ? bytesOfTime(pa_usec_t(usec)) : 0;
+}
+
+// The origin of the recent reports: their median on PulseAudio, one of
+// their earliest on PipeWire (see cyclePaced_).
+int64_t PulseStream::recentOrigin(int64_t stamp, int64_t usec) {
     if (stamp != lastReport_) {
         lastReport_ = stamp;
         origins_.push_back(stamp - usec);
-        if (origins_.size() > kReportsKept) {
+        if (origins_.size() > (cyclePaced_ ? kCycleReportsKept : kReportsKept)) {
             origins_.pop_front();
         }
     }
+    // On PipeWire a low quantile rather than the earliest: the first reports
+    // of a starting stream can be a cycle or more off.
     std::vector<int64_t> sorted(origins_.begin(), origins_.end());
-    std::nth_element(sorted.begin(), sorted.begin() + sorted.size() / 2, sorted.end());
-    struct timeval now;
-    pa_gettimeofday(&now);
-    usec = int64_t(pa_timeval_load(&now)) - sorted[sorted.size() / 2];
-    return usec > 0 ? bytesOfTime(pa_usec_t(usec)) : 0;
+    const std::size_t rank = sorted.size() / (cyclePaced_ ? 10 : 2);
+    std::nth_element(sorted.begin(), sorted.begin() + rank, sorted.end());
+    return sorted[rank];
+}
+
+// The shortest recent step of the read index between two reports: one
+// cycle, as reports come more often than cycles (see onTick). 0 until enough
+// steps were seen.
+int64_t PulseStream::unreportedCycleUsec(const pa_timing_info& info) {
+    if (info.read_index > lastReadIndex_) {
+        cycleSteps_.push_back(info.read_index - lastReadIndex_);
+        if (cycleSteps_.size() > kCycleStepsKept) {
+            cycleSteps_.pop_front();
+        }
+    }
+    lastReadIndex_ = std::max(lastReadIndex_, info.read_index);
+    if (cycleSteps_.size() < kCycleStepsNeeded) {
+        return 0;
+    }
+    const int64_t cycle = *std::min_element(cycleSteps_.begin(), cycleSteps_.end());
+    return int64_t(pa_bytes_to_usec(uint64_t(cycle), pa_stream_get_sample_spec(stream_)));
 }
 
 uint64_t PulseStream::heardBytes() {
