@@ -96,6 +96,7 @@ class PulseStream {
     // Local times (µs) at which recent timing reports put the stream's 0.
     std::deque<int64_t> origins_;
     int64_t lastReport_ = 0;
+    int settlingReports_ = 0;
 
     // PipeWire moves a stream's data once per graph cycle and reports the
     // index of the last cycle with the time of the answer, so a report is

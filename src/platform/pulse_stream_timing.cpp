@@ -13,8 +13,10 @@ namespace tunebox {
 namespace {
 
 constexpr std::size_t kReportsKept = 5;
-// About 200 ms of reports at one per tick: several cycles of any size.
-constexpr std::size_t kCycleReportsKept = 40;
+// About half a second of reports at one per tick: their times fall at every
+// point of the cycle, even where ticks and cycles beat slowly.
+constexpr std::size_t kCycleReportsKept = 100;
+constexpr int kSettlingReports = 3;
 constexpr std::size_t kCycleStepsKept = 16;
 // Fewer steps than this may all be several cycles long.
 constexpr std::size_t kCycleStepsNeeded = 3;
@@ -71,29 +73,39 @@ uint64_t PulseStream::streamTimeBytes() {
     return usec > 0 ? bytesOfTime(pa_usec_t(usec)) : 0;
 }
 
-// The origin of the recent reports: their median on PulseAudio, one of
-// their earliest on PipeWire (see cyclePaced_).
+// The origin of the recent reports: their median on PulseAudio, their
+// earliest on PipeWire (see cyclePaced_), where the first reports of a
+// starting stream, which can be a cycle or more off, only stand in until
+// the next ones come.
 int64_t PulseStream::recentOrigin(int64_t stamp, int64_t usec) {
     if (stamp != lastReport_) {
         lastReport_ = stamp;
+        if (origins_.empty()) {
+            settlingReports_ = cyclePaced_ ? kSettlingReports : 0;
+        }
+        if (settlingReports_ > 0) {
+            --settlingReports_;
+            origins_.clear();
+        }
         origins_.push_back(stamp - usec);
         if (origins_.size() > (cyclePaced_ ? kCycleReportsKept : kReportsKept)) {
             origins_.pop_front();
         }
     }
-    // On PipeWire a low quantile rather than the earliest: the first reports
-    // of a starting stream can be a cycle or more off.
+    if (cyclePaced_) {
+        return *std::min_element(origins_.begin(), origins_.end());
+    }
     std::vector<int64_t> sorted(origins_.begin(), origins_.end());
-    const std::size_t rank = sorted.size() / (cyclePaced_ ? 10 : 2);
-    std::nth_element(sorted.begin(), sorted.begin() + rank, sorted.end());
-    return sorted[rank];
+    std::nth_element(sorted.begin(), sorted.begin() + sorted.size() / 2, sorted.end());
+    return sorted[sorted.size() / 2];
 }
 
 // The shortest recent step of the read index between two reports: one
 // cycle, as reports come more often than cycles (see onTick). 0 until enough
 // steps were seen.
 int64_t PulseStream::unreportedCycleUsec(const pa_timing_info& info) {
-    if (info.read_index > lastReadIndex_) {
+    // The first step, from the start, may be part of a cycle.
+    if (lastReadIndex_ > 0 && info.read_index > lastReadIndex_) {
         cycleSteps_.push_back(info.read_index - lastReadIndex_);
         if (cycleSteps_.size() > kCycleStepsKept) {
             cycleSteps_.pop_front();
