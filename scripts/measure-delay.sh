@@ -39,20 +39,18 @@ measure() {
         idle_wait
         ./build/tests/tunebox_test_e2e --gtest_filter='*PositionDelayMatches*' |
             grep '^\[ delay \]' || true
-    done | tee /dev/stderr | sed 's/.*worst error \([0-9.e-]*\) ms/\1/' | sort -g |
+    done | tee -a /dev/stderr | sed 's/.*worst error \([0-9.e-]*\) ms/\1/' | sort -g |
         awk '{ v[NR] = $1; if ($1 > 2) over++ }
              END { printf "runs %d, median %.3f ms, worst %.3f ms, runs over 2 ms: %d\n",
                           NR, v[int((NR + 1) / 2)], v[NR], over }'
 }
 
-summary=()
 for setup in "${setups[@]}"; do
     IFS=: read -r server rate keepalive <<<"$setup"
     export TUNEBOX_TEST_SERVER=$server TUNEBOX_TEST_RATE=$rate TUNEBOX_TEST_KEEPALIVE=$keepalive
     bash scripts/test-audio-server.sh start
     eval "$(bash scripts/test-audio-server.sh env)"
     echo "== $setup" >&2
-    summary+=("$(printf '%-22s %s' "$setup" "$(measure)")")
+    printf '%-22s %s\n' "$setup" "$(measure)"
     bash scripts/test-audio-server.sh stop
 done
-printf '%s\n' "${summary[@]}"

@@ -240,7 +240,7 @@ AudioResult PulseStream::reset() {
     // A fresh stream starts its clock at 0 with nothing queued, which is
     // exactly what a reset promises.
     dropStream();
-    origins_.clear();
+    forgetOrigins();
     cycleSteps_.clear();
     lastReadIndex_ = 0;
     written_ = sent_ = heard_ = captured_ = 0;

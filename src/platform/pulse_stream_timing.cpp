@@ -13,10 +13,6 @@ namespace tunebox {
 namespace {
 
 constexpr std::size_t kReportsKept = 5;
-// About half a second of reports at one per tick: their times fall at every
-// point of the cycle, even where ticks and cycles beat slowly.
-constexpr std::size_t kCycleReportsKept = 100;
-constexpr int kSettlingReports = 3;
 constexpr std::size_t kCycleStepsKept = 16;
 // Fewer steps than this may all be several cycles long.
 constexpr std::size_t kCycleStepsNeeded = 3;
@@ -56,13 +52,13 @@ uint64_t PulseStream::streamTimeBytes() {
     const int64_t index = std::max<int64_t>(playback ? info->read_index : info->write_index, 0);
     auto usec = int64_t(pa_bytes_to_usec(uint64_t(index), pa_stream_get_sample_spec(stream_)));
     if (streamCorked_) {
-        origins_.clear();
+        forgetOrigins();
         return bytesOfTime(pa_usec_t(usec));
     }
     usec += (playback ? 0 : int64_t(info->source_usec)) - int64_t(info->sink_usec);
     const int64_t unheard = playback && cyclePaced_ ? unreportedCycleUsec(*info) : 0;
     if (playback && !info->playing) {
-        origins_.clear();  // starved or not yet started: the clock stands
+        forgetOrigins();  // starved or not yet started: the clock stands
         usec -= unheard;
         return usec > 0 ? bytesOfTime(pa_usec_t(usec)) : 0;
     }
@@ -73,27 +69,23 @@ uint64_t PulseStream::streamTimeBytes() {
     return usec > 0 ? bytesOfTime(pa_usec_t(usec)) : 0;
 }
 
-// The origin of the recent reports: their median on PulseAudio, their
-// earliest on PipeWire (see cyclePaced_), where the first reports of a
-// starting stream, which can be a cycle or more off, only stand in until
-// the next ones come.
+// The origin of the recent reports: their median on PulseAudio; on
+// PipeWire, where a report is late by where in the cycle it was answered,
+// the bounds the reports set on it (see CycleOrigin).
 int64_t PulseStream::recentOrigin(int64_t stamp, int64_t usec) {
-    if (stamp != lastReport_) {
-        lastReport_ = stamp;
-        if (origins_.empty()) {
-            settlingReports_ = cyclePaced_ ? kSettlingReports : 0;
+    const bool fresh = stamp != lastReport_;
+    lastReport_ = stamp;
+    if (cyclePaced_) {
+        if (fresh) {
+            cycleOrigin_.add(stamp, usec);
         }
-        if (settlingReports_ > 0) {
-            --settlingReports_;
-            origins_.clear();
-        }
+        return cycleOrigin_.origin();
+    }
+    if (fresh) {
         origins_.push_back(stamp - usec);
-        if (origins_.size() > (cyclePaced_ ? kCycleReportsKept : kReportsKept)) {
+        if (origins_.size() > kReportsKept) {
             origins_.pop_front();
         }
-    }
-    if (cyclePaced_) {
-        return *std::min_element(origins_.begin(), origins_.end());
     }
     std::vector<int64_t> sorted(origins_.begin(), origins_.end());
     std::nth_element(sorted.begin(), sorted.begin() + sorted.size() / 2, sorted.end());
@@ -115,8 +107,24 @@ int64_t PulseStream::unreportedCycleUsec(const pa_timing_info& info) {
     if (cycleSteps_.size() < kCycleStepsNeeded) {
         return 0;
     }
-    const int64_t cycle = *std::min_element(cycleSteps_.begin(), cycleSteps_.end());
+    // Steps are whole cycles, and so are the differences between them: a
+    // step of three cycles beside one of two gives the cycle even while no
+    // report has come one cycle after another. A resampled stream's cycles
+    // differ by a frame; such differences are no cycle.
+    int64_t cycle = *std::min_element(cycleSteps_.begin(), cycleSteps_.end());
+    for (const int64_t a : cycleSteps_) {
+        for (const int64_t b : cycleSteps_) {
+            if (a - b > cycle / 4) {
+                cycle = std::min(cycle, a - b);
+            }
+        }
+    }
     return int64_t(pa_bytes_to_usec(uint64_t(cycle), pa_stream_get_sample_spec(stream_)));
+}
+
+void PulseStream::forgetOrigins() {
+    origins_.clear();
+    cycleOrigin_.clear();
 }
 
 uint64_t PulseStream::heardBytes() {
