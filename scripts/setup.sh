@@ -9,6 +9,7 @@ packages=(
     googletest libgtest-dev libgmock-dev libbenchmark-dev
     qt6-base-dev qt6-svg-dev fonts-ipafont-gothic
     libpulse-dev pulseaudio
+    pipewire pipewire-pulse wireplumber dbus dbus-daemon
     libmpg123-dev libsoxr-dev libcli11-dev
     lame sox libsox-fmt-all mpg123 ffmpeg twolame
 )

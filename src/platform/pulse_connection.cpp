@@ -17,6 +17,12 @@ void wakeOnOperation(pa_operation*, void* connection) {
     static_cast<const PulseConnection*>(connection)->signal();
 }
 
+void storeServerName(pa_context*, const pa_server_info* info, void* name) {
+    if (info != nullptr && info->server_name != nullptr) {
+        *static_cast<std::string*>(name) = info->server_name;
+    }
+}
+
 bool finalState(pa_context_state_t state) {
     return state == PA_CONTEXT_READY || !PA_CONTEXT_IS_GOOD(state);
 }
@@ -50,7 +56,14 @@ bool PulseConnection::connect(const std::string& server, const std::string& clie
         error_ = describe("cannot connect to the sound server");
         return false;
     }
+    learnServerName();
     return true;
+}
+
+// With the lock held. A server that does not answer stays nameless, which
+// only means its reports are taken as PulseAudio's.
+void PulseConnection::learnServerName() {
+    finish(pa_context_get_server_info(context_, storeServerName, &serverName_), kPulseTimeout);
 }
 
 std::string PulseConnection::describe(const std::string& doing) const {

@@ -26,6 +26,9 @@ class PulseConnection {
     pa_threaded_mainloop* loop() const { return loop_; }
     pa_context* context() const { return context_; }
     bool ready() const { return context_ && pa_context_get_state(context_) == PA_CONTEXT_READY; }
+    // PipeWire's pulse server speaks the same protocol, but its timing
+    // reports follow its graph's cycles (see PulseStream).
+    bool servedByPipeWire() const { return serverName_.find("PipeWire") != std::string::npos; }
     // The server's last error, with what was being done.
     std::string describe(const std::string& doing) const;
 
@@ -53,10 +56,12 @@ class PulseConnection {
 
   private:
     void disconnect();
+    void learnServerName();
 
     pa_threaded_mainloop* loop_ = nullptr;
     pa_context* context_ = nullptr;
     std::string error_;
+    std::string serverName_;
 };
 
 inline constexpr std::chrono::milliseconds kPulseTimeout{5000};

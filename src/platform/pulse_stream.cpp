@@ -48,6 +48,7 @@ AudioResult PulseStream::open(const WaveFormat& format, DeviceDoneCallback onDon
     }
     delivery_ = std::make_unique<DoneDelivery>(std::move(onDone));
     failed_ = false;
+    cyclePaced_ = connection_->servedByPipeWire();
     corked_ = direction_ == Direction::record;
     bool made = false;
     {
@@ -239,7 +240,9 @@ AudioResult PulseStream::reset() {
     // A fresh stream starts its clock at 0 with nothing queued, which is
     // exactly what a reset promises.
     dropStream();
-    origins_.clear();
+    forgetOrigins();
+    cycleSteps_.clear();
+    lastReadIndex_ = 0;
     written_ = sent_ = heard_ = captured_ = 0;
     underflowed_ = false;
     if (direction_ == Direction::record) {
@@ -308,6 +311,16 @@ void PulseStream::onTick(pa_mainloop_api*, pa_time_event* event, const struct ti
     auto& stream = *static_cast<PulseStream*>(self);
     if (!stream.failed_ && stream.direction_ == Direction::playback && stream.stream_) {
         stream.returnHeard();
+    }
+    // Reports more often than the graph's cycles, so that some come just
+    // after a cycle and some one cycle apart.
+    if (!stream.failed_ && stream.cyclePaced_ && stream.stream_ && !stream.streamCorked_) {
+        if (pa_operation* update = pa_stream_update_timing_info(stream.stream_, nullptr, nullptr)) {
+            pa_operation_unref(update);
+        }
+        if (stream.direction_ == Direction::record) {
+            stream.captured_ = std::max(stream.captured_, stream.streamTimeBytes());
+        }
     }
     pa_context_rttime_restart(stream.connection_->context(), event, pa_rtclock_now() + kTickPeriod);
 }

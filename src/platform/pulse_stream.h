@@ -11,6 +11,7 @@
 #include <string>
 
 #include "platform/audio_device.h"
+#include "platform/cycle_origin.h"
 #include "platform/device_buffers.h"
 #include "platform/pulse_connection.h"
 
@@ -50,6 +51,9 @@ class PulseStream {
     AudioResult checkUsable() const;
 
     uint64_t streamTimeBytes();
+    int64_t unreportedCycleUsec(const pa_timing_info& info);
+    int64_t recentOrigin(int64_t stamp, int64_t usec);
+    void forgetOrigins();
     uint64_t heardBytes();
     void feed();
     void returnHeard();
@@ -94,6 +98,16 @@ class PulseStream {
     // Local times (µs) at which recent timing reports put the stream's 0.
     std::deque<int64_t> origins_;
     int64_t lastReport_ = 0;
+    CycleOrigin cycleOrigin_;
+
+    // PipeWire moves a stream's data once per graph cycle and reports the
+    // index of the last cycle with the time of the answer (see CycleOrigin).
+    // It also hands a playback stream's data to its sink one cycle before
+    // the sink sounds it, and leaves that cycle out of the reports: it is
+    // learnt from the steps of the read index.
+    bool cyclePaced_ = false;
+    int64_t lastReadIndex_ = 0;
+    std::deque<int64_t> cycleSteps_;
 
     mutable std::mutex errorMutex_;
     std::string lastError_;
