@@ -94,9 +94,12 @@ int wavCloseFile(WaveWriter& writer, const TrailingChunk* trailer) {
     }
     const bool flushed = writer.flusher->finish() == 1;
     writer.flusher.reset();
-    const bool finished = writer.file->ascend(writer.subChunk) == 1 &&
-                          (trailer == nullptr || writeTrailer(*writer.file, *trailer)) &&
-                          writer.file->ascend(writer.riffChunk) == 1;
+    // The form is closed even when the trailer could not be written, so that
+    // the audio stays readable.
+    const bool dataFinished = writer.file->ascend(writer.subChunk) == 1;
+    const bool noted =
+        dataFinished && (trailer == nullptr || writeTrailer(*writer.file, *trailer));
+    const bool finished = dataFinished && writer.file->ascend(writer.riffChunk) == 1 && noted;
     const bool closed = writer.file->close() == 1;
     writer.file.reset();
     return flushed && finished && closed ? 1 : 0;

@@ -10,6 +10,8 @@
 #include "session/take_harness.h"
 #include "session/take_remix.h"
 #include "session/voice_file.h"
+#include "playback/wav_repair.h"
+#include "support/small_mount.h"
 #include "support/test_files.h"
 
 namespace tunebox::test {
@@ -139,6 +141,27 @@ TEST_F(TakeAlignmentTest, NegativeManualDelayDelaysTheVoiceBehindSilence) {
     EXPECT_EQ(controller().capture().syncMx().alignedDelay(), kTyped);
     expectSampleExactTake((kOutputLatency - kTyped) / 2);
     expectVoiceFileLinedUp((kOutputLatency - kTyped) / 2);
+}
+
+// The voice file on a disk that fills up half-way: the take goes on to the
+// song's end untouched, and the voice file keeps what fitted, finished.
+TEST_F(TakeAlignmentTest, AVoiceFileThatRunsOutOfRoomKeepsTheWholeTake) {
+    const SmallMount small(dir_.path() / "small", "size=512k");
+    if (!small.mounted()) {
+        GTEST_SKIP() << "mounting a tmpfs needs privileges this run lacks";
+    }
+    const auto voicePath = dir_.path() / "small" / "voice.wav";
+    std::filesystem::create_symlink(voicePath, voiceFilePath(take_));
+    recAtOneInstant({track_, 1, kOutputLatency});
+    runToTheEnd();
+    expectSampleExactTake();
+    const CRecWav& capture = controller().capture();
+    EXPECT_EQ(capture.fault(), CaptureFault::kNone);
+    EXPECT_NE(capture.voiceFileError().find("could not be written"), std::string::npos);
+    EXPECT_EQ(inspectWav(voicePath.string()).condition, WavCondition::kFinished);
+    const auto kept = samplesOf(voicePath.string());
+    ASSERT_GT(kept.size(), 0u);
+    EXPECT_TRUE(std::equal(kept.begin(), kept.end(), voice_.begin())) << "a clean prefix";
 }
 
 TEST_F(TakeAlignmentTest, WithoutTheVoiceFileOnlyTheTakeIsWritten) {
