@@ -97,8 +97,7 @@ int wavCloseFile(WaveWriter& writer, const TrailingChunk* trailer) {
     // The form is closed even when the trailer could not be written, so that
     // the audio stays readable.
     const bool dataFinished = writer.file->ascend(writer.subChunk) == 1;
-    const bool noted =
-        dataFinished && (trailer == nullptr || writeTrailer(*writer.file, *trailer));
+    const bool noted = dataFinished && (trailer == nullptr || writeTrailer(*writer.file, *trailer));
     const bool finished = dataFinished && writer.file->ascend(writer.riffChunk) == 1 && noted;
     const bool closed = writer.file->close() == 1;
     writer.file.reset();

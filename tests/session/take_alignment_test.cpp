@@ -5,12 +5,12 @@
 
 #include "capture/accompaniment_note.h"
 #include "capture/sync_mx.h"
+#include "playback/wav_repair.h"
 #include "session/demo_tune.h"
 #include "session/synthetic_voice.h"
 #include "session/take_harness.h"
 #include "session/take_remix.h"
 #include "session/voice_file.h"
-#include "playback/wav_repair.h"
 #include "support/small_mount.h"
 #include "support/test_files.h"
 
