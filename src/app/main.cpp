@@ -2,8 +2,8 @@
 #include <iostream>
 
 #include "app/cli/commands.h"
-#include "core/diagnostic_log.h"
 #include "app/gui/run_dialog.h"
+#include "core/diagnostic_log.h"
 
 namespace {
 
@@ -44,6 +44,7 @@ int main(int argc, char** argv) {
     tunebox::cli::registerDemoCommand(app, status);
     tunebox::cli::registerPlayCommand(app, status);
     tunebox::cli::registerRepairCommand(app, status);
+    tunebox::cli::registerRemixCommand(app, status);
 
     try {
         app.parse(argc, argv);

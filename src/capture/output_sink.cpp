@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <string_view>
+#include <utility>
 
 namespace tunebox {
 namespace {
@@ -48,7 +49,8 @@ int OutputSink::close() {
     if (mode_ != kSinkWavFile) {
         return mode_ == kSinkDiscard ? 1 : 0;
     }
-    return writer_.file ? wavCloseFile(writer_) : 1;
+    const std::optional<TrailingChunk> trailer = std::exchange(trailer_, std::nullopt);
+    return writer_.file ? wavCloseFile(writer_, trailer ? &*trailer : nullptr) : 1;
 }
 
 }  // namespace tunebox

@@ -6,6 +6,7 @@
 // data that cannot be pushed to the disk, counts as such a failed write.
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "playback/wav_writer.h"
@@ -26,6 +27,8 @@ class OutputSink {
 
     // Returns 1, or 0 when the file cannot be created.
     int open(const std::string& path);
+    // A chunk the close appends after the audio; none after each close.
+    void setTrailer(TrailingChunk trailer) { trailer_ = std::move(trailer); }
     int write(const uint8_t* bytes, uint32_t count);
     // Finishes the file; 0 when its header could not be written.
     int close();
@@ -37,6 +40,7 @@ class OutputSink {
     SinkMode mode_ = kSinkNone;
     WaveWriter writer_;
     int writeFailed_ = 0;
+    std::optional<TrailingChunk> trailer_;
 };
 
 }  // namespace tunebox

@@ -55,6 +55,11 @@ void CRecWav::registerFaultNotice(FaultNoticeCallback callback, void* context) {
     faultNoticeContext_ = context;
 }
 
+void CRecWav::setVoiceFile(std::string path, AccompanimentNote note) {
+    voiceFileName_ = std::move(path);
+    voiceNote_ = std::move(note);
+}
+
 int CRecWav::startRecording(const WaveFormat& format, uint32_t slotSize, int32_t bufferCount,
                             PlaybackFeed* playback, int32_t manualFlag, int32_t manualDelay) {
     return start(kSinkWavFile, format, slotSize, bufferCount, playback, manualFlag, manualDelay);
@@ -72,6 +77,7 @@ int CRecWav::start(SinkMode mode, const WaveFormat& format, uint32_t slotSize, i
     }
     fault_ = CaptureFault::kNone;
     lastError_.clear();
+    voiceError_.clear();
     inbox_ = std::make_shared<CaptureInbox>(CaptureInbox{this});
     if (!RecBuf.allocate(slotSize, bufferCount)) {
         return failStart("out of memory for the capture buffers");
@@ -92,6 +98,9 @@ int CRecWav::start(SinkMode mode, const WaveFormat& format, uint32_t slotSize, i
     sink_.setMode(mode);
     if (!sink_.open(outputFileName_)) {
         return failStart(outputFileName_ + ": cannot be created");
+    }
+    if (!openVoiceFile(mode, playback)) {
+        return failStart(voiceFileName_ + ": cannot be created");
     }
     if (!initialiseEffects(slotSize)) {
         return failStart("out of memory for the echo effect");
@@ -130,6 +139,18 @@ int CRecWav::openInput() {
         });
     };
     return device_->open(format_, onDone) == kAudioOk ? 1 : 0;
+}
+
+// The voice file belongs to a take that mixes a voice with an accompaniment;
+// the voice alone is already the take.
+bool CRecWav::openVoiceFile(SinkMode mode, const PlaybackFeed* playback) {
+    const bool wanted = mode == kSinkWavFile && playback != nullptr && !voiceFileName_.empty();
+    voiceSink_.setMode(wanted ? kSinkWavFile : kSinkNone);
+    if (!wanted) {
+        return true;
+    }
+    voiceSink_.setTrailer(encodeAccompanimentNote(voiceNote_));
+    return voiceSink_.open(voiceFileName_) == 1;
 }
 
 // A silent device is reported like any other fault of the run, on the
@@ -257,6 +278,7 @@ bool CRecWav::mixQueued() {
             return false;
         }
         writeToSink(cpybuf_.get(), length);
+        writeVoice(syncMx_.voiceBlock(), length);
     } while (endFlag != 1);
     return true;
 }
@@ -288,6 +310,23 @@ void CRecWav::writeToSink(const uint8_t* bytes, uint32_t count) {
     if (!sink_.write(bytes, count) && sink_.mode() == kSinkWavFile) {
         recordFault(CaptureFault::kOutputWrite,
                     outputFileName_ + ": could not be written (disk full?)");
+    }
+}
+
+// The voice file is a companion of the take, not the take: a singer would
+// rather keep the whole take than lose it over its spare copy. So a voice
+// file that cannot be written is finished as far as it got (a clean prefix)
+// and the take goes on; the owner says so once the take is over.
+void CRecWav::writeVoice(const uint8_t* bytes, uint32_t count) {
+    if (!voiceSink_.write(bytes, count) && voiceSink_.mode() == kSinkWavFile) {
+        noteVoiceFault("could not be written (disk full?)");
+    }
+}
+
+void CRecWav::noteVoiceFault(const std::string& what) {
+    if (voiceError_.empty()) {
+        voiceError_ = voiceFileName_ + ": " + what + "; the take is kept without it";
+        logAlways(voiceError_);
     }
 }
 
@@ -325,6 +364,10 @@ void CRecWav::freeAll() {
         recordFault(CaptureFault::kOutputWrite, outputFileName_ + ": could not be finished");
     }
     sink_.setMode(kSinkNone);
+    if (!voiceSink_.close() && voiceSink_.mode() == kSinkWavFile) {
+        noteVoiceFault("could not be finished");
+    }
+    voiceSink_.setMode(kSinkNone);
     if (inbox_) {
         inbox_->engine = nullptr;
         inbox_.reset();

@@ -16,6 +16,7 @@
 #include <mutex>
 #include <string>
 
+#include "capture/accompaniment_note.h"
 #include "capture/input_watchdog.h"
 #include "capture/output_sink.h"
 #include "capture/sync_mx.h"
@@ -57,6 +58,11 @@ class CRecWav {
 
     // The file the next recording is written to.
     void setOutputFileName(std::string path) { outputFileName_ = std::move(path); }
+    // Where a take over an accompaniment also writes the voice alone, lined
+    // up and before the mix (sample n of it is the voice in sample n of the
+    // take), and the accompaniment noted in it; an empty path writes none.
+    // Taken at the next start.
+    void setVoiceFile(std::string path, AccompanimentNote note);
 
     // Starts capture into the output WAV; `playback` (null: the voice alone)
     // supplies the accompaniment and its position, and must outlive the run. Returns 1, or 0 (with
@@ -83,12 +89,16 @@ class CRecWav {
     CaptureFault fault() const { return fault_; }
     // One line saying why the last start failed or what the fault was.
     const std::string& lastError() const { return lastError_; }
+    // One line saying why the voice file of the last take stopped being
+    // written; empty while it is fine. The take itself went on.
+    const std::string& voiceFileError() const { return voiceError_; }
     int32_t queuedCount() const { return queued_; }
 
   private:
     int start(SinkMode mode, const WaveFormat& format, uint32_t slotSize, int32_t bufferCount,
               PlaybackFeed* playback, int32_t manualFlag, int32_t manualDelay);
     int openInput();
+    bool openVoiceFile(SinkMode mode, const PlaybackFeed* playback);
     bool armWatchdog();
     int initialiseEffects(uint32_t slotSize);
     int queueAll();
@@ -104,6 +114,8 @@ class CRecWav {
     void unprepareReturned(WaveHeader& header);
     void reportLevels(const uint8_t* block, uint32_t length);
     void writeToSink(const uint8_t* bytes, uint32_t count);
+    void writeVoice(const uint8_t* bytes, uint32_t count);
+    void noteVoiceFault(const std::string& what);
     void recordFault(CaptureFault fault, std::string reason);
     void takeBackBuffers();
     void waitForOutstanding();
@@ -120,6 +132,7 @@ class CRecWav {
     int32_t state_ = kRecClosed;
     std::recursive_mutex stopLock_;
     OutputSink sink_;
+    OutputSink voiceSink_;
     int32_t pending_ = 0;
     uint32_t stopRetry_ = 0;
     Dispatcher& dispatcher_;
@@ -135,6 +148,9 @@ class CRecWav {
     FaultNoticeCallback faultNotice_ = nullptr;
     void* faultNoticeContext_ = nullptr;
     std::string outputFileName_;
+    std::string voiceFileName_;
+    AccompanimentNote voiceNote_;
+    std::string voiceError_;
     CaptureFault fault_ = CaptureFault::kNone;
     std::string lastError_;
 };

@@ -192,14 +192,19 @@ void SyncMx::readAccompaniment(uint8_t* destination, uint32_t length, uint32_t& 
     std::memset(destination + available, 0, length - available);
 }
 
-void SyncMx::addInto(uint8_t* destination, uint32_t length) const {
+void mixVoiceInto(const uint8_t* voice, uint8_t* destination, uint32_t length,
+                  int32_t microphoneGain, int32_t accompanimentGain) {
     for (uint32_t i = 0; i + 1 < length; i += 2) {
-        const auto microphone = static_cast<int16_t>(loadLe16(&pBuf_[i]));
+        const auto microphone = static_cast<int16_t>(loadLe16(&voice[i]));
         const auto accompaniment = static_cast<int16_t>(loadLe16(&destination[i]));
         storeLe16(&destination[i],
                   static_cast<uint16_t>(
-                      mixSample(microphone, accompaniment, microphoneGain_, accompanimentGain_)));
+                      mixSample(microphone, accompaniment, microphoneGain, accompanimentGain)));
     }
+}
+
+void SyncMx::addInto(uint8_t* destination, uint32_t length) const {
+    mixVoiceInto(pBuf_.get(), destination, length, microphoneGain_, accompanimentGain_);
 }
 
 int SyncMx::mixBlock(uint8_t* destination, uint32_t& length, uint32_t& endFlag) {

@@ -14,6 +14,9 @@
 namespace tunebox {
 
 class InputDevice;
+
+// The gain, in percent, of both the voice and the accompaniment in a take.
+inline constexpr int32_t kUnityGain = 100;
 class PlaybackFeed;
 
 class SyncMx {
@@ -53,6 +56,10 @@ class SyncMx {
     // own end still ends the take first.
     int mixBlock(uint8_t* destination, uint32_t& length, uint32_t& endFlag);
 
+    // The voice half of the last mixed block, lined up and before the mix:
+    // as many bytes as that block.
+    const uint8_t* voiceBlock() const { return pBuf_.get(); }
+
     // The delay (bytes, whole frames) the last mix step measured or took.
     int32_t currentDelay() const { return currentDelay_; }
     uint32_t microphoneBytes() const { return microphoneBytes_; }
@@ -87,8 +94,8 @@ class SyncMx {
     int32_t manualFlag_ = 0;
     LingBuffer P1Buf;
     LingBuffer P2Buf;
-    int32_t microphoneGain_ = 100;  // percent
-    int32_t accompanimentGain_ = 100;
+    int32_t microphoneGain_ = kUnityGain;
+    int32_t accompanimentGain_ = kUnityGain;
     uint32_t startPlayback_ = 0;
     uint32_t startCapture_ = 0;
     // Silence still owed in front of the voice when the voice was captured
@@ -103,5 +110,10 @@ class SyncMx {
 // clipping to +-32767 (never -32768).
 int16_t mixSample(int16_t microphone, int16_t accompaniment, int32_t microphoneGain,
                   int32_t accompanimentGain);
+
+// Mixes `length` bytes of voice samples into the accompaniment samples in
+// `destination`, sample by sample, the way every take is mixed.
+void mixVoiceInto(const uint8_t* voice, uint8_t* destination, uint32_t length,
+                  int32_t microphoneGain = kUnityGain, int32_t accompanimentGain = kUnityGain);
 
 }  // namespace tunebox

@@ -18,6 +18,8 @@ constexpr const char* kFolderKey = "PATH";
 constexpr const char* kCalibrationSection = "CALIBRATION";
 constexpr std::size_t kNumberBytes = 32;
 constexpr const char* kLastTakeSection = "LAST_TAKE";
+constexpr const char* kVoiceFileSection = "VOICE_FILE";
+constexpr const char* kVoiceFileKey = "WRITE";
 // A whole path, not a picker's folder: as long as the system allows.
 constexpr std::size_t kTakePathBytes = 4096;
 constexpr int32_t kAbsent = -1;
@@ -108,6 +110,15 @@ std::string readLastTake() {
 
 void writeLastTake(const std::filesystem::path& take) {
     profileWriteString(settingsPath(), kLastTakeSection, kFolderKey, take.string());
+}
+
+// Only a stored 0 turns it off: a file from before the switch keeps it on.
+int readVoiceFileChoice() {
+    return profileReadInt(settingsPath(), kVoiceFileSection, kVoiceFileKey, kAbsent) != 0;
+}
+
+void writeVoiceFileChoice(int enabled) {
+    profileWriteString(settingsPath(), kVoiceFileSection, kVoiceFileKey, enabled == 1 ? "1" : "0");
 }
 
 int readDecoderChoice() {

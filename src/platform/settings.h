@@ -1,8 +1,8 @@
 #pragma once
 // The settings file "Tunebox.INI": the manual delay and its switch, the
-// calibration of each pair of devices, the last
-// folder of each file picker, the last take's file and the preferred MP3
-// decoder. It lives in
+// calibration of each pair of devices, the last folder of each file picker,
+// the last take's file, whether a take writes its voice file and the
+// preferred MP3 decoder. It lives in
 // $TUNEBOX_CONFIG_DIR, else $XDG_CONFIG_HOME/tunebox, else ~/.config/tunebox.
 // Nothing here reports a failure: a missing file reads as the defaults and a
 // write that fails is forgotten.
@@ -48,6 +48,11 @@ void writeFolder(FolderPicker picker, const std::filesystem::path& pickedFile);
 // can be found again at the next start; empty when none is remembered.
 std::string readLastTake();
 void writeLastTake(const std::filesystem::path& take);
+
+// 1 when a take also writes its voice alone beside it (the default), 0 when
+// not.
+int readVoiceFileChoice();
+void writeVoiceFileChoice(int enabled);
 
 // 1 when the built-in MPEG decoder is to be tried first, 0 for the codec
 // manager.

@@ -46,6 +46,14 @@ bool publishSizes(WaveWriter& writer) {
     return writer.flusher->failed() == 0;
 }
 
+bool writeTrailer(RiffFile& file, const TrailingChunk& trailer) {
+    ChunkInfo chunk;
+    chunk.id = trailer.id;
+    const auto size = static_cast<int64_t>(trailer.bytes.size());
+    return file.createChunk(chunk) == 1 && file.write(trailer.bytes.data(), size) == size &&
+           file.ascend(chunk) == 1;
+}
+
 }  // namespace
 
 void wavResetWriter(WaveWriter& writer) {
@@ -80,14 +88,17 @@ int wavWrite(WaveWriter& writer, const uint8_t* bytes, uint32_t count) {
     return 1;
 }
 
-int wavCloseFile(WaveWriter& writer) {
+int wavCloseFile(WaveWriter& writer, const TrailingChunk* trailer) {
     if (!writer.file) {
         return 0;
     }
     const bool flushed = writer.flusher->finish() == 1;
     writer.flusher.reset();
-    const bool finished =
-        writer.file->ascend(writer.subChunk) == 1 && writer.file->ascend(writer.riffChunk) == 1;
+    // The form is closed even when the trailer could not be written, so that
+    // the audio stays readable.
+    const bool dataFinished = writer.file->ascend(writer.subChunk) == 1;
+    const bool noted = dataFinished && (trailer == nullptr || writeTrailer(*writer.file, *trailer));
+    const bool finished = dataFinished && writer.file->ascend(writer.riffChunk) == 1 && noted;
     const bool closed = writer.file->close() == 1;
     writer.file.reset();
     return flushed && finished && closed ? 1 : 0;

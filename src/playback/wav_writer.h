@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "core/wave_format.h"
 #include "platform/background_flusher.h"
@@ -45,8 +46,17 @@ int wavCreateFile(const std::string& path, WaveWriter& writer);
 // or an earlier flush to the disk failed.
 int wavWrite(WaveWriter& writer, const uint8_t* bytes, uint32_t count);
 
-// Writes both sizes into the header and closes the file. Returns 1, or 0 when
-// the file could not be finished or a flush to the disk failed.
-int wavCloseFile(WaveWriter& writer);
+// A chunk written after the audio when the file is closed: notes about the
+// recording that are only complete at its end. Readers that look for "data"
+// pass over it.
+struct TrailingChunk {
+    uint32_t id = 0;
+    std::vector<uint8_t> bytes;
+};
+
+// Writes both sizes into the header, appends `trailer` when given, and closes
+// the file. Returns 1, or 0 when the file could not be finished or a flush to
+// the disk failed.
+int wavCloseFile(WaveWriter& writer, const TrailingChunk* trailer = nullptr);
 
 }  // namespace tunebox

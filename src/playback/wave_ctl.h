@@ -69,6 +69,13 @@ class WaveCtl {
     // 1 pauses a playing player (timer and device), 0 resumes a paused one.
     void wavPause(int pause);
 
+    // For a player with no device (a take mixed again from its files): drops
+    // what the ring holds, as if it had been played, and fills the next block
+    // exactly as a tick of a playing device would, showing it to the
+    // observer. Returns 1 when a block was filled, 0 when the ring could not
+    // take one.
+    int wavRenderNext();
+
     // Full stop: device, timer, source, buffers and effect state.
     void wavStop();
 
@@ -137,6 +144,7 @@ class WaveCtl {
     // Returns 1 when anything was tried, 0 when nothing could be.
     int prefill();
     int fillOne();
+    int fillNext();
     void releaseResources();
     void resetBlock();
     void allocateBuffers();

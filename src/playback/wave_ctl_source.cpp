@@ -100,7 +100,20 @@ int WaveCtl::prefill() {
 
 int WaveCtl::fillOne() {
     std::lock_guard guard(lock_);
-    if (!device_ || !slotFree()) {
+    return device_ ? fillNext() : 0;
+}
+
+int WaveCtl::wavRenderNext() {
+    std::lock_guard guard(lock_);
+    if (device_ || bufferCount_ == 0) {
+        return 0;
+    }
+    readIndex_ = writeIndex_;
+    return fillNext();
+}
+
+int WaveCtl::fillNext() {
+    if (!slotFree()) {
         return 0;
     }
     uint32_t sourceEnded = 0;

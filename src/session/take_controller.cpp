@@ -6,14 +6,11 @@
 #include "core/playback_clock.h"
 #include "core/wave_format.h"
 #include "playback/wav_length.h"
+#include "session/accompaniment_player.h"
 #include "session/position_time.h"
 
 namespace tunebox {
 namespace {
-
-// Three reads of 13 sectors fill one engine block.
-constexpr uint8_t kSectorsPerRead = 13;
-static_assert(kEngineBlockBytes == 3 * kSectorsPerRead * kSectorBytes);
 
 TakeButton playButton(TakePlayer player) {
     return player == TakePlayer::kAccompaniment ? TakeButton::kAccompanimentPlay
@@ -73,9 +70,8 @@ PlayStart TakeController::playAccompaniment(const std::optional<TrackEntry>& tra
         return PlayStart::kStarted;
     }
     listener_.showFace(TakeButton::kAccompanimentPlay, true);
-    accompanimentPlayer_.wavSetGeometry(kEngineBlockCount, kSectorsPerRead);
     allocateMixBuf(accompanimentPlayer_.mixBuf(), kEngineBlockBytes, kEngineBlockCount);
-    applyPreset(accompanimentPlayer_, *track);
+    setUpAccompanimentPlayer(accompanimentPlayer_, *track);
     accompaniment_.length = track->length;
     if (accompanimentPlayer_.wavOpenFile(track->path, accompaniment_.position,
                                          accompaniment_.length) == 0) {
@@ -145,8 +141,9 @@ void TakeController::playRecorded() {
     }
     listener_.showFace(TakeButton::kRecordedPlay, true);
     applyPreset(recordedPlayer_, TrackEntry{});
-    wavGetLength(outputFile_, recorded_.length);
-    if (recordedPlayer_.wavOpenFile(outputFile_, recorded_.position, recorded_.length) == 0) {
+    const std::string& file = auditionFile_.empty() ? outputFile_ : auditionFile_;
+    wavGetLength(file, recorded_.length);
+    if (recordedPlayer_.wavOpenFile(file, recorded_.position, recorded_.length) == 0) {
         stopPlayer(TakePlayer::kRecorded);
         return;
     }

@@ -45,6 +45,8 @@ struct RecordRequest {
     std::optional<TrackEntry> track;
     int32_t manualFlag = 0;
     int32_t manualDelay = 0;  // bytes
+    // Also write the voice alone beside a take over a track (voiceFilePath).
+    bool voiceFile = true;
 };
 
 // How a REC went: whether capture runs, and how the accompaniment started
@@ -77,6 +79,9 @@ class TakeController {
     void setOutputFile(const std::string& path);
     // How both players open their files from the next PLAY on.
     void setSourceOptions(const SourceOptions& options);
+    // The file the recorder group's PLAY auditions instead of the take (the
+    // take mixed again with a nudge); empty auditions the take.
+    void setAuditionFile(const std::string& path) { auditionFile_ = path; }
     void playRecorded();
     void pauseRecorded() { togglePause(TakePlayer::kRecorded); }
     void stopRecorder();
@@ -113,6 +118,7 @@ class TakeController {
     void applyCalibration(const RecordRequest& request, RecStart& result);
     void handToMixer();
     uint64_t roomFor(const RecordRequest& request) const;
+    void chooseVoiceFile(const RecordRequest& request);
     void refresh(TakePlayer player);
     void refreshAccompaniment();
     void refreshRecordedTrackbar();
@@ -129,6 +135,7 @@ class TakeController {
     PlayerStatus accompaniment_;
     PlayerStatus recorded_;
     std::string outputFile_;
+    std::string auditionFile_;
     // Where the accompaniment's current run started, in bytes.
     uint32_t accompanimentRunStart_ = 0;
     // The delay the mixer lined the take up with, for the read-out.

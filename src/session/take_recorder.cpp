@@ -2,9 +2,11 @@
 // recorder group's STOP.
 
 #include <algorithm>
+#include <filesystem>
 
 #include "core/wave_format.h"
 #include "session/take_controller.h"
+#include "session/voice_file.h"
 
 namespace tunebox {
 namespace {
@@ -20,13 +22,29 @@ void TakeController::setOutputFile(const std::string& path) {
 }
 
 // The take lasts as long as the accompaniment plays from its start point;
-// an accompaniment of unknown length counts as the voice alone.
+// an accompaniment of unknown length counts as the voice alone. The voice
+// file beside it is as long again.
 uint64_t TakeController::roomFor(const RecordRequest& request) const {
     if (!request.track || request.track->length == 0) {
         return takeRoomBytes(std::nullopt);
     }
     const uint32_t length = request.track->length;
-    return takeRoomBytes(length - std::min(accompaniment_.position, length));
+    const uint64_t take = takeRoomBytes(length - std::min(accompaniment_.position, length));
+    return request.voiceFile ? 2 * take : take;
+}
+
+// The note names the track by its absolute path, so that the take can be
+// mixed again from any folder.
+void TakeController::chooseVoiceFile(const RecordRequest& request) {
+    if (!request.track || !request.voiceFile) {
+        capture_.setVoiceFile({}, {});
+        return;
+    }
+    std::error_code error;
+    const std::filesystem::path track = std::filesystem::absolute(request.track->path, error);
+    capture_.setVoiceFile(voiceFilePath(outputFile_),
+                          {error ? request.track->path : track.string(), accompaniment_.position,
+                           request.track->length});
 }
 
 RecStart TakeController::rec(const RecordRequest& request) {
@@ -50,6 +68,7 @@ RecStart TakeController::rec(const RecordRequest& request) {
     }
     applyCalibration(request, result);
     MixingWaveCtl* source = request.track ? &accompanimentPlayer_ : nullptr;
+    chooseVoiceFile(request);
     if (capture_.startRecording(kNativeFormat, kEngineBlockBytes, kEngineBlockCount, source,
                                 request.manualFlag, request.manualDelay) != 1) {
         result.refusalKind = RecRefusal::kCaptureFailed;

@@ -3,6 +3,7 @@
 // of a take a fault cut short, through the simulated sound card.
 
 #include <QElapsedTimer>
+#include <QSpinBox>
 #include <QTreeWidget>
 #include <algorithm>
 #include <iostream>
@@ -11,6 +12,7 @@
 #include "gui/session_fixture.h"
 #include "platform/settings.h"
 #include "support/file_size_limit.h"
+#include "support/test_files.h"
 
 namespace tunebox::test {
 namespace {
@@ -93,6 +95,32 @@ TEST_F(MainDialogSessionTest, ATakeLightsTheFacesAndTheMeterUntilTheSongEnds) {
     EXPECT_TRUE(control(kRecordedPlay)->isEnabled());
     EXPECT_FALSE(meterLit()) << "the meter is cleared when capture stops";
     EXPECT_EQ(label(kDelayReadout), "4400");
+}
+
+// The nudge beside the audition player: PLAY hears the take mixed again,
+// 補正保存 writes it into the take, and saving a nudge of 0 brings back the
+// take as it was sung, byte for byte.
+TEST_F(MainDialogSessionTest, TheNudgeIsHeardOnPlayAndSavedOnRequest) {
+    start(3, 8);
+    click(kRecord);
+    ASSERT_TRUE(waitFor([&] { return !controller().captureActive(); }));
+    const auto sung = readBytes(take_);
+    auto* nudge = control<QSpinBox>(kNudgeSpin);
+    nudge->setValue(25);
+    click(kRecordedPlay);
+    EXPECT_EQ(dialog_->recordedStatus().state, kPlaying);
+    EXPECT_EQ(dialog_->recordedStatus().length + 44, sung.size());
+    click(kRecorderStop);
+    EXPECT_EQ(readBytes(take_), sung) << "auditioning leaves the take alone";
+
+    click(kNudgeSave);
+    EXPECT_NE(readBytes(take_), sung);
+    EXPECT_EQ(readBytes(take_).size(), sung.size());
+    nudge->setValue(0);
+    click(kNudgeSave);
+    EXPECT_EQ(readBytes(take_), sung);
+    EXPECT_TRUE(
+        desktop_.messages.last().startsWith(QStringLiteral("ｽﾞﾚ補正|録音ﾌｧｲﾙに保存しました")));
 }
 
 TEST_F(MainDialogSessionTest, AFullDiskSaysOnceThatTheTakeWasKept) {

@@ -74,6 +74,32 @@ TEST_F(TakeSafetyTest, ThePickersQuestionCountsOnceForItsName) {
     EXPECT_FALSE(controller().captureActive());
 }
 
+// The take and its voice file go together: one question names both, and with
+// the voice file switched off it is neither asked about nor touched.
+TEST_F(TakeSafetyTest, OneQuestionCoversTheTakeAndItsVoiceFile) {
+    start(20, 4);
+    const std::string voice = (configDir() / "take.voice.wav").string();
+    const Bytes precious = nativeWave(counting(4000));
+    writeFile(take_, precious);
+    writeFile(voice, precious);
+    desktop_.yesAnswer = true;
+    recordBriefly();
+    ASSERT_EQ(desktop_.questions.size(), 1);
+    EXPECT_TRUE(desktop_.questions.first().contains(QString::fromStdString(take_)));
+    EXPECT_TRUE(desktop_.questions.first().contains(QString::fromStdString(voice)));
+    EXPECT_TRUE(finishedTake(voice));
+    EXPECT_NE(readBytes(voice), precious);
+
+    std::filesystem::remove(take_);
+    writeFile(voice, precious);
+    click(kVoiceFileCheck);
+    recordBriefly();
+    EXPECT_EQ(desktop_.questions.size(), 1);
+    EXPECT_EQ(readBytes(voice), precious);
+    dialog_.reset();
+    EXPECT_EQ(readVoiceFileChoice(), 0) << "the switch is kept for the next start";
+}
+
 // Each refusal is one message box, and nothing starts.
 TEST_F(TakeSafetyTest, ARefusedRecSaysWhyAndStartsNothing) {
     const std::pair<std::string, QString> cases[] = {

@@ -85,7 +85,8 @@ TEST_F(RecRefusedTest, AReadOnlyFolderAndAFullDiskStartNothing) {
     ASSERT_EQ(controller().toggleMonitor(0), 1);
     expectRefused(dir_ / "ro" / "take.wav", RecRefusal::kFolderNotWritable);
     const RecStart full = expectRefused(dir_ / "small" / "take.wav", RecRefusal::kNoRoom);
-    EXPECT_NE(full.refusal.find("needs 12 MB free, 4 MB left"), std::string::npos) << full.refusal;
+    // The take and its voice file, each with a minute to spare.
+    EXPECT_NE(full.refusal.find("needs 23 MB free, 4 MB left"), std::string::npos) << full.refusal;
 }
 
 TEST_F(RecRefusedTest, AMicrophoneThatWillNotOpenIsSaid) {
@@ -95,6 +96,15 @@ TEST_F(RecRefusedTest, AMicrophoneThatWillNotOpenIsSaid) {
     EXPECT_EQ(started.refusalKind, RecRefusal::kCaptureFailed);
     EXPECT_FALSE(started.refusal.empty());
     EXPECT_EQ(started.refusal, controller().capture().lastError());
+}
+
+TEST_F(RecRefusedTest, AVoiceFileThatCannotBeCreatedStartsNothing) {
+    startAudio(1);
+    std::filesystem::create_directory(dir_ / "take.voice.wav");
+    const RecStart started = controller().rec({song(5), 0, 0});
+    EXPECT_FALSE(started.capturing);
+    EXPECT_EQ(started.refusal, (dir_ / "take.voice.wav").string() + ": cannot be created");
+    EXPECT_EQ(controller().accompaniment().state, kIdle);
 }
 
 }  // namespace

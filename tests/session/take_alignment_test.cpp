@@ -1,11 +1,19 @@
 // Whole takes through the virtual devices: a known accompaniment, a known
-// voice, exact latencies and no echo, so every sample of the take is known.
+// voice, exact latencies and no echo, so every sample of the take, and of the
+// voice file beside it, is known.
+#include <filesystem>
+
+#include "capture/accompaniment_note.h"
 #include "capture/sync_mx.h"
 #include "platform/settings.h"
+#include "playback/wav_repair.h"
 #include "session/demo_tune.h"
 #include "session/synthetic_voice.h"
 #include "session/take_harness.h"
+#include "session/take_remix.h"
+#include "session/voice_file.h"
 #include "support/scoped_environment.h"
+#include "support/small_mount.h"
 #include "support/temp_dir.h"
 #include "support/test_files.h"
 
@@ -35,16 +43,47 @@ class TakeAlignmentTest : public TakeTest {
         ASSERT_TRUE(controller().rec(request).capturing);
         audio_->setClockStalled(false);
     }
+    // The take mixed again into `output` with the voice moved by `nudge`
+    // frames; empty when it was.
+    std::string remix(const std::string& output, int32_t nudge = 0) {
+        return remixTake({.take = take_, .output = output, .nudge = nudge, .options = {}});
+    }
+
     // Stops as soon as the accompaniment has played out.
     void runToTheEnd() {
         ASSERT_TRUE(runUntil([&] { return controller().accompanimentPlayer().wavIsStopped(); }));
         controller().stopRecorder();
     }
 
-    std::vector<int16_t> takeSamples() {
-        const auto bytes = readBytes(take_);
+    static std::vector<int16_t> samplesOf(const std::string& path) {
+        const auto bytes = readBytes(path);
         EXPECT_GT(bytes.size(), kWavHeaderBytes);
         return toSamples({bytes.begin() + kWavHeaderBytes, bytes.end()});
+    }
+    std::vector<int16_t> takeSamples() { return samplesOf(take_); }
+
+    // The voice file holds the voice exactly as the take mixed it, sample for
+    // sample and as long, and names the accompaniment it went over.
+    void expectVoiceFileLinedUp(std::ptrdiff_t voiceLag) {
+        const std::string voicePath = voiceFilePath(take_);
+        const auto take = takeSamples();
+        const auto bytes = readBytes(voicePath);
+        const std::vector<int16_t> voice = toSamples(
+            {bytes.begin() + kWavHeaderBytes,
+             bytes.begin() + static_cast<std::ptrdiff_t>(kWavHeaderBytes + take.size() * 2)});
+        std::size_t wrong = 0;
+        for (std::size_t k = 0; k < voice.size(); ++k) {
+            const auto sung = static_cast<std::ptrdiff_t>(k) - voiceLag;
+            wrong += voice[k] != (sung >= 0 ? voice_[static_cast<std::size_t>(sung)] : 0) ? 1 : 0;
+        }
+        EXPECT_EQ(wrong, 0u);
+        uint32_t length = 0;
+        ASSERT_EQ(wavGetLength(voicePath, length), 1);
+        EXPECT_EQ(length, take.size() * 2);
+        const auto note = readAccompanimentNote(voicePath);
+        ASSERT_TRUE(note);
+        EXPECT_EQ(note->path, std::filesystem::absolute(song_).string());
+        EXPECT_EQ(note->length, track_.length);
     }
 
     // Every sample of the take is the clipped sum of the accompaniment and
@@ -83,6 +122,7 @@ TEST_F(TakeAlignmentTest, MeasuredDelayAlignsEverySample) {
     const SyncMx& mixer = controller().capture().syncMx();
     EXPECT_GE(mixer.alignedDelay(), static_cast<int32_t>(kOutputLatency));
     expectSampleExactTake();
+    expectVoiceFileLinedUp(0);
 }
 
 // A calibration saved for these devices moves every voice sample by what it
@@ -121,6 +161,85 @@ TEST_F(TakeAlignmentTest, NegativeManualDelayDelaysTheVoiceBehindSilence) {
     runToTheEnd();
     EXPECT_EQ(controller().capture().syncMx().alignedDelay(), kTyped);
     expectSampleExactTake((kOutputLatency - kTyped) / 2);
+    expectVoiceFileLinedUp((kOutputLatency - kTyped) / 2);
+}
+
+// The voice file on a disk that fills up half-way: the take goes on to the
+// song's end untouched, and the voice file keeps what fitted, finished.
+TEST_F(TakeAlignmentTest, AVoiceFileThatRunsOutOfRoomKeepsTheWholeTake) {
+    const SmallMount small(dir_.path() / "small", "size=512k");
+    if (!small.mounted()) {
+        GTEST_SKIP() << "mounting a tmpfs needs privileges this run lacks";
+    }
+    const auto voicePath = dir_.path() / "small" / "voice.wav";
+    std::filesystem::create_symlink(voicePath, voiceFilePath(take_));
+    recAtOneInstant({track_, 1, kOutputLatency});
+    runToTheEnd();
+    expectSampleExactTake();
+    const CRecWav& capture = controller().capture();
+    EXPECT_EQ(capture.fault(), CaptureFault::kNone);
+    EXPECT_NE(capture.voiceFileError().find("could not be written"), std::string::npos);
+    EXPECT_EQ(inspectWav(voicePath.string()).condition, WavCondition::kFinished);
+    const auto kept = samplesOf(voicePath.string());
+    ASSERT_GT(kept.size(), 0u);
+    EXPECT_TRUE(std::equal(kept.begin(), kept.end(), voice_.begin())) << "a clean prefix";
+}
+
+TEST_F(TakeAlignmentTest, WithoutTheVoiceFileOnlyTheTakeIsWritten) {
+    RecordRequest request{track_, 1, kOutputLatency};
+    request.voiceFile = false;
+    recAtOneInstant(request);
+    runToTheEnd();
+    expectSampleExactTake();
+    EXPECT_FALSE(std::filesystem::exists(voiceFilePath(take_)));
+}
+
+// A take started a second into the song, mixed again from its files: with no
+// nudge it is the take byte for byte; a nudge of 10 ms moves the voice 441
+// frames later and nothing else, and -10 ms as far earlier.
+TEST_F(TakeAlignmentTest, ARemixWithoutNudgeIsTheTakeAndANudgeMovesOnlyTheVoice) {
+    controller().setAccompanimentStart(kNativeBytesPerSecond + 4 * 17);
+    recAtOneInstant({track_, 1, kOutputLatency});
+    runToTheEnd();
+    const std::string same = (dir_.path() / "same.wav").string();
+    ASSERT_EQ(remix(same), "");
+    EXPECT_EQ(readBytes(same), readBytes(take_));
+
+    const auto unmoved = samplesOf(same);
+    // The audio only: the accompaniment's note follows it.
+    auto voice = samplesOf(voiceFilePath(take_));
+    voice.resize(unmoved.size());
+    for (const int32_t milliseconds : {10, -10}) {
+        SCOPED_TRACE(milliseconds);
+        const std::string moved = (dir_.path() / "moved.wav").string();
+        ASSERT_EQ(remix(moved, nudgeFrames(milliseconds)), "");
+        const auto nudged = samplesOf(moved);
+        ASSERT_EQ(nudged.size(), unmoved.size());
+        const std::ptrdiff_t shift = 2 * 441 * milliseconds / 10;
+        std::size_t wrong = 0;
+        for (std::size_t k = 0; k < nudged.size(); ++k) {
+            const auto from = static_cast<std::ptrdiff_t>(k) - shift;
+            const int was = from >= 0 && from < static_cast<std::ptrdiff_t>(voice.size())
+                                ? voice[static_cast<std::size_t>(from)]
+                                : 0;
+            // Clipped sums tell nothing about what went into them.
+            if (std::abs(nudged[k]) < 32767 && std::abs(unmoved[k]) < 32767) {
+                wrong += nudged[k] - unmoved[k] != was - voice[k] ? 1 : 0;
+            }
+        }
+        EXPECT_EQ(wrong, 0u);
+    }
+}
+
+TEST_F(TakeAlignmentTest, ARemixRefusesAChangedAccompanimentAndAMissingVoiceFile) {
+    recAtOneInstant({track_, 1, kOutputLatency});
+    runToTheEnd();
+    const auto before = readBytes(take_);
+    writeNativeWav(song_, {accompaniment_.begin(), accompaniment_.end() - 2});
+    EXPECT_NE(remix(take_).find("has changed since the take"), std::string::npos);
+    std::filesystem::remove(voiceFilePath(take_));
+    EXPECT_NE(remix(take_).find("no voice file"), std::string::npos);
+    EXPECT_EQ(readBytes(take_), before);
 }
 
 // STOP in the middle of the song and of a capture buffer: the take ends on

@@ -5,6 +5,7 @@
 #include "app/cli/commands.h"
 #include "app/cli/input_checks.h"
 #include "app/cli/source_settings.h"
+#include "capture/accompaniment_note.h"
 #include "playback/source_opener.h"
 #include "playback/wav_length.h"
 #include "playback/wav_repair.h"
@@ -69,6 +70,10 @@ void printSource(const std::string& path, const AudioSource& source) {
               << "length: " << length << " bytes, " << formatSectorTime(length) << "\n";
     if (description.mp3) {
         printMp3(description, *description.mp3);
+    }
+    if (const auto note = readAccompanimentNote(path)) {
+        std::cout << "voice of a take over: " << note->path << ", from byte " << note->start
+                  << " of " << note->length << "\n";
     }
 }
 

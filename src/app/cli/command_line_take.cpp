@@ -3,6 +3,7 @@
 #include "app/cli/input_checks.h"
 #include "app/cli/overwrite_option.h"
 #include "app/cli/source_settings.h"
+#include "session/voice_file.h"
 
 namespace tunebox::cli {
 
@@ -24,6 +25,13 @@ int CommandLineTake::rec(const RecordingOptions& options) {
     }
     if (const auto problem = overwriteRefusal(options.output, options.overwrite)) {
         return failed(options.output + ": " + *problem);
+    }
+    request.voiceFile = options.voiceFile;
+    if (request.track && request.voiceFile) {
+        const std::string voice = voiceFilePath(options.output);
+        if (const auto problem = overwriteRefusal(voice, options.overwrite)) {
+            return failed(voice + ": " + *problem);
+        }
     }
     request.manualFlag = options.manualFlag;
     request.manualDelay = options.manualDelay;

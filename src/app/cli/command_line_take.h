@@ -21,6 +21,7 @@ struct RecordingOptions {
     int32_t echo = 1;
     uint32_t startBytes = 0;  // where the accompaniment starts
     bool overwrite = false;   // an existing output may be replaced
+    bool voiceFile = true;    // the voice alone beside a take over a track
 };
 
 class CommandLineTake final : private TakeListener {

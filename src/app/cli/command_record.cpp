@@ -22,6 +22,7 @@ struct RecordArguments {
     bool noEcho = false;
     double startSeconds = 0.0;
     bool overwrite = false;
+    bool noVoiceFile = false;
 };
 
 RecordingOptions optionsFrom(const RecordArguments& arguments) {
@@ -30,6 +31,7 @@ RecordingOptions optionsFrom(const RecordArguments& arguments) {
     options.output = arguments.output;
     options.echo = arguments.noEcho ? 0 : 1;
     options.overwrite = arguments.overwrite;
+    options.voiceFile = !arguments.noVoiceFile && readVoiceFileChoice() == 1;
     options.startBytes =
         static_cast<uint32_t>(std::llround(arguments.startSeconds * kNativeSampleRate)) *
         kNativeFrameBytes;
@@ -65,6 +67,10 @@ int record(const RecordArguments& arguments) {
         }
         std::cout << ", " << lostCaptureBlocks() << " capture blocks lost\n";
     }
+    // A take cut short by a fault has said so, and its voice file stopped with it.
+    if (!take.capture().voiceFileError().empty() && take.capture().fault() == CaptureFault::kNone) {
+        std::cerr << "tunebox: " << take.capture().voiceFileError() << '\n';
+    }
     return status;
 }
 
@@ -81,6 +87,8 @@ void registerRecordCommand(CLI::App& app, int& status) {
                         "Voice bytes to drop instead of the measured delay");
     command->add_flag("--no-echo", arguments->noEcho, "Record the voice without the echo");
     addStartOption(*command, arguments->startSeconds, "Where the accompaniment starts");
+    command->add_flag("--no-voice-file", arguments->noVoiceFile,
+                      "Do not write the voice alone beside the take (TAKE.voice.wav)");
     addOverwriteOption(*command, arguments->overwrite);
     command->callback([&status, arguments] { status = record(*arguments); });
 }

@@ -26,5 +26,6 @@ void registerMonitorCommand(CLI::App& app, int& status);
 void registerDemoCommand(CLI::App& app, int& status);
 void registerPlayCommand(CLI::App& app, int& status);
 void registerRepairCommand(CLI::App& app, int& status);
+void registerRemixCommand(CLI::App& app, int& status);
 
 }  // namespace tunebox::cli

@@ -36,6 +36,9 @@ enum ControlId : int {
     kPlaybackStartReadout = 1025,
     kMonitor = 1026,
     kMeterFrame = 1028,
+    kVoiceFileCheck = 1029,
+    kNudgeSpin = 1030,
+    kNudgeSave = 1031,
 };
 
 inline QString controlName(ControlId id) {

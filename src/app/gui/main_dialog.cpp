@@ -2,7 +2,10 @@
 
 #include <QAction>
 #include <QCheckBox>
+#include <QCoreApplication>
+#include <QDir>
 #include <QEvent>
+#include <QFile>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -11,6 +14,7 @@
 #include <QLinearGradient>
 #include <QPainter>
 #include <QRegularExpressionValidator>
+#include <QSpinBox>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 #include <tuple>
@@ -21,6 +25,7 @@
 #include "app/gui/level_meter.h"
 #include "platform/settings.h"
 #include "session/position_time.h"
+#include "session/take_remix.h"
 
 namespace tunebox::gui {
 namespace {
@@ -95,6 +100,8 @@ void MainDialog::createControls() {
     monitorButton_ = makeButton(kMonitor, QString(), QStringLiteral("ﾚﾍﾞﾙﾓﾆﾀｰ"));
     aboutButton_ = makeButton(kAboutButton, QStringLiteral("ﾊﾞｰｼﾞｮﾝ情報"), QString());
     helpButton_ = makeButton(kHelpButton, QStringLiteral("ﾍﾙﾌﾟ"), QString());
+    nudgeSave_ = makeButton(kNudgeSave, QStringLiteral("補正保存"),
+                            QStringLiteral("ｽﾞﾚ補正を録音ﾌｧｲﾙに保存します"));
 
     listView_ = named(new QTreeWidget(this), kTrackListView);
     listView_->setColumnCount(2);
@@ -121,6 +128,14 @@ void MainDialog::createControls() {
     echoCheck_ = named(new QCheckBox(QStringLiteral("エコー効果"), this), kEchoCheck);
     manualDelayCheck_ =
         named(new QCheckBox(QStringLiteral("手動遅れ設定"), this), kManualDelayCheck);
+    voiceFileCheck_ = named(new QCheckBox(QStringLiteral("ﾎﾞｰｶﾙ別保存"), this), kVoiceFileCheck);
+    voiceFileCheck_->setToolTip(
+        QStringLiteral("声だけのﾌｧｲﾙ(.voice.wav)も録音ﾌｧｲﾙの横に保存します"));
+    nudgeSpin_ = named(new QSpinBox(this), kNudgeSpin);
+    const auto largest = static_cast<int>(kLargestNudgeMs);
+    nudgeSpin_->setRange(-largest, largest);
+    nudgeSpin_->setSuffix(QStringLiteral(" ms"));
+    nudgeSpin_->setToolTip(QStringLiteral("声を遅らせる(+)・早める(-)。試聴に反映されます"));
     manualDelayEdit_ = named(new QLineEdit(this), kManualDelayEdit);
     manualDelayEdit_->setValidator(new QRegularExpressionValidator(
         QRegularExpression(QStringLiteral("[0-9]*")), manualDelayEdit_));
@@ -151,7 +166,9 @@ void MainDialog::createControls() {
     connect(recordedPick_, &QPushButton::clicked, this, &MainDialog::pickRecorded);
     connect(recordedNameEdit_, &QLineEdit::textChanged, this, &MainDialog::recordedNameChanged);
     connect(recordButton_, &QPushButton::clicked, this, &MainDialog::record);
-    connect(recordedPlay_, &QPushButton::clicked, this, [this] { controller_.playRecorded(); });
+    connect(recordedPlay_, &QPushButton::clicked, this, &MainDialog::playRecorded);
+    connect(nudgeSave_, &QPushButton::clicked, this, &MainDialog::saveNudge);
+    connect(voiceFileCheck_, &QCheckBox::clicked, this, &MainDialog::readFromControls);
     connect(recorderStop_, &QPushButton::clicked, this, [this] { controller_.stopRecorder(); });
     connect(recordedPause_, &QPushButton::clicked, this, [this] { controller_.pauseRecorded(); });
     connect(monitorButton_, &QPushButton::clicked, this, &MainDialog::toggleMonitor);
@@ -223,6 +240,13 @@ void MainDialog::layOutControls() {
     recorderTransport->addSpacing(8);
     recorderTransport->addWidget(meter_, 1);
 
+    // Beside the audition player: PLAY hears the nudge, 補正保存 keeps it.
+    auto* nudge = new QHBoxLayout;
+    nudge->addStretch(1);
+    nudge->addWidget(staticText(QStringLiteral("ｽﾞﾚ補正："), this));
+    nudge->addWidget(nudgeSpin_);
+    nudge->addWidget(nudgeSave_);
+
     auto* sync = new QGridLayout;
     sync->addWidget(echoCheck_, 0, 0);
     sync->addWidget(manualDelayCheck_, 0, 1);
@@ -230,6 +254,7 @@ void MainDialog::layOutControls() {
     sync->addWidget(manualDelayEdit_, 0, 3);
     sync->addWidget(staticText(QStringLiteral("再生遅れ："), this), 1, 2, Qt::AlignRight);
     sync->addWidget(delayLabel_, 1, 3);
+    sync->addWidget(voiceFileCheck_, 2, 0);
     sync->addWidget(captureStartLabel_, 1, 0);
     sync->addWidget(playbackStartLabel_, 1, 1);
     sync->setColumnStretch(4, 1);
@@ -249,6 +274,7 @@ void MainDialog::layOutControls() {
     page->addLayout(recordedFile);
     page->addLayout(recorderTransport);
     page->addWidget(recordedTrackbar_);
+    page->addLayout(nudge);
     page->addSpacing(4);
     page->addLayout(sync);
     page->addLayout(links);
@@ -279,6 +305,9 @@ void MainDialog::initialiseMembers() {
     readSyncSettings(settings);
     manualDelayText_ = QString::fromStdString(settings.manualDelayText);
     manualDelayFlag_ = settings.manualDelayFlag;
+    voiceFileFlag_ = readVoiceFileChoice();
+    auditionFile_ = QDir::temp().filePath(
+        QStringLiteral("tunebox-audition-%1.wav").arg(QCoreApplication::applicationPid()));
     controller_.setSourceOptions(SourceOptions{readDecoderChoice() == 1});
     timeText_ = QString::fromStdString(formatPositionTime(controller_.accompaniment().position));
     pushToControls();
@@ -293,6 +322,7 @@ void MainDialog::pushToControls() {
     }
     echoCheck_->setChecked(echoFlag_ == 1);
     manualDelayCheck_->setChecked(manualDelayFlag_ == 1);
+    voiceFileCheck_->setChecked(voiceFileFlag_ == 1);
     delayLabel_->setText(delayReadout_);
     manualDelayEdit_->setText(manualDelayText_);
     captureStartLabel_->setText(captureStartText_);
@@ -304,6 +334,7 @@ void MainDialog::readFromControls() {
     recordedName_ = recordedNameEdit_->text();
     echoFlag_ = echoCheck_->isChecked() ? 1 : 0;
     manualDelayFlag_ = manualDelayCheck_->isChecked() ? 1 : 0;
+    voiceFileFlag_ = voiceFileCheck_->isChecked() ? 1 : 0;
     manualDelayText_ = manualDelayEdit_->text();
 }
 
@@ -336,6 +367,8 @@ void MainDialog::destroy() {
     settings.manualDelayText = manualDelayEdit_->text().toStdString();
     settings.manualDelayFlag = manualDelayCheck_->isChecked() ? 1 : 0;
     writeSyncSettings(settings);
+    writeVoiceFileChoice(voiceFileCheck_->isChecked() ? 1 : 0);
+    QFile::remove(auditionFile_);
 }
 
 }  // namespace tunebox::gui

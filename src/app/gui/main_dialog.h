@@ -16,6 +16,7 @@
 class QCheckBox;
 class QLabel;
 class QLineEdit;
+class QSpinBox;
 class QTreeWidget;
 
 namespace tunebox::gui {
@@ -68,6 +69,11 @@ class MainDialog : public QDialog, private TakeListener {
     void record();
     bool recordingCanStart() const;
     bool overwriteAgreed();
+    QStringList filesToReplace() const;
+    void playRecorded();
+    void saveNudge();
+    bool nudgeCanRun() const;
+    bool remixTo(const QString& output);
     void restoreLastTake();
     void offerRepair(const QString& path);
     void toggleMonitor();
@@ -112,6 +118,9 @@ class MainDialog : public QDialog, private TakeListener {
     QString playbackStartText_;
     int echoFlag_ = 1;
     int manualDelayFlag_ = 0;
+    int voiceFileFlag_ = 1;
+    // Where a nudged take is mixed for PLAY to audition it.
+    QString auditionFile_;
 
     QTimer karaokeTimer_;   // 101
     QTimer recordedTimer_;  // 102
@@ -138,6 +147,9 @@ class MainDialog : public QDialog, private TakeListener {
     QLabel* timeLabel_ = nullptr;
     QCheckBox* echoCheck_ = nullptr;
     QCheckBox* manualDelayCheck_ = nullptr;
+    QCheckBox* voiceFileCheck_ = nullptr;
+    QSpinBox* nudgeSpin_ = nullptr;
+    ImageButton* nudgeSave_ = nullptr;
     QLineEdit* manualDelayEdit_ = nullptr;
     QLabel* delayLabel_ = nullptr;
     QLabel* captureStartLabel_ = nullptr;

@@ -64,6 +64,7 @@ void MainDialog::record() {
     }
     request.manualFlag = manualDelayFlag_;
     request.manualDelay = parseDelayText(manualDelayText_.toStdString());
+    request.voiceFile = voiceFileFlag_ == 1;
     const RecStart started = controller_.rec(request);
     if (started.capturing) {
         overwriteAgreed_.clear();

@@ -61,6 +61,22 @@ void MainDialog::showStartPositions(uint32_t playback, uint32_t capture) {
 void MainDialog::recorderStopping(bool stopping) {
     recorderStop_->setEnabled(!stopping);
     recordedPlay_->setEnabled(!stopping);
+    // Only for a take that went on to its end: a take cut short by a fault
+    // has said so already, and its voice file stopped with it.
+    const CRecWav& capture = controller_.capture();
+    const std::string& voiceProblem = capture.voiceFileError();
+    if (!stopping && !voiceProblem.empty() && capture.fault() == CaptureFault::kNone) {
+        // Said once the take is finished, from the event loop, outside the stop.
+        QMetaObject::invokeMethod(
+            this,
+            [this, text = QString::fromStdString(voiceProblem)] {
+                services_.showNote(this, QStringLiteral("ﾎﾞｰｶﾙ別保存"),
+                                   QStringLiteral("声だけのﾌｧｲﾙは途中までです。録音ﾌｧｲﾙは"
+                                                  "最後まで保存しました。\n") +
+                                       text);
+            },
+            Qt::QueuedConnection);
+    }
 }
 
 }  // namespace tunebox::gui

@@ -9,6 +9,7 @@
 #include "app/gui/main_dialog.h"
 #include "platform/settings.h"
 #include "playback/wav_repair.h"
+#include "session/voice_file.h"
 
 namespace tunebox::gui {
 namespace {
@@ -23,13 +24,31 @@ bool MainDialog::recordingCanStart() const {
     return playersIdle() && (!controller_.captureActive() || monitorOn() == 1);
 }
 
+// The take and, for a take over an accompaniment, its voice file: each one
+// that exists and that the save picker has not already asked about.
+QStringList MainDialog::filesToReplace() const {
+    QStringList existing;
+    if (QFileInfo(recordedName_).isFile() && recordedName_ != overwriteAgreed_) {
+        existing << recordedName_;
+    }
+    if (voiceFileFlag_ == 1 && !karaokeName_.isEmpty()) {
+        const QString voice = QString::fromStdString(voiceFilePath(recordedName_.toStdString()));
+        if (QFileInfo(voice).isFile()) {
+            existing << voice;
+        }
+    }
+    return existing;
+}
+
+// One question covers both files: the take and its voice belong together.
 bool MainDialog::overwriteAgreed() {
-    if (!QFileInfo(recordedName_).isFile() || recordedName_ == overwriteAgreed_) {
+    const QStringList existing = filesToReplace();
+    if (existing.isEmpty()) {
         return true;
     }
     return services_.askYesNo(
         this, QStringLiteral("録音ﾌｧｲﾙの上書き"),
-        recordedName_ + QStringLiteral("\nは既にあります。上書きして録音しますか?"));
+        existing.join('\n') + QStringLiteral("\nは既にあります。上書きして録音しますか?"));
 }
 
 // The file of the last take is named again at start, and offered for repair

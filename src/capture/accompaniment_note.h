@@ -1,0 +1,37 @@
+#pragma once
+// Which accompaniment a take was sung over, kept in a chunk of its own at the
+// end of the take's voice file, so that the voice can be mixed with it again
+// later (a take that came out early or late is moved, not sung again).
+//
+// The chunk holds text: "start=N\nlength=N\npath=" and the path's bytes to
+// the end of the chunk, so a path may hold any byte. Players and sox pass
+// over a chunk they do not know.
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "platform/riff_file.h"
+#include "playback/wav_writer.h"
+
+namespace tunebox {
+
+inline constexpr uint32_t kAccompanimentNoteId = fourCc("tbac");
+
+struct AccompanimentNote {
+    std::string path;     // absolute
+    uint32_t start = 0;   // where it started playing, native-PCM bytes
+    uint32_t length = 0;  // its whole length, native-PCM bytes
+
+    bool operator==(const AccompanimentNote&) const = default;
+};
+
+TrailingChunk encodeAccompanimentNote(const AccompanimentNote& note);
+
+// Null when the text is not a note this program wrote.
+std::optional<AccompanimentNote> decodeAccompanimentNote(const std::string& text);
+
+// The note of a WAV file; null when it has none or cannot be read.
+std::optional<AccompanimentNote> readAccompanimentNote(const std::string& wavPath);
+
+}  // namespace tunebox

@@ -1,0 +1,14 @@
+#include "session/voice_file.h"
+
+#include <filesystem>
+
+namespace tunebox {
+
+std::string voiceFilePath(const std::string& take) {
+    std::filesystem::path path(take);
+    const std::string extension = path.has_extension() ? path.extension().string() : ".wav";
+    path.replace_extension(".voice" + extension);
+    return path.string();
+}
+
+}  // namespace tunebox
