@@ -47,30 +47,32 @@ int16_t clipToPcm16(float value) {
 
 }  // namespace
 
-void NarrowSynthesis::synthesize(const SubbandSamples& in, int subbands, int16_t* out, int stride) {
+void NarrowSynthesis::synthesize(const SubbandSamples& in, int subbands, int16_t* out, int stride,
+                                 int slots) {
     if (subbands == kMaxSubbands) {
-        synthesizeWidth<kMaxSubbands>(in, out, stride);
+        synthesizeWidth<kMaxSubbands>(in, out, stride, slots);
     } else {
-        synthesizeWidth<kMaxSubbands / 2>(in, out, stride);
+        synthesizeWidth<kMaxSubbands / 2>(in, out, stride, slots);
     }
 }
 
 template <int N>
-void NarrowSynthesis::synthesizeWidth(const SubbandSamples& in, int16_t* out, int stride) {
+void NarrowSynthesis::synthesizeWidth(const SubbandSamples& in, int16_t* out, int stride,
+                                      int slots) {
     static const std::vector<float> window = buildWindow(N);
     // The whole granule's slots through one fast DCT, a slot per lane.
     SlotRows x;
     for (int k = 0; k < N; ++k) {
-        for (int slot = 0; slot < kSlotsPerGranule; ++slot) {
+        for (int slot = 0; slot < slots; ++slot) {
             x[k][slot] = in[slot][k];
         }
-        std::fill(x[k].begin() + kSlotsPerGranule, x[k].end(), 0.0f);
+        std::fill(x[k].begin() + slots, x[k].end(), 0.0f);
     }
     dctNarrow(x.data(), N);
-    for (int slot = 0; slot < kSlotsPerGranule; ++slot) {
+    for (int slot = 0; slot < slots; ++slot) {
         matrix<N>(x, slot, history_[kHistorySlots + slot].data());
     }
-    for (int slot = 0; slot < kSlotsPerGranule; ++slot) {
+    for (int slot = 0; slot < slots; ++slot) {
         // Each window row of N taps pairs with one half of a V vector: the
         // first half of the vector `row` slots back for even rows, the
         // second half for odd ones. Outputs innermost, so the sums
@@ -87,7 +89,7 @@ void NarrowSynthesis::synthesizeWidth(const SubbandSamples& in, int16_t* out, in
             out[(slot * N + j) * stride] = clipToPcm16(sums[j]);
         }
     }
-    std::copy(history_.end() - kHistorySlots, history_.end(), history_.begin());
+    std::copy_n(history_.begin() + slots, kHistorySlots, history_.begin());
 }
 
 }  // namespace tunebox

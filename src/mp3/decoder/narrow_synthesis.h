@@ -17,15 +17,16 @@ class NarrowSynthesis {
   public:
     static constexpr int kMaxSubbands = 16;
 
-    // Writes 18 x `subbands` clipped 16-bit samples to out[0],
+    // Writes `slots` x `subbands` clipped 16-bit samples to out[0],
     // out[stride], ...; `subbands` is 16 or 8, the same on every call
-    // between resets.
-    void synthesize(const SubbandSamples& in, int subbands, int16_t* out, int stride);
+    // between resets, and `slots` at most 18 (12 for a Layer I frame).
+    void synthesize(const SubbandSamples& in, int subbands, int16_t* out, int stride,
+                    int slots = kSlotsPerGranule);
     void reset() { history_ = {}; }
 
   private:
     template <int N>
-    void synthesizeWidth(const SubbandSamples& in, int16_t* out, int stride);
+    void synthesizeWidth(const SubbandSamples& in, int16_t* out, int stride, int slots);
 
     // Earlier slots the window reaches back to.
     static constexpr int kHistorySlots = 15;

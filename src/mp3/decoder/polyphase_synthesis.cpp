@@ -89,18 +89,19 @@ void PolyphaseSynthesis::reset() {
     highHalf_ = {};
 }
 
-void PolyphaseSynthesis::synthesize(const SubbandSamples& subbands, int16_t* out, int stride) {
+void PolyphaseSynthesis::synthesize(const SubbandSamples& subbands, int16_t* out, int stride,
+                                    int slots) {
     std::array<DctLanes, 32> lanes;
     for (int k = 0; k < 32; ++k) {
-        for (int slot = 0; slot < kSlotsPerGranule; ++slot) {
+        for (int slot = 0; slot < slots; ++slot) {
             lanes[k][slot] = subbands[slot][k];
         }
-        std::fill(lanes[k].begin() + kSlotsPerGranule, lanes[k].end(), 0.0f);
+        std::fill(lanes[k].begin() + slots, lanes[k].end(), 0.0f);
     }
     dct32(lanes);
     store(lanes);
-    window(out, stride);
-    keepHistory();
+    window(out, stride, slots);
+    keepHistory(slots);
 }
 
 // The matrixing V[i] = sum of cos((16 + i)(2k + 1) pi / 64) S[k] is a
@@ -123,21 +124,23 @@ void PolyphaseSynthesis::store(const std::array<DctLanes, 32>& x) {
 // D[64i + j] and V[32 + j] of slot t - 2i - 1 times D[64i + 32 + j]. Run
 // for all slots of the granule at once, each reads a run of consecutive
 // slots from the history.
-void PolyphaseSynthesis::window(int16_t* out, int stride) const {
+void PolyphaseSynthesis::window(int16_t* out, int stride, int slots) const {
     for (int j = 0; j < 32; ++j) {
         const auto pcm =
             toPcm(windowedSums(&lowHalf_[j][kFirstSlot], &highHalf_[j][kFirstSlot - 1], j));
-        for (int slot = 0; slot < kSlotsPerGranule; ++slot) {
+        for (int slot = 0; slot < slots; ++slot) {
             out[(slot * 32 + j) * stride] = static_cast<int16_t>(pcm[slot]);
         }
     }
 }
 
-void PolyphaseSynthesis::keepHistory() {
-    constexpr int kKeptFrom = kFirstSlot + kSlotsPerGranule - kHistorySlots;
+// The slots past the run (a shorter run leaves some) are overwritten by
+// the next run's.
+void PolyphaseSynthesis::keepHistory(int slots) {
+    const int keptFrom = kFirstSlot + slots - kHistorySlots;
     for (SlotHistory* history : {&lowHalf_, &highHalf_}) {
         for (auto& row : *history) {
-            std::copy_n(row.begin() + kKeptFrom, kHistorySlots, row.begin());
+            std::copy_n(row.begin() + keptFrom, kHistorySlots, row.begin());
         }
     }
 }
