@@ -74,7 +74,8 @@ TEST_F(CommandDecodeTest, LayerOneAndTwoAccompanimentsDecodeAlikeThroughEitherDe
         SCOPED_TRACE(song);
         std::vector<int16_t> outputs[2];
         for (const int builtin : {0, 1}) {
-            const auto out = dir_ / (builtin ? "builtin.wav" : "system.wav");
+            const auto out = dir_ / (song.stem().string() + song.extension().string() +
+                                     (builtin ? ".builtin.wav" : ".system.wav"));
             const auto run = test::runTunebox(dir_, std::string("decode --decoder ") +
                                                         (builtin ? "builtin" : "system") + " '" +
                                                         song.string() + "' '" + out.string() + "'");
