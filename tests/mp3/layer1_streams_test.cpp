@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 
 #include "mp3/decoder/mpeg_audio_decoder.h"
@@ -18,6 +19,10 @@ struct Layer1Case {
     const char* name;
     test::Layer1StreamSpec spec;
 };
+
+void PrintTo(const Layer1Case& c, std::ostream* out) {
+    *out << c.name;
+}
 
 test::Layer1StreamSpec spec(bool mpeg1, uint32_t rateIndex, uint32_t bitRateIndex, uint32_t mode,
                             uint32_t extension = 0, bool protect = false) {
