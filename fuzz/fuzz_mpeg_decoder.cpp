@@ -1,4 +1,4 @@
-// Arbitrary bytes through the Layer II and III decoder, both as a byte stream and as
+// Arbitrary bytes through the Layer I, II and III decoder, both as a byte stream and as
 // one frame handed over whole, and through the tag-frame reader. The first
 // byte picks the set-up: rate reduction (3 is out of range and clamped),
 // output mode and frequency limit.

@@ -16,7 +16,8 @@ namespace tunebox {
 namespace {
 
 // The longest frame the decoder takes: Layer III in MPEG 2.5 at 160 kbit/s
-// and 8 kHz, with its padding slot (Layer II reaches 1,729 bytes).
+// and 8 kHz, with its padding slot (Layer II reaches 1,729 bytes, Layer I
+// 1,540).
 constexpr uint32_t kLongestFrameBytes = 2881;
 
 void logCount(const char* format, long value) {
@@ -56,8 +57,7 @@ uint32_t accumulate(BuiltinDecoderState& state, AcmStage& stage) {
 uint32_t streamFrameLength(const BuiltinDecoderState& state, uint32_t offset) {
     MpegHeader header;
     const uint32_t length = mpegWholeFrameLength(waiting(state).subspan(offset), header);
-    // The decoding proper takes only Layer II and III frames with a known
-    // bit rate.
+    // The decoding proper takes only frames with a known bit rate.
     const bool same = mpegDecodableLayer(header) && header.bitRate != 0 &&
                       mpegSameStream(state.streamHeader, header);
     return length >= 2 && same ? length : 0;

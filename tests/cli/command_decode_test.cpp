@@ -8,6 +8,8 @@
 #include <string>
 
 #include "support/command_runner.h"
+#include "support/layer1_stream_writer.h"
+#include "support/riff_bytes.h"
 #include "support/tool_fixture.h"
 
 namespace tunebox {
@@ -56,27 +58,38 @@ TEST_F(CommandDecodeTest, BuiltinRawOutputMatchesTheConformanceReference) {
     }
 }
 
-TEST_F(CommandDecodeTest, LayerTwoAccompanimentDecodesAlikeThroughEitherDecoder) {
+TEST_F(CommandDecodeTest, LayerOneAndTwoAccompanimentsDecodeAlikeThroughEitherDecoder) {
     const std::string wav =
         test::synthesise(dir_ / "song.wav", 48000, 2, "synth 2 sine 300-3000 pinknoise vol 0.5");
     const auto mp2 = dir_ / "song.mp2";
     test::runTool("ffmpeg -y -i '" + wav + "' -c:a mp2 -b:a 160k '" + mp2.string() + "'");
-    std::vector<int16_t> outputs[2];
-    for (const int builtin : {0, 1}) {
-        const auto out = dir_ / (builtin ? "builtin.wav" : "system.wav");
-        const auto run = test::runTunebox(dir_, std::string("decode --decoder ") +
-                                                    (builtin ? "builtin" : "system") + " '" +
-                                                    mp2.string() + "' '" + out.string() + "'");
-        ASSERT_EQ(run.status, 0) << run.err;
-        EXPECT_EQ(run.err.find("(built-in decoder)") != std::string::npos, builtin == 1);
-        outputs[builtin] = samplesOf(out);
+    test::Layer1StreamSpec joint;
+    joint.bitRateIndex = 12;
+    joint.channelMode = 1;
+    joint.modeExtension = 2;
+    joint.frames = 300;
+    const auto mp1 = dir_ / "song.mp1";
+    test::writeFile(mp1, test::layer1Stream(joint));
+    for (const auto& song : {mp2, mp1}) {
+        SCOPED_TRACE(song);
+        std::vector<int16_t> outputs[2];
+        for (const int builtin : {0, 1}) {
+            const auto out = dir_ / (song.stem().string() + song.extension().string() +
+                                     (builtin ? ".builtin.wav" : ".system.wav"));
+            const auto run = test::runTunebox(dir_, std::string("decode --decoder ") +
+                                                        (builtin ? "builtin" : "system") + " '" +
+                                                        song.string() + "' '" + out.string() + "'");
+            ASSERT_EQ(run.status, 0) << run.err;
+            EXPECT_EQ(run.err.find("(built-in decoder)") != std::string::npos, builtin == 1);
+            outputs[builtin] = samplesOf(out);
+        }
+        ASSERT_EQ(outputs[1].size(), outputs[0].size());
+        int worst = 0;
+        for (std::size_t i = 0; i < outputs[0].size(); ++i) {
+            worst = std::max(worst, std::abs(outputs[1][i] - outputs[0][i]));
+        }
+        EXPECT_LE(worst, 1);
     }
-    ASSERT_EQ(outputs[1].size(), outputs[0].size());
-    int worst = 0;
-    for (std::size_t i = 0; i < outputs[0].size(); ++i) {
-        worst = std::max(worst, std::abs(outputs[1][i] - outputs[0][i]));
-    }
-    EXPECT_LE(worst, 1);
 }
 
 TEST_F(CommandDecodeTest, NativeOutputIsStereo44100AndBadInputIsOneLine) {

@@ -54,7 +54,11 @@ TEST(DecodingSetup, FiguresFollowFromReductionModeAndLimit) {
 
     EXPECT_EQ(mpegSetUpDecoding(stereo44k, 1, 0, 0, 24000, setup), 0);
     EXPECT_EQ(mpegSetUpDecoding(headerOf(0xFB, 0x9C, 0x40), 417, 0, 0, 24000, setup), 0);
-    EXPECT_EQ(mpegSetUpDecoding(headerOf(0xFF, 0x90, 0x40), 417, 0, 0, 24000, setup), 0);
+
+    // Layer I: 384 >> reduction samples per frame.
+    ASSERT_EQ(mpegSetUpDecoding(headerOf(0xFF, 0x90, 0x40), 417, 2, 0, 24000, setup), 1);
+    EXPECT_EQ(setup.description.samplesPerFrame, 96u);
+    EXPECT_EQ(setup.description.pcmBytesPerFrame, 96u * 2 * 2);
 
     // Layer II: 1152 >> reduction samples per frame at every version.
     const MpegHeader layer2Lsf = headerOf(0xF5, 0x80, 0xC0);  // 22.05 kHz, one channel

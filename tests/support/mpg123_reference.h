@@ -1,7 +1,8 @@
 #pragma once
 // libmpg123 as the reference decoder: a whole MP3 byte stream to interleaved
 // 16-bit PCM at the stream's own rate, frame by frame from the first frame
-// (no gapless trimming), so its samples line up with a raw frame decode.
+// (no gapless trimming), so its samples line up with a raw frame decode;
+// `downSample` 1 or 2 asks for its half or quarter rate synthesis.
 
 #include <mpg123.h>
 
@@ -19,7 +20,7 @@ struct Mpg123Output {
     int channels = 0;
 };
 
-inline Mpg123Output decodeWithMpg123(std::span<const uint8_t> stream) {
+inline Mpg123Output decodeWithMpg123(std::span<const uint8_t> stream, int downSample = 0) {
     Mpg123Output output;
     int error = MPG123_OK;
     std::unique_ptr<mpg123_handle, decltype(&mpg123_delete)> handle(mpg123_new(nullptr, &error),
@@ -30,6 +31,7 @@ inline Mpg123Output decodeWithMpg123(std::span<const uint8_t> stream) {
     mpg123_handle* mh = handle.get();
     mpg123_param(mh, MPG123_REMOVE_FLAGS, MPG123_GAPLESS, 0.0);
     mpg123_param(mh, MPG123_ADD_FLAGS, MPG123_QUIET | MPG123_IGNORE_INFOFRAME, 0.0);
+    mpg123_param(mh, MPG123_DOWN_SAMPLE, downSample, 0.0);
     mpg123_format_none(mh);
     const long* rates = nullptr;
     std::size_t rateCount = 0;

@@ -42,7 +42,7 @@ struct DecodingSetup {
 
 // Sets up decoding of the stream whose first frame has `header`
 // and `frameLength` (below 2: there is no frame). Returns 1, or 0 for a
-// layer other than II or III or a reserved sampling frequency.
+// reserved layer or sampling frequency.
 int mpegSetUpDecoding(const MpegHeader& header, uint32_t frameLength, int reduction, int outputMode,
                       int frequencyLimit, DecodingSetup& setup);
 

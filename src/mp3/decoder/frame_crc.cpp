@@ -1,6 +1,20 @@
 #include "mp3/decoder/frame_crc.h"
 
 namespace tunebox {
+namespace {
+
+// Layer I: four allocation bits per subband and channel, one set for both
+// channels from the joint-stereo bound up; always whole bytes.
+std::size_t protectedBytes(const MpegHeader& header) {
+    if (header.layerField != kLayer1) {
+        return header.sideInfoBytes();
+    }
+    constexpr int kSubbands = 32;
+    const int sets = header.channels() == 1 ? kSubbands : kSubbands + header.jointStereoBound();
+    return static_cast<std::size_t>(sets * 4 / 8);
+}
+
+}  // namespace
 
 uint16_t crc16(std::span<const uint8_t> bytes, uint16_t crc) {
     constexpr uint16_t kGenerator = 0x8005;
@@ -18,14 +32,14 @@ bool frameCrcMatches(std::span<const uint8_t> frame, const MpegHeader& header) {
     if (!header.crcProtected()) {
         return true;
     }
-    const std::size_t sideStart = kFrameHeaderBytes + kCrcBytes;
-    if (frame.size() < sideStart + header.sideInfoBytes()) {
+    const std::size_t start = kFrameHeaderBytes + kCrcBytes;
+    const std::size_t count = protectedBytes(header);
+    if (frame.size() < start + count) {
         return false;
     }
     // The sync word and version fields are left out: the check starts at
     // the bit-rate byte.
-    const uint16_t crc =
-        crc16(frame.subspan(sideStart, header.sideInfoBytes()), crc16(frame.subspan(2, 2)));
+    const uint16_t crc = crc16(frame.subspan(start, count), crc16(frame.subspan(2, 2)));
     const auto stored = static_cast<uint16_t>(frame[4] << 8 | frame[5]);
     return crc == stored;
 }

@@ -1,5 +1,6 @@
 #pragma once
-// The CRC-16 that protects a Layer III frame's header and side information
+// The CRC-16 that protects a frame's header and what follows the check word
+// (a Layer III frame's side information, a Layer I frame's bit allocation)
 // when the header's protection bit asks for it.
 
 #include <cstdint>
@@ -13,9 +14,9 @@ namespace tunebox {
 // to all ones, most significant bit first, continuing from `crc`.
 uint16_t crc16(std::span<const uint8_t> bytes, uint16_t crc = 0xffff);
 
-// Whether a protected frame's check word matches its header bytes 2-3 and
-// side information. `frame` holds at least the header, check word and side
-// information. Frames without protection always match.
+// Whether a protected Layer I or III frame's check word matches its header
+// bytes 2-3 and the protected bytes after it; false when `frame` is too
+// short to hold them. Frames without protection always match.
 bool frameCrcMatches(std::span<const uint8_t> frame, const MpegHeader& header);
 
 }  // namespace tunebox

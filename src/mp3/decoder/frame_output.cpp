@@ -10,15 +10,13 @@ namespace {
 static_assert(std::endian::native == std::endian::little,
               "16-bit samples are copied out as the machine holds them");
 
-constexpr int kGranuleSamples = kSubbands * kSlotsPerGranule;
-
 template <int Reduction>
-void synthesizeChannel(ChannelSynthesis& synthesis, const SubbandSamples& in, int16_t* out,
-                       int stride) {
+void synthesizeChannel(ChannelSynthesis& synthesis, const SubbandSamples& in, int slots,
+                       int16_t* out, int stride) {
     if constexpr (Reduction == 0) {
-        synthesis.full.synthesize(in, out, stride);
+        synthesis.full.synthesize(in, out, stride, slots);
     } else {
-        synthesis.narrow.synthesize(in, kSubbands >> Reduction, out, stride);
+        synthesis.narrow.synthesize(in, kSubbands >> Reduction, out, stride, slots);
     }
 }
 
@@ -37,19 +35,20 @@ template <int Reduction, int Handling>
 void synthesizeGranule(const FrameOutput& frame, int granule, int16_t* pcm) {
     const auto& subbands = (*frame.subbands)[granule];
     auto& synthesis = *frame.synthesis;
+    const int slots = frame.slots;
     if constexpr (Handling == 1) {
-        synthesizeChannel<Reduction>(synthesis[0], subbands[0], pcm, 2);
-        synthesizeChannel<Reduction>(synthesis[1], subbands[1], pcm + 1, 2);
+        synthesizeChannel<Reduction>(synthesis[0], subbands[0], slots, pcm, 2);
+        synthesizeChannel<Reduction>(synthesis[1], subbands[1], slots, pcm + 1, 2);
     } else if constexpr (Handling == 2) {
         SubbandSamples mixed;
         mixDown(subbands[0], subbands[1], mixed);
-        synthesizeChannel<Reduction>(synthesis[0], mixed, pcm, 2);
-        for (int i = 0; i < (kGranuleSamples >> Reduction); ++i) {
+        synthesizeChannel<Reduction>(synthesis[0], mixed, slots, pcm, 2);
+        for (int i = 0; i < (slots * kSubbands >> Reduction); ++i) {
             pcm[2 * i + 1] = pcm[2 * i];
         }
     } else {
         constexpr int kChannel = Handling == 4 ? 1 : 0;
-        synthesizeChannel<Reduction>(synthesis[kChannel], subbands[kChannel], pcm, 1);
+        synthesizeChannel<Reduction>(synthesis[kChannel], subbands[kChannel], slots, pcm, 1);
     }
 }
 
@@ -66,16 +65,16 @@ void store(const int16_t* pcm, std::size_t count, uint8_t* out) {
 
 template <bool EightBit, int Reduction, int Handling>
 std::size_t writeFrame(const FrameOutput& frame) {
-    constexpr std::size_t kSamples =
-        static_cast<std::size_t>((kGranuleSamples >> Reduction) * synthesisedChannels(Handling) *
-                                 sampleMultiplier(Handling));
-    constexpr std::size_t kBytes = kSamples * (EightBit ? 1 : 2);
-    std::array<int16_t, kSamples> pcm;
+    constexpr int kSamplesPerSlot =
+        (kSubbands >> Reduction) * synthesisedChannels(Handling) * sampleMultiplier(Handling);
+    const auto samples = static_cast<std::size_t>(kSamplesPerSlot * frame.slots);
+    const std::size_t bytes = samples * (EightBit ? 1 : 2);
+    std::array<int16_t, kSamplesPerSlot * kSlotsPerGranule> pcm;
     for (int granule = 0; granule < frame.granules; ++granule) {
         synthesizeGranule<Reduction, Handling>(frame, granule, pcm.data());
-        store<EightBit>(pcm.data(), kSamples, frame.out.data() + granule * kBytes);
+        store<EightBit>(pcm.data(), samples, frame.out.data() + granule * bytes);
     }
-    return kBytes * static_cast<std::size_t>(frame.granules);
+    return bytes * static_cast<std::size_t>(frame.granules);
 }
 
 constexpr int kRoutinesPerFamily = (kMaxReduction + 1) * kChannelHandlings;

@@ -48,10 +48,11 @@ struct ChannelSynthesis {
 using FrameSubbands = std::array<std::array<SubbandSamples, 2>, 2>;
 
 struct FrameOutput {
-    int granules = 0;
+    int granules = 0;  // runs of `slots` time slots
     const FrameSubbands* subbands = nullptr;
     std::array<ChannelSynthesis, 2>* synthesis = nullptr;
-    std::span<uint8_t> out;  // big enough for the frame in the output format
+    std::span<uint8_t> out;        // big enough for the frame in the output format
+    int slots = kSlotsPerGranule;  // 12 for Layer I, up to 18
 };
 
 // Writes the frame and returns the number of bytes written.

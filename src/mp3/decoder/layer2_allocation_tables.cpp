@@ -2,11 +2,12 @@
 
 #include <array>
 #include <bit>
+#include <cstdint>
 
 namespace tunebox {
 namespace {
 
-constexpr Layer2Quantizer q(int levels) {
+constexpr SubbandQuantizer q(int levels) {
     switch (levels) {
         case 3:
             return {3, 5, true};
@@ -39,7 +40,7 @@ constexpr std::array kLowRateLowBands{q(3),    q(5),    q(7),    q(9),    q(15),
 constexpr std::array kLowRateMiddleBands{q(3), q(5), q(9), q(15), q(31), q(63), q(127)};
 constexpr std::array kLowRateUpperBands{q(3), q(5), q(9)};
 
-constexpr Layer2SubbandAllocation a(int bits, const Layer2Quantizer* quantizers) {
+constexpr SubbandAllocation a(int bits, const SubbandQuantizer* quantizers) {
     return {bits, quantizers};
 }
 
@@ -54,32 +55,32 @@ constexpr auto kLow3 = a(3, kLowRateMiddleBands.data());
 constexpr auto kLow2 = a(2, kLowRateUpperBands.data());
 
 // MPEG-1 at the middle and high rates: 27 or 30 subbands.
-constexpr std::array<Layer2SubbandAllocation, 30> kWideBands{
+constexpr std::array<SubbandAllocation, 30> kWideBands{
     kWide4a, kWide4a, kWide4a, kWide4b, kWide4b, kWide4b, kWide4b, kWide4b, kWide4b, kWide4b,
     kWide4b, kWide3,  kWide3,  kWide3,  kWide3,  kWide3,  kWide3,  kWide3,  kWide3,  kWide3,
     kWide3,  kWide3,  kWide3,  kWide2,  kWide2,  kWide2,  kWide2,  kWide2,  kWide2,  kWide2};
 // MPEG-1 at the lowest rates: 8 or 12 subbands.
-constexpr std::array<Layer2SubbandAllocation, 12> kNarrowBands{
-    kNarrow4, kNarrow4, kNarrow3, kNarrow3, kNarrow3, kNarrow3,
-    kNarrow3, kNarrow3, kNarrow3, kNarrow3, kNarrow3, kNarrow3};
+constexpr std::array<SubbandAllocation, 12> kNarrowBands{kNarrow4, kNarrow4, kNarrow3, kNarrow3,
+                                                         kNarrow3, kNarrow3, kNarrow3, kNarrow3,
+                                                         kNarrow3, kNarrow3, kNarrow3, kNarrow3};
 // MPEG-2 at the low sample rates: one table for every bit rate.
-constexpr std::array<Layer2SubbandAllocation, 30> kLowRateBands{
+constexpr std::array<SubbandAllocation, 30> kLowRateBands{
     kLow4, kLow4, kLow4, kLow4, kLow3, kLow3, kLow3, kLow3, kLow3, kLow3,
     kLow3, kLow2, kLow2, kLow2, kLow2, kLow2, kLow2, kLow2, kLow2, kLow2,
     kLow2, kLow2, kLow2, kLow2, kLow2, kLow2, kLow2, kLow2, kLow2, kLow2};
 
-constexpr Layer2AllocationTable kTableA{27, kWideBands.data()};
-constexpr Layer2AllocationTable kTableB{30, kWideBands.data()};
-constexpr Layer2AllocationTable kTableC{8, kNarrowBands.data()};
-constexpr Layer2AllocationTable kTableD{12, kNarrowBands.data()};
-constexpr Layer2AllocationTable kTableLowRate{30, kLowRateBands.data()};
+constexpr AllocationTable kTableA{27, kWideBands.data()};
+constexpr AllocationTable kTableB{30, kWideBands.data()};
+constexpr AllocationTable kTableC{8, kNarrowBands.data()};
+constexpr AllocationTable kTableD{12, kNarrowBands.data()};
+constexpr AllocationTable kTableLowRate{30, kLowRateBands.data()};
 
 constexpr uint32_t k32kHzIndex = 2;
 constexpr uint32_t k48kHzIndex = 1;
 
 }  // namespace
 
-const Layer2AllocationTable& layer2AllocationTable(const MpegHeader& header) {
+const AllocationTable& layer2AllocationTable(const MpegHeader& header) {
     if (!header.isMpeg1()) {
         return kTableLowRate;
     }

@@ -4,12 +4,12 @@
 
 #include "mp3/decoder/frame_crc.h"
 #include "mp3/decoder/huffman_decoder.h"
-#include "mp3/decoder/layer2_frame.h"
 #include "mp3/decoder/layer3_side_info.h"
 #include "mp3/decoder/requantizer.h"
 #include "mp3/decoder/scale_factor_bands.h"
 #include "mp3/decoder/spectrum_reorder.h"
 #include "mp3/decoder/stereo_processor.h"
+#include "mp3/decoder/subband_frame.h"
 
 namespace tunebox {
 namespace {
@@ -99,30 +99,36 @@ int MpegAudioDecoder::decodeFrame(std::span<const uint8_t> frame, std::span<uint
         return 0;
     }
     const auto whole = frame.first(header.frameBytes());
-    const int granules =
-        header.isLayer3() ? decodeLayer3(whole, header, setup) : decodeLayer2(whole, header, setup);
-    if (granules < 0) {
+    const int runs = header.isLayer3() ? decodeLayer3(whole, header, setup)
+                                       : decodeLayer1Or2(whole, header, setup);
+    if (runs < 0) {
         return 0;
     }
-    if (granules > 0) {
-        bytesWritten = setup.output({granules, &work_->subbandSamples, &synthesis_, out});
+    if (runs > 0) {
+        const int slots = header.isLayer3() ? kSlotsPerGranule : subbandFrameRuns(header).slots;
+        bytesWritten = setup.output({runs, &work_->subbandSamples, &synthesis_, out, slots});
     }
     return 1;
 }
 
-int MpegAudioDecoder::decodeLayer2(std::span<const uint8_t> frame, const MpegHeader& header,
-                                   const DecodingSetup& setup) {
+int MpegAudioDecoder::decodeLayer1Or2(std::span<const uint8_t> frame, const MpegHeader& header,
+                                      const DecodingSetup& setup) {
     const std::size_t dataStart = kFrameHeaderBytes + (header.crcProtected() ? kCrcBytes : 0);
     if (frame.size() <= dataStart) {
         return -1;
     }
+    // Layer II's check covers a bit count that is not whole bytes; it is
+    // not checked.
+    if (header.layerField == kLayer1 && !frameCrcMatches(frame, header)) {
+        ++crcMismatches_;
+    }
     BitReader reader(frame.subspan(dataStart));
-    if (!readLayer2Frame(reader, header, setup.decodedSubbands, work_->subbandSamples)) {
+    if (!readSubbandFrame(reader, header, setup.decodedSubbands, work_->subbandSamples)) {
         return -1;
     }
     header_ = header;
     setup_ = setup;
-    return kLayer2Granules;
+    return subbandFrameRuns(header).runs;
 }
 
 int MpegAudioDecoder::decodeLayer3(std::span<const uint8_t> frame, const MpegHeader& header,

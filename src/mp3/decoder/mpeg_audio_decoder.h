@@ -1,5 +1,5 @@
 #pragma once
-// The built-in MPEG audio decoder, Layers II and III (MPEG-1, MPEG-2 and
+// The built-in MPEG audio decoder, Layers I, II and III (MPEG-1, MPEG-2 and
 // MPEG 2.5): whole frames in, interleaved PCM out, by default 16-bit at the
 // stream's own rate and channel count (see decoding_setup.h for the other
 // outputs).
@@ -63,10 +63,10 @@ class MpegAudioDecoder {
     void forgetReservoir() { reservoir_.clear(); }
 
   private:
-    // Each returns the granules of output the frame gave (0 while the
-    // reservoir fills), or -1 for an unusable frame.
-    int decodeLayer2(std::span<const uint8_t> frame, const MpegHeader& header,
-                     const DecodingSetup& setup);
+    // Each returns the runs of slots the frame gave (0 while the reservoir
+    // fills), or -1 for an unusable frame.
+    int decodeLayer1Or2(std::span<const uint8_t> frame, const MpegHeader& header,
+                        const DecodingSetup& setup);
     int decodeLayer3(std::span<const uint8_t> frame, const MpegHeader& header,
                      const DecodingSetup& setup);
     void decodeGranule(int granule);

@@ -130,7 +130,8 @@ bool mpegParseHeader(std::span<const uint8_t> bytes, MpegHeader& header) {
 }
 
 bool mpegDecodableLayer(const MpegHeader& header) {
-    return header.layerField == kLayer2 || header.layerField == kLayer3;
+    return header.layerField == kLayer1 || header.layerField == kLayer2 ||
+           header.layerField == kLayer3;
 }
 
 uint32_t mpegLayerNumber(const MpegHeader& header) {

@@ -63,6 +63,11 @@ struct MpegHeader {
     std::size_t sideInfoBytes() const;
     bool msStereo() const { return channelMode == kJointStereo && (modeExtension & 2) != 0; }
     bool intensityStereo() const { return channelMode == kJointStereo && (modeExtension & 1) != 0; }
+    // Layers I and II: the first subband whose channels share one set of
+    // samples, from the mode extension in joint stereo; 32 otherwise.
+    int jointStereoBound() const {
+        return channelMode == kJointStereo ? 4 * (static_cast<int>(modeExtension) + 1) : 32;
+    }
 };
 
 // The first position in `bytes` where a sync word (0xFF, then three set
@@ -78,7 +83,7 @@ bool mpegReadHeader(std::span<const uint8_t> bytes, MpegHeader& header);
 // format and the reserved bit-rate and sample-rate indexes.
 bool mpegParseHeader(std::span<const uint8_t> bytes, MpegHeader& header);
 
-// Whether the built-in decoder decodes the frame's layer (II or III).
+// Whether the built-in decoder decodes the frame's layer: all three do.
 bool mpegDecodableLayer(const MpegHeader& header);
 
 // The layer as it is named: 1, 2 or 3.

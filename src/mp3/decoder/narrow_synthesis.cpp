@@ -95,28 +95,30 @@ PcmLanes windowedPcm(const float* low, const float* high, int j) {
 
 }  // namespace
 
-void NarrowSynthesis::synthesize(const SubbandSamples& in, int subbands, int16_t* out, int stride) {
+void NarrowSynthesis::synthesize(const SubbandSamples& in, int subbands, int16_t* out, int stride,
+                                 int slots) {
     if (subbands == kMaxSubbands) {
-        synthesizeWidth<kMaxSubbands>(in, out, stride);
+        synthesizeWidth<kMaxSubbands>(in, out, stride, slots);
     } else {
-        synthesizeWidth<kMaxSubbands / 2>(in, out, stride);
+        synthesizeWidth<kMaxSubbands / 2>(in, out, stride, slots);
     }
 }
 
 template <int N>
-void NarrowSynthesis::synthesizeWidth(const SubbandSamples& in, int16_t* out, int stride) {
+void NarrowSynthesis::synthesizeWidth(const SubbandSamples& in, int16_t* out, int stride,
+                                      int slots) {
     // The whole granule's slots through one fast DCT, a slot per lane.
     std::array<DctLanes, kMaxSubbands> x;
     for (int k = 0; k < N; ++k) {
-        for (int slot = 0; slot < kSlotsPerGranule; ++slot) {
+        for (int slot = 0; slot < slots; ++slot) {
             x[k][slot] = in[slot][k];
         }
-        std::fill(x[k].begin() + kSlotsPerGranule, x[k].end(), 0.0f);
+        std::fill(x[k].begin() + slots, x[k].end(), 0.0f);
     }
     dctNarrow(x.data(), N);
     store<N>(x);
-    window<N>(out, stride);
-    keepHistory(N);
+    window<N>(out, stride, slots);
+    keepHistory(N, slots);
 }
 
 // The matrixing V[i] = sum over k of cos((N / 2 + i)(2k + 1) pi / 2N) S[k]
@@ -140,21 +142,22 @@ void NarrowSynthesis::store(const std::array<DctLanes, kMaxSubbands>& x) {
 }
 
 template <int N>
-void NarrowSynthesis::window(int16_t* out, int stride) const {
+void NarrowSynthesis::window(int16_t* out, int stride, int slots) const {
     for (int j = 0; j < N; ++j) {
         const PcmLanes pcm = windowedPcm<N>(&lowHalf_[j][kFirstSlot], &highHalf_[j][kFirstSlot], j);
-        for (int slot = 0; slot < kSlotsPerGranule; ++slot) {
+        for (int slot = 0; slot < slots; ++slot) {
             out[(slot * N + j) * stride] = static_cast<int16_t>(pcm[slot]);
         }
     }
 }
 
-void NarrowSynthesis::keepHistory(int rows) {
-    constexpr int kKeptFrom = kFirstSlot + kSlotsPerGranule - kHistorySlots;
+// The slots past a shorter run are overwritten by the next run's.
+void NarrowSynthesis::keepHistory(int rows, int slots) {
+    const int keptFrom = kFirstSlot + slots - kHistorySlots;
     for (SlotHistory* history : {&lowHalf_, &highHalf_}) {
         for (int j = 0; j < rows; ++j) {
             auto& row = (*history)[j];
-            std::copy_n(row.begin() + kKeptFrom, kHistorySlots, row.begin());
+            std::copy_n(row.begin() + keptFrom, kHistorySlots, row.begin());
         }
     }
 }

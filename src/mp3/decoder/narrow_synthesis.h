@@ -18,10 +18,11 @@ class NarrowSynthesis {
   public:
     static constexpr int kMaxSubbands = 16;
 
-    // Writes 18 x `subbands` clipped 16-bit samples to out[0],
+    // Writes `slots` x `subbands` clipped 16-bit samples to out[0],
     // out[stride], ...; `subbands` is 16 or 8, the same on every call
-    // between resets.
-    void synthesize(const SubbandSamples& in, int subbands, int16_t* out, int stride);
+    // between resets, and `slots` at most 18 (12 for a Layer I frame).
+    void synthesize(const SubbandSamples& in, int subbands, int16_t* out, int stride,
+                    int slots = kSlotsPerGranule);
     void reset() {
         lowHalf_ = {};
         highHalf_ = {};
@@ -35,12 +36,12 @@ class NarrowSynthesis {
 
   private:
     template <int N>
-    void synthesizeWidth(const SubbandSamples& in, int16_t* out, int stride);
+    void synthesizeWidth(const SubbandSamples& in, int16_t* out, int stride, int slots);
     template <int N>
     void store(const std::array<DctLanes, kMaxSubbands>& transformed);
     template <int N>
-    void window(int16_t* out, int stride) const;
-    void keepHistory(int rows);
+    void window(int16_t* out, int stride, int slots) const;
+    void keepHistory(int rows, int slots);
 
     // The two halves of each slot's V vector (2 x subbands values), kept
     // without their signs: the window's weights carry them.

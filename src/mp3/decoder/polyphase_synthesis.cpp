@@ -43,15 +43,18 @@ void PolyphaseSynthesis::reset() {
     highHalf_ = {};
 }
 
-void PolyphaseSynthesis::synthesize(const SubbandSamples& subbands, int16_t* out, int stride) {
+void PolyphaseSynthesis::synthesize(const SubbandSamples& subbands, int16_t* out, int stride,
+                                    int slots) {
     static_assert(sizeof(SubbandSamples) == sizeof(float) * kSlotsPerGranule * 32 &&
                   kDctLanes == 20);
+    // Lanes past a shorter run carry what the caller's array holds there;
+    // their samples are never written out nor kept.
     std::array<DctLanes, 32> lanes;
     simdKernels().slotsToLanes(subbands[0].data(), lanes[0].data());
     dct32(lanes);
     store(lanes);
-    window(out, stride);
-    keepHistory();
+    window(out, stride, slots);
+    keepHistory(slots);
 }
 
 // The matrixing V[i] = sum of cos((16 + i)(2k + 1) pi / 64) S[k] is a
@@ -76,19 +79,30 @@ void PolyphaseSynthesis::store(const std::array<DctLanes, 32>& x) {
 // slots from the history.
 // Rounding is half away from zero; clipping is symmetric, as in the
 // reference decoder of the compliance streams: a full negative peak gives
-// -32767.
-void PolyphaseSynthesis::window(int16_t* out, int stride) const {
+// -32767. The kernels write whole granules, so a shorter run goes through a
+// granule of its own and only its slots are copied out.
+void PolyphaseSynthesis::window(int16_t* out, int stride, int slots) const {
     const WindowWeights& weights = windowWeights();
+    std::array<int16_t, kSlotsPerGranule * 32> granule;
+    const bool whole = slots == kSlotsPerGranule;
     simdKernels().synthesisWindow({&lowHalf_[0][kFirstSlot], &highHalf_[0][kFirstSlot - 1],
                                    lowHalf_[0].size(), weights.low[0].data(),
-                                   weights.high[0].data(), out, stride});
+                                   weights.high[0].data(), whole ? out : granule.data(),
+                                   whole ? stride : 1});
+    if (!whole) {
+        for (int i = 0; i < slots * 32; ++i) {
+            out[i * stride] = granule[i];
+        }
+    }
 }
 
-void PolyphaseSynthesis::keepHistory() {
-    constexpr int kKeptFrom = kFirstSlot + kSlotsPerGranule - kHistorySlots;
+// The slots past the run (a shorter run leaves some) are overwritten by
+// the next run's.
+void PolyphaseSynthesis::keepHistory(int slots) {
+    const int keptFrom = kFirstSlot + slots - kHistorySlots;
     for (SlotHistory* history : {&lowHalf_, &highHalf_}) {
         for (auto& row : *history) {
-            std::copy_n(row.begin() + kKeptFrom, kHistorySlots, row.begin());
+            std::copy_n(row.begin() + keptFrom, kHistorySlots, row.begin());
         }
     }
 }

@@ -1,7 +1,7 @@
 #pragma once
-// Polyphase synthesis filter bank: a granule's 18 time slots of 32 subband
-// samples in, 18 x 32 PCM samples out, keeping the history of the last 15
-// slots per channel.
+// Polyphase synthesis filter bank: a run of up to 18 time slots (a Layer III
+// granule; 12 for a Layer I frame) of 32 subband samples in, 32 PCM samples
+// per slot out, keeping the history of the last 15 slots per channel.
 
 #include <array>
 #include <cstdint>
@@ -13,8 +13,10 @@ namespace tunebox {
 
 class PolyphaseSynthesis {
   public:
-    // Writes the granule's clipped 16-bit samples to out[0], out[stride], ...
-    void synthesize(const SubbandSamples& subbands, int16_t* out, int stride);
+    // Writes the first `slots` slots' clipped 16-bit samples to out[0],
+    // out[stride], ...
+    void synthesize(const SubbandSamples& subbands, int16_t* out, int stride,
+                    int slots = kSlotsPerGranule);
     void reset();
 
     // Earlier slots the window reaches back to.
@@ -25,8 +27,8 @@ class PolyphaseSynthesis {
 
   private:
     void store(const std::array<DctLanes, 32>& transformed);
-    void window(int16_t* out, int stride) const;
-    void keepHistory();
+    void window(int16_t* out, int stride, int slots) const;
+    void keepHistory(int slots);
 
     // The standard's V vector of each slot, its two halves: V[0..31] and
     // V[32..63].
