@@ -47,7 +47,7 @@ void PolyphaseSynthesis::synthesize(const SubbandSamples& subbands, int16_t* out
     static_assert(sizeof(SubbandSamples) == sizeof(float) * kSlotsPerGranule * 32 &&
                   kDctLanes == 20);
     std::array<DctLanes, 32> lanes;
-    simdKernels().slotsToLanes(subbands[0].data(), lanes[0].data());
+    simdKernels().slotsToLanes(subbands[0].data(), lanes[0].data(), 32);
     dct32(lanes);
     store(lanes);
     window(out, stride);
@@ -81,7 +81,7 @@ void PolyphaseSynthesis::window(int16_t* out, int stride) const {
     const WindowWeights& weights = windowWeights();
     simdKernels().synthesisWindow({&lowHalf_[0][kFirstSlot], &highHalf_[0][kFirstSlot - 1],
                                    lowHalf_[0].size(), weights.low[0].data(),
-                                   weights.high[0].data(), out, stride});
+                                   weights.high[0].data(), out, stride, 32});
 }
 
 void PolyphaseSynthesis::keepHistory() {
