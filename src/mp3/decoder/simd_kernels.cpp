@@ -33,6 +33,9 @@ constexpr SimdKernels kernelsOfWidth() {
         [](const float* slots, float* out, int subbands) {
             lanes::slotsToLanes<Width>(slots, out, subbands);
         },
+        [](float* rows, int points, const float* inverseCosines) {
+            lanes::dctOfSize<Width>(rows, points, inverseCosines);
+        },
     };
 }
 
@@ -60,8 +63,12 @@ TUNEBOX_AVX2_TARGET void slotsToLanesAvx2(const float* slots, float* out, int su
     lanes::slotsToLanes<8>(slots, out, subbands);
 }
 
+TUNEBOX_AVX2_TARGET void dctAvx2(float* rows, int points, const float* inverseCosines) {
+    lanes::dctOfSize<8>(rows, points, inverseCosines);
+}
+
 constexpr SimdKernels kAvx2{synthesisWindowAvx2, narrowSynthesisWindowAvx2, multiply18Avx2,
-                            multiply6Avx2, slotsToLanesAvx2};
+                            multiply6Avx2,       slotsToLanesAvx2,          dctAvx2};
 
 }  // namespace
 

@@ -46,6 +46,10 @@ struct SimdKernels {
     // lowest `subbands` (32, 16 or 8), the two lanes past the slots zero:
     // the layout of the synthesis.
     void (*slotsToLanes)(const float* slots, float* lanes, int subbands);
+    // The fast DCT of `points` (32, 16 or 8) rows of 20 slot lanes in
+    // place, with that size's table of inverse cosines and those of the
+    // halves below it (see fast_dct32.cpp).
+    void (*dct)(float* rows, int points, const float* inverseCosines);
 };
 
 const SimdKernels& simdKernels(SimdPath path);

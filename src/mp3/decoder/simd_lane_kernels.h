@@ -236,4 +236,102 @@ template <int Width>
     }
 }
 
+// The fast DCT over the window's kWindowLanes slot lanes (see
+// fast_dct32.h): rows of a point each, transformed in place. Every row
+// operation runs over whole vectors of Width, then of four.
+template <int W>
+[[gnu::always_inline]] inline void butterflyVector(const float* a, const float* b, float scale,
+                                                   float* sum, float* difference) {
+    Vector<W> va;
+    Vector<W> vb;
+    load<W>(va, a);
+    load<W>(vb, b);
+    const Vector<W> total = va + vb;
+    const Vector<W> scaled = (va - vb) * scale;
+    store<W>(sum, total);
+    store<W>(difference, scaled);
+}
+
+template <int W>
+[[gnu::always_inline]] inline void addVector(const float* a, const float* b, float* to) {
+    Vector<W> va;
+    Vector<W> vb;
+    load<W>(va, a);
+    load<W>(vb, b);
+    const Vector<W> total = va + vb;
+    store<W>(to, total);
+}
+
+// sum = a + b and difference = (a - b) times scale, lane by lane.
+template <int Width>
+[[gnu::always_inline]] inline void butterflyRow(const float* a, const float* b, float scale,
+                                                float* sum, float* difference) {
+    constexpr int kWide = kWindowLanes / Width;
+#pragma GCC unroll 20
+    for (int v = 0; v < kWide; ++v) {
+        butterflyVector<Width>(a + Width * v, b + Width * v, scale, sum + Width * v,
+                               difference + Width * v);
+    }
+    for (int lane = kWide * Width; lane < kWindowLanes; lane += 4) {
+        butterflyVector<4>(a + lane, b + lane, scale, sum + lane, difference + lane);
+    }
+}
+
+// to = a + b, lane by lane.
+template <int Width>
+[[gnu::always_inline]] inline void addRow(const float* a, const float* b, float* to) {
+    constexpr int kWide = kWindowLanes / Width;
+#pragma GCC unroll 20
+    for (int v = 0; v < kWide; ++v) {
+        addVector<Width>(a + Width * v, b + Width * v, to + Width * v);
+    }
+    for (int lane = kWide * Width; lane < kWindowLanes; lane += 4) {
+        addVector<4>(a + lane, b + lane, to + lane);
+    }
+}
+
+// Even outputs are the DCT of the sums of mirrored inputs, odd ones that
+// of their scaled differences, each added to the next.
+template <int Width, int N>
+[[gnu::always_inline]] inline void dct(float* x, const float* inverseCosines) {
+    if constexpr (N > 1) {
+        constexpr int kHalf = N / 2;
+        float sums[kHalf * kWindowLanes];
+        float differences[kHalf * kWindowLanes];
+        for (int k = 0; k < kHalf; ++k) {
+            butterflyRow<Width>(x + kWindowLanes * k, x + kWindowLanes * (N - 1 - k),
+                                inverseCosines[k], sums + kWindowLanes * k,
+                                differences + kWindowLanes * k);
+        }
+        dct<Width, kHalf>(sums, inverseCosines + kHalf);
+        dct<Width, kHalf>(differences, inverseCosines + kHalf);
+        for (int m = 0; m < kHalf; ++m) {
+            std::copy_n(sums + kWindowLanes * m, kWindowLanes, x + kWindowLanes * 2 * m);
+            float* odd = x + kWindowLanes * (2 * m + 1);
+            const float* difference = differences + kWindowLanes * m;
+            if (m + 1 < kHalf) {
+                addRow<Width>(difference, difference + kWindowLanes, odd);
+            } else {
+                std::copy_n(difference, kWindowLanes, odd);
+            }
+        }
+    }
+}
+
+}  // namespace tunebox::lanes
+
+namespace tunebox::lanes {
+
+// The transforms at the sizes the syntheses use.
+template <int Width>
+[[gnu::always_inline]] inline void dctOfSize(float* rows, int points, const float* inverseCosines) {
+    if (points == 32) {
+        dct<Width, 32>(rows, inverseCosines);
+    } else if (points == 16) {
+        dct<Width, 16>(rows, inverseCosines);
+    } else {
+        dct<Width, 8>(rows, inverseCosines);
+    }
+}
+
 }  // namespace tunebox::lanes
