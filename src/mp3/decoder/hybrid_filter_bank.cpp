@@ -201,9 +201,14 @@ void HybridFilterBank::process(const Spectrum& spectrum, const GranuleChannelInf
             }
         }
     }
+    // Chunk by chunk: copies of a fixed size are moves in registers, not
+    // calls.
     for (int i = 0; i < kSlotsPerGranule; ++i) {
-        std::copy_n(summed[i].begin(), synthesised, out[i].begin());
-        std::copy_n(samples[kSlotsPerGranule + i].begin(), synthesised, overlap_[i].begin());
+        for (int chunk = 0; chunk < synthesised; chunk += kChunk) {
+            std::copy_n(summed[i].begin() + chunk, kChunk, out[i].begin() + chunk);
+            std::copy_n(samples[kSlotsPerGranule + i].begin() + chunk, kChunk,
+                        overlap_[i].begin() + chunk);
+        }
     }
 }
 
