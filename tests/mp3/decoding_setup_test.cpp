@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <span>
 #include <string>
 
 #include "mp3/decoder/mpeg_audio_decoder.h"
@@ -125,6 +126,24 @@ TEST_P(ConfiguredDecoding, ReductionHalvesOrQuartersTheRateAndKeepsTonesAndLevel
         EXPECT_NEAR(rms(reduced, 2, 0) / rms(full, 2, 0), 1.0, 0.05);
         EXPECT_NEAR(test::toneFrequency(reduced, 2, 1, rate), kRightTone, 20.0);
         EXPECT_NEAR(rms(reduced, 2, 1) / rms(full, 2, 1), 1.0, 0.05);
+    }
+}
+
+TEST_P(ConfiguredDecoding, ReconfiguredDecoderStartsAfreshAtEachRate) {
+    // At a reduced rate the filter banks leave the upper subbands alone; a
+    // decoder that goes back to full rate must not pick up what they held
+    // when it was left in the middle of a stream.
+    const std::span<const uint8_t> firstHalf(stream().data(), stream().size() / 2);
+    MpegAudioDecoder decoder;
+    for (int reduction : {0, 2, 1, 0}) {
+        SCOPED_TRACE(reduction);
+        int rate = 0;
+        const auto fresh = decode16({reduction, 0, 24000}, rate);
+        decoder.configure({reduction, 0, 24000});
+        std::vector<int16_t> reused;
+        decoder.decodeStream(stream(), reused);
+        EXPECT_TRUE(reused == fresh);
+        decoder.decodeStream(firstHalf, reused);
     }
 }
 

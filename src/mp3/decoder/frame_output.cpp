@@ -21,10 +21,12 @@ void synthesizeChannel(ChannelSynthesis& synthesis, const SubbandSamples& in, in
 }
 
 // Mixing before the synthesis gives the same samples as mixing after it,
-// as the synthesis is linear, at half the cost.
+// as the synthesis is linear, at half the cost. Only the subbands the
+// synthesis reads are mixed.
+template <int Reduction>
 void mixDown(const SubbandSamples& left, const SubbandSamples& right, SubbandSamples& mixed) {
     for (int slot = 0; slot < kSlotsPerGranule; ++slot) {
-        for (int sb = 0; sb < kSubbands; ++sb) {
+        for (int sb = 0; sb < (kSubbands >> Reduction); ++sb) {
             mixed[slot][sb] = 0.5f * (left[slot][sb] + right[slot][sb]);
         }
     }
@@ -41,7 +43,7 @@ void synthesizeGranule(const FrameOutput& frame, int granule, int16_t* pcm) {
         synthesizeChannel<Reduction>(synthesis[1], subbands[1], slots, pcm + 1, 2);
     } else if constexpr (Handling == 2) {
         SubbandSamples mixed;
-        mixDown(subbands[0], subbands[1], mixed);
+        mixDown<Reduction>(subbands[0], subbands[1], mixed);
         synthesizeChannel<Reduction>(synthesis[0], mixed, slots, pcm, 2);
         for (int i = 0; i < (slots * kSubbands >> Reduction); ++i) {
             pcm[2 * i + 1] = pcm[2 * i];

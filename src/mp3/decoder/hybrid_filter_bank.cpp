@@ -168,17 +168,18 @@ constexpr std::array<TransformRoutine, kSubbands / kChunk> kTransformsByChunks{
 }  // namespace
 
 void HybridFilterBank::process(const Spectrum& spectrum, const GranuleChannelInfo& info,
-                               int subbands, SubbandSamples& out) {
+                               int subbands, int synthesised, SubbandSamples& out) {
     const int chunks = std::clamp((subbands + kChunk - 1) / kChunk, 1, kSubbands / kChunk);
     const int width = chunks * kChunk;
     TimeSamples samples;
     for (Lanes& row : samples) {
-        std::fill(row.begin() + width, row.end(), 0.0f);
+        std::fill(row.begin() + width, row.begin() + std::max(width, synthesised), 0.0f);
     }
     kTransformsByChunks[chunks - 1](spectrum, info, samples);
     // Overlap-add and the frequency inversion (odd subbands negated in odd
     // slots) in one pass, into a local array: the compiler cannot vectorise
-    // a loop whose output might overlap the state it reads.
+    // a loop whose output might overlap the state it reads. A chunk's
+    // fixed count of lanes is what lets it vectorise at all.
     static constexpr Lanes kOnes = [] {
         Lanes ones{};
         ones.fill(1.0f);
@@ -194,12 +195,21 @@ void HybridFilterBank::process(const Spectrum& spectrum, const GranuleChannelInf
     SubbandSamples summed;
     for (int i = 0; i < kSlotsPerGranule; ++i) {
         const Lanes& signs = (i & 1) ? kOddNegated : kOnes;
-        for (int sb = 0; sb < kSubbands; ++sb) {
-            summed[i][sb] = (samples[i][sb] + overlap_[i][sb]) * signs[sb];
+        for (int chunk = 0; chunk < synthesised; chunk += kChunk) {
+            for (int sb = chunk; sb < chunk + kChunk; ++sb) {
+                summed[i][sb] = (samples[i][sb] + overlap_[i][sb]) * signs[sb];
+            }
         }
     }
-    out = summed;
-    std::copy(samples.begin() + kSlotsPerGranule, samples.end(), overlap_.begin());
+    // Chunk by chunk: copies of a fixed size are moves in registers, not
+    // calls.
+    for (int i = 0; i < kSlotsPerGranule; ++i) {
+        for (int chunk = 0; chunk < synthesised; chunk += kChunk) {
+            std::copy_n(summed[i].begin() + chunk, kChunk, out[i].begin() + chunk);
+            std::copy_n(samples[kSlotsPerGranule + i].begin() + chunk, kChunk,
+                        overlap_[i].begin() + chunk);
+        }
+    }
 }
 
 }  // namespace tunebox

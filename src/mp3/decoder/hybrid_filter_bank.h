@@ -20,9 +20,12 @@ using SubbandSamples = std::array<std::array<float, kSubbands>, kSlotsPerGranule
 class HybridFilterBank {
   public:
     // Lines of subbands from `subbands` up must be zero; their transform
-    // is skipped, only their overlap still comes out.
+    // is skipped, only their overlap still comes out. Only the lowest
+    // `synthesised` subbands (32, 16 or 8, the same on every call between
+    // resets) are written to `out` and kept for the next granule: those
+    // the synthesis reads.
     void process(const Spectrum& spectrum, const GranuleChannelInfo& info, int subbands,
-                 SubbandSamples& out);
+                 int synthesised, SubbandSamples& out);
     void reset() { overlap_ = {}; }
 
   private:

@@ -62,6 +62,11 @@ void MpegAudioDecoder::reset() {
 
 void MpegAudioDecoder::configure(const DecodingOptions& options) {
     options_ = options;
+    // The filter banks keep only the subbands the synthesis reads, which
+    // the reduction sets.
+    for (auto& bank : filterBanks_) {
+        bank.reset();
+    }
     for (auto& synthesis : synthesis_) {
         synthesis.reset();
     }
@@ -204,10 +209,11 @@ void MpegAudioDecoder::decodeGranule(int granule) {
             work.spectra[ch]);
     }
     if (header_.channelMode == kJointStereo) {
-        processJointStereo({header_, work.sideInfo.granule[granule][1], factors_[1], bands},
-                           work.spectra[0], work.spectra[1]);
         // Mid/side and intensity coding give each side the other's lines.
         work.nonZeroEnd[0] = work.nonZeroEnd[1] = std::max(work.nonZeroEnd[0], work.nonZeroEnd[1]);
+        processJointStereo(
+            {header_, work.sideInfo.granule[granule][1], factors_[1], bands, work.nonZeroEnd[0]},
+            work.spectra[0], work.spectra[1]);
     }
     const int limitLines = setup_.decodedSubbands * kSlotsPerGranule;
     for (int ch = 0; ch < channels; ++ch) {
@@ -222,7 +228,8 @@ void MpegAudioDecoder::decodeGranule(int granule) {
         // No butterfly across the limit either, so nothing leaks above it.
         const int subbands = std::min(subbandsInUse(lineEnd), setup_.decodedSubbands);
         reduceAliasing(info, subbands, spectrum);
-        filterBanks_[ch].process(spectrum, info, subbands, work.subbandSamples[granule][ch]);
+        filterBanks_[ch].process(spectrum, info, subbands, kSubbands >> setup_.reduction,
+                                 work.subbandSamples[granule][ch]);
     }
 }
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 
+#include "mp3/decoder/simd_kernels.h"
 #include "mp3/decoder/synthesis_window.h"
 
 namespace tunebox {
@@ -42,57 +42,6 @@ const NarrowWeights<N>& narrowWeights() {
     return weights;
 }
 
-// Four slots in one vector register (a GCC and Clang extension), so that
-// the sums stay in registers over all taps and through the conversion.
-using FloatX4 = float __attribute__((vector_size(16)));
-using IntX4 = int32_t __attribute__((vector_size(16)));
-constexpr int kGroups = kDctLanes / 4;
-static_assert(kDctLanes % 4 == 0);
-using PcmLanes = std::array<int32_t, kDctLanes>;
-
-FloatX4 load4(const float* from) {
-    FloatX4 v;
-    std::memcpy(&v, from, sizeof v);
-    return v;
-}
-
-// Clipped to the 16-bit range and rounded half away from zero: 0.5 with
-// the sum's sign added, then truncated.
-IntX4 toPcm(FloatX4 sum) {
-    const FloatX4 lowest = {-32768.0f, -32768.0f, -32768.0f, -32768.0f};
-    const FloatX4 highest = {32767.0f, 32767.0f, 32767.0f, 32767.0f};
-    const FloatX4 half = {0.5f, 0.5f, 0.5f, 0.5f};
-    sum = sum < lowest ? lowest : sum;
-    sum = highest < sum ? highest : sum;
-    const IntX4 sign = reinterpret_cast<IntX4>(sum) & INT32_MIN;
-    return __builtin_convertvector(
-        sum + reinterpret_cast<FloatX4>(reinterpret_cast<IntX4>(half) | sign), IntX4);
-}
-
-// Output j of every slot t: the sum over rows r = 0..15, in that order, of
-// V[j] (even r) or V[N + j] (odd r) of slot t - r times the row's tap j.
-// `low` and `high` point at the granule's first slot in the history.
-template <int N>
-PcmLanes windowedPcm(const float* low, const float* high, int j) {
-    const NarrowWeights<N>& weights = narrowWeights<N>();
-    std::array<FloatX4, kGroups> sums{};
-    for (int i = 0; i < kWindowRows / 2; ++i) {
-        const float lowWeight = weights.low[i][j];
-        const float highWeight = weights.high[i][j];
-#pragma GCC unroll 8
-        for (int g = 0; g < kGroups; ++g) {
-            sums[g] += load4(low + 4 * g - 2 * i) * lowWeight;
-            sums[g] += load4(high + 4 * g - 2 * i - 1) * highWeight;
-        }
-    }
-    PcmLanes pcm;
-    for (int g = 0; g < kGroups; ++g) {
-        const IntX4 group = toPcm(sums[g]);
-        std::memcpy(&pcm[static_cast<std::size_t>(4 * g)], &group, sizeof group);
-    }
-    return pcm;
-}
-
 }  // namespace
 
 void NarrowSynthesis::synthesize(const SubbandSamples& in, int subbands, int16_t* out, int stride,
@@ -107,14 +56,12 @@ void NarrowSynthesis::synthesize(const SubbandSamples& in, int subbands, int16_t
 template <int N>
 void NarrowSynthesis::synthesizeWidth(const SubbandSamples& in, int16_t* out, int stride,
                                       int slots) {
-    // The whole granule's slots through one fast DCT, a slot per lane.
+    static_assert(sizeof(SubbandSamples) == sizeof(float) * kSlotsPerGranule * kSubbands &&
+                  kDctLanes == 20);
+    // The whole granule's slots through one fast DCT, a slot per lane;
+    // lanes past a shorter run are never written out nor kept.
     std::array<DctLanes, kMaxSubbands> x;
-    for (int k = 0; k < N; ++k) {
-        for (int slot = 0; slot < slots; ++slot) {
-            x[k][slot] = in[slot][k];
-        }
-        std::fill(x[k].begin() + slots, x[k].end(), 0.0f);
-    }
+    simdKernels().slotsToLanes(in[0].data(), x[0].data(), N);
     dctNarrow(x.data(), N);
     store<N>(x);
     window<N>(out, stride, slots);
@@ -141,14 +88,15 @@ void NarrowSynthesis::store(const std::array<DctLanes, kMaxSubbands>& x) {
     }
 }
 
+// Output j of slot t: the sum over rows r = 0..15, in that order, of
+// V[j] (even r) or V[N + j] (odd r) of slot t - r times the row's tap j.
 template <int N>
 void NarrowSynthesis::window(int16_t* out, int stride, int slots) const {
-    for (int j = 0; j < N; ++j) {
-        const PcmLanes pcm = windowedPcm<N>(&lowHalf_[j][kFirstSlot], &highHalf_[j][kFirstSlot], j);
-        for (int slot = 0; slot < slots; ++slot) {
-            out[(slot * N + j) * stride] = static_cast<int16_t>(pcm[slot]);
-        }
-    }
+    const NarrowWeights<N>& weights = narrowWeights<N>();
+    windowRun(simdKernels().narrowSynthesisWindow,
+              {&lowHalf_[0][kFirstSlot], &highHalf_[0][kFirstSlot - 1], lowHalf_[0].size(),
+               weights.low[0].data(), weights.high[0].data(), out, stride, N},
+              slots);
 }
 
 // The slots past a shorter run are overwritten by the next run's.

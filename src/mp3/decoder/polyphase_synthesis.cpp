@@ -50,7 +50,7 @@ void PolyphaseSynthesis::synthesize(const SubbandSamples& subbands, int16_t* out
     // Lanes past a shorter run carry what the caller's array holds there;
     // their samples are never written out nor kept.
     std::array<DctLanes, 32> lanes;
-    simdKernels().slotsToLanes(subbands[0].data(), lanes[0].data());
+    simdKernels().slotsToLanes(subbands[0].data(), lanes[0].data(), 32);
     dct32(lanes);
     store(lanes);
     window(out, stride, slots);
@@ -79,21 +79,13 @@ void PolyphaseSynthesis::store(const std::array<DctLanes, 32>& x) {
 // slots from the history.
 // Rounding is half away from zero; clipping is symmetric, as in the
 // reference decoder of the compliance streams: a full negative peak gives
-// -32767. The kernels write whole granules, so a shorter run goes through a
-// granule of its own and only its slots are copied out.
+// -32767.
 void PolyphaseSynthesis::window(int16_t* out, int stride, int slots) const {
     const WindowWeights& weights = windowWeights();
-    std::array<int16_t, kSlotsPerGranule * 32> granule;
-    const bool whole = slots == kSlotsPerGranule;
-    simdKernels().synthesisWindow({&lowHalf_[0][kFirstSlot], &highHalf_[0][kFirstSlot - 1],
-                                   lowHalf_[0].size(), weights.low[0].data(),
-                                   weights.high[0].data(), whole ? out : granule.data(),
-                                   whole ? stride : 1});
-    if (!whole) {
-        for (int i = 0; i < slots * 32; ++i) {
-            out[i * stride] = granule[i];
-        }
-    }
+    windowRun(simdKernels().synthesisWindow,
+              {&lowHalf_[0][kFirstSlot], &highHalf_[0][kFirstSlot - 1], lowHalf_[0].size(),
+               weights.low[0].data(), weights.high[0].data(), out, stride, 32},
+              slots);
 }
 
 // The slots past the run (a shorter run leaves some) are overwritten by

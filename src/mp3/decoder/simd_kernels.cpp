@@ -18,19 +18,33 @@ namespace {
 template <int Width>
 constexpr SimdKernels kernelsOfWidth() {
     return {
-        [](const SynthesisWindowJob& job) { lanes::synthesisWindow<Width>(job); },
+        [](const SynthesisWindowJob& job) {
+            lanes::synthesisWindow<Width, lanes::kFullWindow>(job);
+        },
+        [](const SynthesisWindowJob& job) {
+            lanes::synthesisWindow<Width, lanes::kNarrowWindow>(job);
+        },
         [](const float* m, const KernelLanes* in, KernelLanes* out, int width) {
             lanes::multiply<Width, 18>(m, in, out, width);
         },
         [](const float* m, const KernelLanes* in, KernelLanes* out, int width) {
             lanes::multiply<Width, 6>(m, in, out, width);
         },
-        [](const float* slots, float* out) { lanes::slotsToLanes<Width>(slots, out); },
+        [](const float* slots, float* out, int subbands) {
+            lanes::slotsToLanes<Width>(slots, out, subbands);
+        },
+        [](float* rows, int points, const float* inverseCosines) {
+            lanes::dctOfSize<Width>(rows, points, inverseCosines);
+        },
     };
 }
 
 TUNEBOX_AVX2_TARGET void synthesisWindowAvx2(const SynthesisWindowJob& job) {
-    lanes::synthesisWindow<8>(job);
+    lanes::synthesisWindow<8, lanes::kFullWindow>(job);
+}
+
+TUNEBOX_AVX2_TARGET void narrowSynthesisWindowAvx2(const SynthesisWindowJob& job) {
+    lanes::synthesisWindow<8, lanes::kNarrowWindow>(job);
 }
 
 TUNEBOX_AVX2_TARGET void multiply18Avx2(const float* m, const KernelLanes* in, KernelLanes* out,
@@ -45,11 +59,16 @@ TUNEBOX_AVX2_TARGET void multiply6Avx2(const float* m, const KernelLanes* in, Ke
 
 constexpr SimdKernels kScalar = kernelsOfWidth<1>();
 constexpr SimdKernels kSse2 = kernelsOfWidth<4>();
-TUNEBOX_AVX2_TARGET void slotsToLanesAvx2(const float* slots, float* out) {
-    lanes::slotsToLanes<8>(slots, out);
+TUNEBOX_AVX2_TARGET void slotsToLanesAvx2(const float* slots, float* out, int subbands) {
+    lanes::slotsToLanes<8>(slots, out, subbands);
 }
 
-constexpr SimdKernels kAvx2{synthesisWindowAvx2, multiply18Avx2, multiply6Avx2, slotsToLanesAvx2};
+TUNEBOX_AVX2_TARGET void dctAvx2(float* rows, int points, const float* inverseCosines) {
+    lanes::dctOfSize<8>(rows, points, inverseCosines);
+}
+
+constexpr SimdKernels kAvx2{synthesisWindowAvx2, narrowSynthesisWindowAvx2, multiply18Avx2,
+                            multiply6Avx2,       slotsToLanesAvx2,          dctAvx2};
 
 }  // namespace
 

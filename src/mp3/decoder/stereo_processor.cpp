@@ -44,7 +44,7 @@ class JointStereo {
 
     void run() {
         if (!input_.header.intensityStereo()) {
-            midSide(0, kGranuleLines);
+            midSide(0, input_.nonZeroEnd);
             return;
         }
         const GranuleChannelInfo& info = input_.rightInfo;

@@ -15,6 +15,8 @@ struct StereoInput {
     const GranuleChannelInfo& rightInfo;
     const ScaleFactors& rightFactors;
     const ScaleFactorBands& bands;
+    // Lines from here up are zero in both channels.
+    int nonZeroEnd = kGranuleLines;
 };
 
 void processJointStereo(const StereoInput& input, Spectrum& left, Spectrum& right);
