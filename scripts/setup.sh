@@ -12,6 +12,8 @@ packages=(
     pipewire pipewire-pulse wireplumber dbus dbus-daemon
     libmpg123-dev libsoxr-dev libcli11-dev
     lame sox libsox-fmt-all mpg123 ffmpeg twolame
+    libsndfile1-dev libmp3lame-dev libebur128-dev librubberband-dev
+    qt6-tools-dev qt6-l10n-tools qt6-translations-l10n xvfb xauth
 )
 
 as_root() {
