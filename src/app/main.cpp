@@ -32,6 +32,10 @@ int main(int argc, char** argv) {
     CLI::App app{"Tunebox: sing over an accompaniment and record the take"};
     app.failure_message(oneLineFailure);  // before the subcommands, which copy it
     app.require_subcommand(0, 1);
+    std::string language;
+    app.add_option("--lang", language,
+                   "Language of the main window (else the setting UI/LANG, else the locale's)")
+        ->check(CLI::IsMember({"ja", "en"}));
     int status = 0;
     tunebox::cli::registerVersionCommand(app, status);
     tunebox::cli::registerTuneCommand(app, status);
@@ -59,5 +63,5 @@ int main(int argc, char** argv) {
                      "see --help\n";
         return 1;
     }
-    return tunebox::gui::runMainDialog(argc, argv);
+    return tunebox::gui::runMainDialog(argc, argv, language);
 }

@@ -121,6 +121,10 @@ void writeVoiceFileChoice(int enabled) {
     profileWriteString(settingsPath(), kVoiceFileSection, kVoiceFileKey, enabled == 1 ? "1" : "0");
 }
 
+std::string readLanguageChoice() {
+    return profileReadString(settingsPath(), "UI", "LANG", "", kNumberBytes);
+}
+
 int readDecoderChoice() {
     return profileReadInt(settingsPath(), "MP3_DECODER", "ORIGINAL", kAbsent) == 1;
 }

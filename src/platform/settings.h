@@ -1,8 +1,8 @@
 #pragma once
 // The settings file "Tunebox.INI": the manual delay and its switch, the
 // calibration of each pair of devices, the last folder of each file picker,
-// the last take's file, whether a take writes its voice file and the
-// preferred MP3 decoder. It lives in
+// the last take's file, whether a take writes its voice file, the window's
+// language and the preferred MP3 decoder. It lives in
 // $TUNEBOX_CONFIG_DIR, else $XDG_CONFIG_HOME/tunebox, else ~/.config/tunebox.
 // Nothing here reports a failure: a missing file reads as the defaults and a
 // write that fails is forgotten.
@@ -53,6 +53,10 @@ void writeLastTake(const std::filesystem::path& take);
 // not.
 int readVoiceFileChoice();
 void writeVoiceFileChoice(int enabled);
+
+// The window's language as the user wrote it ("ja", "en"); empty when none
+// is chosen.
+std::string readLanguageChoice();
 
 // 1 when the built-in MPEG decoder is to be tried first, 0 for the codec
 // manager.

@@ -98,7 +98,7 @@ TEST_F(MainDialogSessionTest, ATakeLightsTheFacesAndTheMeterUntilTheSongEnds) {
 }
 
 // The nudge beside the audition player: PLAY hears the take mixed again,
-// 補正保存 writes it into the take, and saving a nudge of 0 brings back the
+// Save nudge writes it into the take, and saving a nudge of 0 brings back the
 // take as it was sung, byte for byte.
 TEST_F(MainDialogSessionTest, TheNudgeIsHeardOnPlayAndSavedOnRequest) {
     start(3, 8);
@@ -120,7 +120,7 @@ TEST_F(MainDialogSessionTest, TheNudgeIsHeardOnPlayAndSavedOnRequest) {
     click(kNudgeSave);
     EXPECT_EQ(readBytes(take_), sung);
     EXPECT_TRUE(
-        desktop_.messages.last().startsWith(QStringLiteral("ｽﾞﾚ補正|録音ﾌｧｲﾙに保存しました")));
+        desktop_.messages.last().startsWith(QStringLiteral("Sync nudge|Saved into the recording")));
 }
 
 TEST_F(MainDialogSessionTest, AFullDiskSaysOnceThatTheTakeWasKept) {
@@ -133,7 +133,8 @@ TEST_F(MainDialogSessionTest, AFullDiskSaysOnceThatTheTakeWasKept) {
     QTest::qWait(100);
     ASSERT_EQ(desktop_.messages.size(), 1) << desktop_.messages.join('\n').toStdString();
     const QString& message = desktop_.messages.first();
-    EXPECT_TRUE(message.startsWith(QStringLiteral("録音の中断|録音ﾌｧｲﾙに書き込めません")))
+    EXPECT_TRUE(message.startsWith(
+        QStringLiteral("Recording interrupted|The recording file cannot be written")))
         << message.toStdString();
     EXPECT_TRUE(message.endsWith(QString::fromStdString(take_))) << message.toStdString();
     EXPECT_EQ(face(kRecord), kFaceRecord);

@@ -2,6 +2,7 @@
 // A dialog on the simulated sound card (running faster than real time) with
 // a synthesised accompaniment already picked and an output file named.
 
+#include <QApplication>
 #include <QDir>
 #include <QImage>
 #include <QLabel>
@@ -59,6 +60,16 @@ class SessionTest : public GuiTest {
         return dialog_->findChild<Widget*>(gui::controlName(id));
     }
     void click(gui::ControlId id) { QTest::mouseClick(control(id), Qt::LeftButton); }
+    // A key typed into the window, where the focus is, as a user types it.
+    void press(Qt::Key key) {
+        QWidget* focus = QApplication::focusWidget();
+        QTest::keyClick(focus != nullptr ? focus : dialog_.get(), key);
+    }
+    // Keys reach only the active window.
+    void activate() {
+        dialog_->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(dialog_.get()));
+    }
     int face(gui::ControlId id) const { return control<gui::ImageButton>(id)->face(); }
     template <class Condition>
     bool waitFor(Condition condition, int milliseconds = 20000) {

@@ -103,8 +103,8 @@ TEST_F(TakeSafetyTest, OneQuestionCoversTheTakeAndItsVoiceFile) {
 // Each refusal is one message box, and nothing starts.
 TEST_F(TakeSafetyTest, ARefusedRecSaysWhyAndStartsNothing) {
     const std::pair<std::string, QString> cases[] = {
-        {"", QStringLiteral("録音ﾌｧｲﾙ名を指定してください")},
-        {"/nonexistent-folder/take.wav", QStringLiteral("ﾌｫﾙﾀﾞがありません")},
+        {"", QStringLiteral("Name the recording file")},
+        {"/nonexistent-folder/take.wav", QStringLiteral("folder does not exist")},
     };
     start(20, 4);
     for (const auto& [name, expected] : cases) {
@@ -124,7 +124,7 @@ TEST_F(TakeSafetyTest, AMicrophoneThatWillNotOpenIsTold) {
     start(20, 4, true);
     click(kRecord);
     ASSERT_EQ(desktop_.messages.size(), 1);
-    EXPECT_TRUE(desktop_.messages.first().contains(QStringLiteral("録音を開始できません")))
+    EXPECT_TRUE(desktop_.messages.first().contains(QStringLiteral("The recording cannot start")))
         << desktop_.messages.first().toStdString();
     EXPECT_EQ(karaoke().state, kIdle);
 }
@@ -145,10 +145,10 @@ TEST_F(TakeSafetyTest, TheLastTakeCutShortIsOfferedForRepairAtStart) {
     desktop_.yesAnswer = true;
     dialog_ = std::make_unique<MainDialog>(desktop_.services());
     ASSERT_TRUE(waitFor([&] { return !desktop_.questions.isEmpty(); }, 5000));
-    EXPECT_TRUE(desktop_.questions.first().startsWith(QStringLiteral("録音ﾌｧｲﾙの修復|")));
+    EXPECT_TRUE(desktop_.questions.first().startsWith(QStringLiteral("Repair recording file|")));
     EXPECT_TRUE(finishedTake(cut));
     ASSERT_EQ(desktop_.messages.size(), 1);
-    EXPECT_TRUE(desktop_.messages.first().contains(QStringLiteral("修復しました")))
+    EXPECT_TRUE(desktop_.messages.first().contains(QStringLiteral("Repaired")))
         << desktop_.messages.first().toStdString();
     EXPECT_EQ(readBytes(cut).size(), nativeWave(counting(8000)).size());
 }

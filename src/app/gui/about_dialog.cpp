@@ -12,13 +12,13 @@ namespace tunebox::gui {
 
 AboutDialog::AboutDialog(std::function<void(const QUrl&)> openUrl, QWidget* parent)
     : QDialog(parent) {
-    setWindowTitle(QStringLiteral("ﾊﾞｰｼﾞｮﾝ情報(Tunebox)"));
+    setWindowTitle(tr("About Tunebox"));
     auto* icon = new QLabel(this);
     icon->setPixmap(appIcon().pixmap(64, 64));
     auto* text =
-        new QLabel(QStringLiteral("<b>Tunebox</b> Version " TUNEBOX_VERSION
-                                  "<br>カラオケ録音ソフト<br><a href=\"%1\">Tunebox のページ</a>")
-                       .arg(makerPage().toString()),
+        new QLabel(QStringLiteral("<b>Tunebox</b> Version " TUNEBOX_VERSION "<br>%1<br>"
+                                  "<a href=\"%2\">%3</a>")
+                       .arg(tr("Karaoke recorder"), makerPage().toString(), tr("Tunebox's page")),
                    this);
     text->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
     connect(text, &QLabel::linkActivated, this,

@@ -70,6 +70,7 @@ MainDialog::MainDialog(DialogServices services, QWidget* parent)
     createControls();
     layOutControls();
     setUpWindowMenu();
+    setUpShortcuts();
     setWindowIcon(appIcon());
     initialiseMembers();
 }
@@ -86,34 +87,47 @@ ImageButton* MainDialog::makeButton(int id, const QString& caption, const QStrin
 }
 
 void MainDialog::createControls() {
-    karaokePick_ = makeButton(kKaraokePick, QStringLiteral("ｶﾗｵｹﾌｧｲﾙ選択"), QString());
-    karaokePlay_ = makeButton(kKaraokePlay, QString(), QStringLiteral("PLAY"));
-    karaokeStop_ = makeButton(kKaraokeStop, QString(), QStringLiteral("STOP"));
-    karaokePause_ = makeButton(kKaraokePause, QString(), QStringLiteral("PAUSE"));
-    leftButton_ = makeButton(kLeftButton, QStringLiteral("←"), QString());
-    rightButton_ = makeButton(kRightButton, QStringLiteral("→"), QString());
-    recordedPick_ = makeButton(kRecordedPick, QStringLiteral("録音ﾌｧｲﾙ"), QString());
-    recordedPlay_ = makeButton(kRecordedPlay, QString(), QStringLiteral("PLAY"));
-    recorderStop_ = makeButton(kRecorderStop, QString(), QStringLiteral("STOP"));
-    recordedPause_ = makeButton(kRecordedPause, QString(), QStringLiteral("PAUSE"));
-    recordButton_ = makeButton(kRecord, QString(), QStringLiteral("REC"));
-    monitorButton_ = makeButton(kMonitor, QString(), QStringLiteral("ﾚﾍﾞﾙﾓﾆﾀｰ"));
-    aboutButton_ = makeButton(kAboutButton, QStringLiteral("ﾊﾞｰｼﾞｮﾝ情報"), QString());
-    helpButton_ = makeButton(kHelpButton, QStringLiteral("ﾍﾙﾌﾟ"), QString());
-    nudgeSave_ = makeButton(kNudgeSave, QStringLiteral("補正保存"),
-                            QStringLiteral("ｽﾞﾚ補正を録音ﾌｧｲﾙに保存します"));
+    karaokePick_ = makeButton(kKaraokePick, tr("Karaoke file"),
+                              tr("Pick the accompaniment to sing over (WAV or MP3)"));
+    karaokePlay_ = makeButton(kKaraokePlay, QString(), tr("PLAY the accompaniment (Space)"));
+    karaokeStop_ =
+        makeButton(kKaraokeStop, QString(), tr("STOP the accompaniment and go back to its start"));
+    karaokePause_ = makeButton(kKaraokePause, QString(),
+                               tr("PAUSE the accompaniment, keeping its place (Space)"));
+    leftButton_ = makeButton(kLeftButton, QStringLiteral("←"),
+                             tr("Previous file (the list holds only the one picked)"));
+    rightButton_ = makeButton(kRightButton, QStringLiteral("→"),
+                              tr("Next file (the list holds only the one picked)"));
+    recordedPick_ = makeButton(kRecordedPick, tr("Recording file"),
+                               tr("Choose the WAV file the take is recorded into"));
+    recordedPlay_ = makeButton(kRecordedPlay, QString(), tr("PLAY the take to hear it"));
+    recorderStop_ = makeButton(kRecorderStop, QString(),
+                               tr("STOP the take, the accompaniment and the recording (S)"));
+    recordedPause_ = makeButton(kRecordedPause, QString(), tr("PAUSE the take's playback"));
+    recordButton_ = makeButton(kRecord, QString(), tr("REC: sing over the accompaniment (R)"));
+    monitorButton_ = makeButton(
+        kMonitor, QString(), tr("Level monitor: show the microphone's level, recording nothing"));
+    aboutButton_ = makeButton(kAboutButton, tr("About"), tr("Version and maker of Tunebox"));
+    helpButton_ = makeButton(kHelpButton, tr("Help"), tr("Open the help page"));
+    nudgeSave_ = makeButton(kNudgeSave, tr("Save nudge"),
+                            tr("Write the sync nudge into the recording file"));
 
     listView_ = named(new QTreeWidget(this), kTrackListView);
     listView_->setColumnCount(2);
-    listView_->setHeaderLabels({QStringLiteral("No."), QStringLiteral("ﾌｧｲﾙ名")});
+    listView_->setHeaderLabels({tr("No."), tr("File name")});
     listView_->setRootIsDecorated(false);
     listView_->hide();
 
     karaokeNameEdit_ = named(new QLineEdit(this), kKaraokeName);
     karaokeNameEdit_->setReadOnly(true);
+    karaokeNameEdit_->setToolTip(tr("The accompaniment picked"));
     recordedNameEdit_ = named(new QLineEdit(this), kRecordedName);
+    recordedNameEdit_->setToolTip(
+        tr("The file the take is recorded into: type a name or choose one"));
     karaokeTrackbar_ = named(new PositionTrackbar(this), kKaraokeTrackbar);
+    karaokeTrackbar_->setToolTip(tr("Where the accompaniment starts at the next PLAY or REC"));
     recordedTrackbar_ = named(new PositionTrackbar(this), kRecordedTrackbar);
+    recordedTrackbar_->setToolTip(tr("Where the take's playback starts"));
 
     timeLabel_ = named(new QLabel(this), kTimeText);
     timeLabel_->setFont(timeFont());
@@ -123,29 +137,33 @@ void MainDialog::createControls() {
     timePalette.setColor(QPalette::Window, Qt::black);
     timePalette.setColor(QPalette::WindowText, QColor(0, 255, 255));
     timeLabel_->setPalette(timePalette);
-    timeLabel_->setMinimumSize(96, 26);
+    timeLabel_->setToolTip(tr("Accompaniment position (minutes:seconds:hundredths)"));
 
-    echoCheck_ = named(new QCheckBox(QStringLiteral("エコー効果"), this), kEchoCheck);
-    manualDelayCheck_ =
-        named(new QCheckBox(QStringLiteral("手動遅れ設定"), this), kManualDelayCheck);
-    voiceFileCheck_ = named(new QCheckBox(QStringLiteral("ﾎﾞｰｶﾙ別保存"), this), kVoiceFileCheck);
+    echoCheck_ = named(new QCheckBox(tr("Echo"), this), kEchoCheck);
+    echoCheck_->setToolTip(tr("Echo on the voice"));
+    manualDelayCheck_ = named(new QCheckBox(tr("Manual delay"), this), kManualDelayCheck);
+    manualDelayCheck_->setToolTip(
+        tr("Drop the fixed number of voice bytes below instead of the measured delay"));
+    voiceFileCheck_ = named(new QCheckBox(tr("Save voice separately"), this), kVoiceFileCheck);
     voiceFileCheck_->setToolTip(
-        QStringLiteral("声だけのﾌｧｲﾙ(.voice.wav)も録音ﾌｧｲﾙの横に保存します"));
+        tr("Also save the voice alone (.voice.wav) beside the recording file"));
     nudgeSpin_ = named(new QSpinBox(this), kNudgeSpin);
     const auto largest = static_cast<int>(kLargestNudgeMs);
     nudgeSpin_->setRange(-largest, largest);
     nudgeSpin_->setSuffix(QStringLiteral(" ms"));
-    nudgeSpin_->setToolTip(QStringLiteral("声を遅らせる(+)・早める(-)。試聴に反映されます"));
+    nudgeSpin_->setToolTip(tr("Move the voice later (+) or earlier (-); the take's PLAY hears it"));
     manualDelayEdit_ = named(new QLineEdit(this), kManualDelayEdit);
     manualDelayEdit_->setValidator(new QRegularExpressionValidator(
         QRegularExpression(QStringLiteral("[0-9]*")), manualDelayEdit_));
     manualDelayEdit_->setMaximumWidth(90);
+    manualDelayEdit_->setToolTip(tr("Voice bytes to drop when the manual delay is on"));
     manualDelayEdit_->installEventFilter(this);
     delayLabel_ = readout(kDelayReadout, this);
+    delayLabel_->setToolTip(tr("How far the voice lags the accompaniment (bytes)"));
     captureStartLabel_ = readout(kCaptureStartReadout, this);
-    captureStartLabel_->setToolTip(QStringLiteral("録音開始時の入力位置 (バイト)"));
+    captureStartLabel_->setToolTip(tr("Capture position when the take started (bytes)"));
     playbackStartLabel_ = readout(kPlaybackStartReadout, this);
-    playbackStartLabel_->setToolTip(QStringLiteral("録音開始時の再生位置 (バイト)"));
+    playbackStartLabel_->setToolTip(tr("Playback position when the take started (bytes)"));
     for (QLabel* label : {captureStartLabel_, playbackStartLabel_}) {
         // Diagnostic figures: present but quieter than the controls.
         QPalette quiet = label->palette();
@@ -153,7 +171,7 @@ void MainDialog::createControls() {
         label->setPalette(quiet);
     }
     meter_ = named(new LevelMeter(this), kMeterFrame);
-    meter_->setMinimumHeight(26);
+    meter_->setToolTip(tr("Microphone level"));
 
     setUpImageButtons();
 
@@ -211,7 +229,11 @@ void MainDialog::setUpImageButtons() {
     }
 }
 
+// Extra room goes to the path boxes, the trackbars and empty space: every
+// row keeps its height, the time box and the meter their size.
 void MainDialog::layOutControls() {
+    timeLabel_->setFixedSize(96, 26);
+    meter_->setFixedSize(meter_->sizeHint());
     auto* karaokeFile = new QHBoxLayout;
     karaokeFile->addWidget(karaokePick_);
     karaokeFile->addWidget(karaokeNameEdit_, 1);
@@ -238,21 +260,22 @@ void MainDialog::layOutControls() {
         recorderTransport->addWidget(widget);
     }
     recorderTransport->addSpacing(8);
-    recorderTransport->addWidget(meter_, 1);
+    recorderTransport->addWidget(meter_);
+    recorderTransport->addStretch(1);
 
-    // Beside the audition player: PLAY hears the nudge, 補正保存 keeps it.
+    // Beside the audition player: PLAY hears the nudge, Save nudge keeps it.
     auto* nudge = new QHBoxLayout;
     nudge->addStretch(1);
-    nudge->addWidget(staticText(QStringLiteral("ｽﾞﾚ補正："), this));
+    nudge->addWidget(staticText(tr("Sync nudge:"), this));
     nudge->addWidget(nudgeSpin_);
     nudge->addWidget(nudgeSave_);
 
     auto* sync = new QGridLayout;
     sync->addWidget(echoCheck_, 0, 0);
     sync->addWidget(manualDelayCheck_, 0, 1);
-    sync->addWidget(staticText(QStringLiteral("手動固定："), this), 0, 2, Qt::AlignRight);
+    sync->addWidget(staticText(tr("Fixed delay:"), this), 0, 2, Qt::AlignRight);
     sync->addWidget(manualDelayEdit_, 0, 3);
-    sync->addWidget(staticText(QStringLiteral("再生遅れ："), this), 1, 2, Qt::AlignRight);
+    sync->addWidget(staticText(tr("Playback delay:"), this), 1, 2, Qt::AlignRight);
     sync->addWidget(delayLabel_, 1, 3);
     sync->addWidget(voiceFileCheck_, 2, 0);
     sync->addWidget(captureStartLabel_, 1, 0);
@@ -277,9 +300,9 @@ void MainDialog::layOutControls() {
     page->addLayout(nudge);
     page->addSpacing(4);
     page->addLayout(sync);
+    page->addStretch(1);
     page->addLayout(links);
     page->addWidget(listView_);
-    setMinimumWidth(520);
 }
 
 void MainDialog::setUpWindowMenu() {
@@ -287,7 +310,7 @@ void MainDialog::setUpWindowMenu() {
     // the dialog's own context menu.
     auto* separator = new QAction(this);
     separator->setSeparator(true);
-    auto* about = new QAction(QStringLiteral("ﾊﾞｰｼﾞｮﾝ情報(Tunebox) (&A)..."), this);
+    auto* about = new QAction(tr("&About Tunebox..."), this);
     about->setObjectName(QString::number(kAboutCommand));
     connect(about, &QAction::triggered, this, &MainDialog::showAbout);
     addAction(separator);

@@ -46,6 +46,8 @@ class MainDialog : public QDialog, private TakeListener {
   protected:
     void paintEvent(QPaintEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
 
   private:
     // Building the dialog.
@@ -53,6 +55,7 @@ class MainDialog : public QDialog, private TakeListener {
     void layOutControls();
     void setUpImageButtons();
     void setUpWindowMenu();
+    void setUpShortcuts();
     ImageButton* makeButton(int id, const QString& caption, const QString& tip);
     void initialiseMembers();
 
@@ -84,6 +87,7 @@ class MainDialog : public QDialog, private TakeListener {
     void trackbarScrolled(TakePlayer player, TrackbarScroll kind, int value);
     std::optional<TrackEntry> currentTrack() const;
     bool playersIdle() const;
+    bool takeRunning() const;
     void endFaultedTake(CaptureFault fault);
     void destroy();
 

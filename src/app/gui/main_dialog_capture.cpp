@@ -13,8 +13,8 @@ namespace {
 
 QString faultText(CaptureFault fault) {
     return fault == CaptureFault::kOutputWrite
-               ? QStringLiteral("録音ﾌｧｲﾙに書き込めません(ﾃﾞｨｽｸの空き不足?)。")
-               : QStringLiteral("ﾏｲｸからの入力が止まりました。");
+               ? MainDialog::tr("The recording file cannot be written (is the disk full?). ")
+               : MainDialog::tr("The microphone stopped sending sound. ");
 }
 
 // The first line for the singer; the controller's own line, naming the
@@ -22,18 +22,19 @@ QString faultText(CaptureFault fault) {
 QString refusalText(RecRefusal kind) {
     switch (kind) {
         case RecRefusal::kNoOutputName:
-            return QStringLiteral("録音ﾌｧｲﾙ名を指定してください。");
+            return MainDialog::tr("Name the recording file first.");
         case RecRefusal::kNoFolder:
-            return QStringLiteral("録音ﾌｧｲﾙのﾌｫﾙﾀﾞがありません。");
+            return MainDialog::tr("The recording file's folder does not exist.");
         case RecRefusal::kFolderNotWritable:
-            return QStringLiteral("録音ﾌｧｲﾙのﾌｫﾙﾀﾞに書き込めません。");
+            return MainDialog::tr("The recording file's folder cannot be written to.");
         case RecRefusal::kNoRoom:
-            return QStringLiteral("ﾃﾞｨｽｸの空きが足りません(曲の長さと1分ぶんが必要です)。");
+            return MainDialog::tr(
+                "Not enough disk space (the take needs the song's length and a minute more).");
         case RecRefusal::kCaptureFailed:
         case RecRefusal::kNone:
             break;
     }
-    return QStringLiteral("録音を開始できません(ﾏｲｸを確認してください)。");
+    return MainDialog::tr("The recording cannot start (check the microphone).");
 }
 
 }  // namespace
@@ -49,9 +50,9 @@ void MainDialog::captureFaulted(CaptureFault fault) {
 void MainDialog::endFaultedTake(CaptureFault fault) {
     QString text = faultText(fault);
     if (controller_.endFaultedTake()) {
-        text += QStringLiteral("ここまでの録音は保存しました:") + recordedName_;
+        text += tr("What was recorded so far is saved: ") + recordedName_;
     }
-    services_.showStop(this, QStringLiteral("録音の中断"), text);
+    services_.showStop(this, tr("Recording interrupted"), text);
 }
 
 void MainDialog::record() {
@@ -75,7 +76,7 @@ void MainDialog::record() {
     } else if (started.refusalKind != RecRefusal::kNone) {
         logAlways(started.refusal);
         services_.showStop(
-            this, QStringLiteral("録音できません"),
+            this, tr("Cannot record"),
             refusalText(started.refusalKind) + '\n' + QString::fromStdString(started.refusal));
     }
 }

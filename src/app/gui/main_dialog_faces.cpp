@@ -70,9 +70,9 @@ void MainDialog::recorderStopping(bool stopping) {
         QMetaObject::invokeMethod(
             this,
             [this, text = QString::fromStdString(voiceProblem)] {
-                services_.showNote(this, QStringLiteral("ﾎﾞｰｶﾙ別保存"),
-                                   QStringLiteral("声だけのﾌｧｲﾙは途中までです。録音ﾌｧｲﾙは"
-                                                  "最後まで保存しました。\n") +
+                services_.showNote(this, tr("Save voice separately"),
+                                   tr("The voice file stops short; the recording file is "
+                                      "saved to the end.\n") +
                                        text);
             },
             Qt::QueuedConnection);

@@ -1,5 +1,5 @@
 // The sync nudge beside the audition player: PLAY hears the take with its
-// voice moved by the nudge, and 補正保存 writes that into the take. Both mix
+// voice moved by the nudge, and Save nudge writes that into the take. Both mix
 // the take again from its voice file, which stays as it was recorded, so
 // the nudge always counts from the take as sung.
 
@@ -11,12 +11,6 @@
 #include "session/take_remix.h"
 
 namespace tunebox::gui {
-namespace {
-
-const QString kNudgeCaption = QStringLiteral("ｽﾞﾚ補正");
-
-}  // namespace
-
 // The audition player's own precondition, and nothing else may be using the
 // take while it is mixed again.
 bool MainDialog::nudgeCanRun() const {
@@ -33,8 +27,8 @@ bool MainDialog::remixTo(const QString& output) {
         return true;
     }
     logAlways(problem);
-    services_.showStop(this, kNudgeCaption,
-                       QStringLiteral("ｽﾞﾚ補正できません:\n") + QString::fromStdString(problem));
+    services_.showStop(this, tr("Sync nudge"),
+                       tr("The nudge cannot be applied:\n") + QString::fromStdString(problem));
     return false;
 }
 
@@ -58,8 +52,8 @@ void MainDialog::saveNudge() {
         return;
     }
     if (remixTo(recordedName_)) {
-        services_.showNote(this, kNudgeCaption,
-                           QStringLiteral("録音ﾌｧｲﾙに保存しました:") + recordedName_);
+        services_.showNote(this, tr("Sync nudge"),
+                           tr("Saved into the recording file: ") + recordedName_);
     }
 }
 

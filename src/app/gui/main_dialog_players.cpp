@@ -36,8 +36,8 @@ void MainDialog::pickKaraoke() {
     TrackEntry entry;
     entry.path = path.toStdString();
     if (wavGetLength(entry.path, entry.length) == 0) {
-        services_.showStop(this, QStringLiteral("ﾌｧｲﾙ選択の失敗"),
-                           QStringLiteral("ｻﾎﾟｰﾄされないﾌｧｲﾙﾌｫｰﾏｯﾄ:") + path);
+        services_.showStop(this, tr("File selection failed"),
+                           tr("Unsupported file format: ") + path);
         return;
     }
     list_.remove(0);

@@ -14,7 +14,9 @@
 namespace tunebox::gui {
 namespace {
 
-const QString kRepairCaption = QStringLiteral("録音ﾌｧｲﾙの修復");
+QString repairCaption() {
+    return MainDialog::tr("Repair recording file");
+}
 
 }  // namespace
 
@@ -46,9 +48,8 @@ bool MainDialog::overwriteAgreed() {
     if (existing.isEmpty()) {
         return true;
     }
-    return services_.askYesNo(
-        this, QStringLiteral("録音ﾌｧｲﾙの上書き"),
-        existing.join('\n') + QStringLiteral("\nは既にあります。上書きして録音しますか?"));
+    return services_.askYesNo(this, tr("Overwrite recording file"),
+                              tr("%1\nalready exists. Record over it?").arg(existing.join('\n')));
 }
 
 // The file of the last take is named again at start, and offered for repair
@@ -67,22 +68,21 @@ void MainDialog::offerRepair(const QString& path) {
     if (inspection.condition != WavCondition::kUnfinished) {
         return;
     }
-    const QString question = path +
-                             QStringLiteral("\nは録音が途中で終わっています。修復しますか?\n") +
-                             QString::fromStdString(inspection.detail);
-    if (!services_.askYesNo(this, kRepairCaption, question)) {
+    const QString question = tr("%1\nwas cut off in the middle of a take. Repair it?\n%2")
+                                 .arg(path, QString::fromStdString(inspection.detail));
+    if (!services_.askYesNo(this, repairCaption(), question)) {
         return;
     }
     const RepairResult result = repairWav(path.toStdString());
     const QString detail = QString::fromStdString(result.message);
     if (!result.repaired) {
-        services_.showStop(this, kRepairCaption, QStringLiteral("修復できませんでした:") + detail);
+        services_.showStop(this, repairCaption(), tr("The repair failed: ") + detail);
         return;
     }
     // The file is a take worth keeping now, not the wreck the picker was
     // told could be replaced.
     overwriteAgreed_.clear();
-    services_.showNote(this, kRepairCaption, QStringLiteral("修復しました:") + detail);
+    services_.showNote(this, repairCaption(), tr("Repaired: ") + detail);
 }
 
 void MainDialog::finishTake() {

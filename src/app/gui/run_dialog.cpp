@@ -3,8 +3,10 @@
 #include <QApplication>
 #include <QSessionManager>
 
+#include "app/gui/language.h"
 #include "app/gui/main_dialog.h"
 #include "app/gui/termination_signals.h"
+#include "platform/settings.h"
 
 namespace tunebox::gui {
 
@@ -15,10 +17,13 @@ void endTakeWithTheSession(MainDialog& dialog, const TerminationSignals& termina
     QObject::connect(&terminations, &TerminationSignals::arrived, &dialog, &MainDialog::reject);
 }
 
-int runMainDialog(int& argc, char** argv) {
+int runMainDialog(int& argc, char** argv, const std::string& language) {
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("tunebox"));
     QApplication::setDesktopFileName(QStringLiteral("tunebox"));
+    const Translations translations(chooseLanguage(QString::fromStdString(language),
+                                                   QString::fromStdString(readLanguageChoice()),
+                                                   QLocale::system()));
     MainDialog dialog;
     const TerminationSignals terminations;
     endTakeWithTheSession(dialog, terminations);
