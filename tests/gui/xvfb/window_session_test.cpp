@@ -1,5 +1,5 @@
 // One whole session on the real window, as a singer goes through it, in
-// each language: pick, monitor, PLAY and PAUSE, REC to the song's end, then
+// each language: pick, monitor over PLAY, PAUSE, REC to the song's end, then
 // audition the take. Input is synthetic mouse and key events through the X
 // server; screenshots of each step land in build/screenshots as
 // xcb-<language>-<scale>x-<step>.png (the scale is QT_SCALE_FACTOR's).
@@ -7,6 +7,7 @@
 #include <QGuiApplication>
 
 #include "app/gui/language.h"
+#include "app/gui/level_meter.h"
 #include "gui/session_fixture.h"
 #include "gui/xvfb/xvfb_state.h"
 #include "playback/wav_repair.h"
@@ -37,6 +38,13 @@ class WindowSessionTest : public SessionTest {
             << name.toStdString();
     }
 
+    // The first segment of the upper bar shows its lit green.
+    bool meterLit() const {
+        const QImage& frame = dialog_->meter().frame();
+        return frame.pixelColor(frame.width() / (2 * kMeterSegments), frame.height() / 4) ==
+               QColor(0, 255, 0);
+    }
+
     void runSession(Language language) {
         language_ = language == Language::kJapanese ? "ja" : "en";
         const Translations translations(language);
@@ -45,18 +53,19 @@ class WindowSessionTest : public SessionTest {
         activate();
         snap("1-picked");
 
+        // The level monitor listens while the accompaniment plays, as a
+        // singer checks the microphone against the song.
         click(kMonitor);
         ASSERT_EQ(dialog_->monitorOn(), 1);
-        QTest::qWait(600);
-        snap("2-monitor");
-        click(kMonitor);
-
         press(Qt::Key_Space);
         ASSERT_EQ(karaoke().state, kPlaying);
-        QTest::qWait(500);
+        ASSERT_TRUE(waitFor([&] { return meterLit(); }, 5000));
+        QTest::qWait(600);  // a tick of the time box
+        snap("2-monitor");
         press(Qt::Key_Space);
         ASSERT_NE(karaoke().state, kPlaying);
         snap("3-paused");
+        click(kMonitor);
         press(Qt::Key_S);
 
         press(Qt::Key_R);
