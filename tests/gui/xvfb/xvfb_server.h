@@ -4,6 +4,7 @@
 
 #include <poll.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -37,6 +38,8 @@ class XvfbServer {
         }
         pid_ = fork();
         if (pid_ == 0) {
+            // A test run that is killed takes its server with it.
+            prctl(PR_SET_PDEATHSIG, SIGTERM);
             close(ready[0]);
             const std::string fd = std::to_string(ready[1]);
             execl(program.c_str(), "Xvfb", "-displayfd", fd.c_str(), "-screen", "0", "1920x1200x24",
