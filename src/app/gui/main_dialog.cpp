@@ -277,7 +277,9 @@ void MainDialog::layOutControls() {
     sync->addWidget(manualDelayEdit_, 0, 3);
     sync->addWidget(staticText(tr("Playback delay:"), this), 1, 2, Qt::AlignRight);
     sync->addWidget(delayLabel_, 1, 3);
-    sync->addWidget(voiceFileCheck_, 2, 0);
+    // Spanning two columns, so that a long caption does not push the
+    // manual-delay switch away from the echo switch.
+    sync->addWidget(voiceFileCheck_, 2, 0, 1, 2);
     sync->addWidget(captureStartLabel_, 1, 0);
     sync->addWidget(playbackStartLabel_, 1, 1);
     sync->setColumnStretch(4, 1);

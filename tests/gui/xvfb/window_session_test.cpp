@@ -84,6 +84,9 @@ class WindowSessionTest : public SessionTest {
         press(Qt::Key_S);
         EXPECT_EQ(dialog_->recordedStatus().state, kIdle);
         EXPECT_TRUE(desktop_.messages.isEmpty()) << desktop_.messages.join('\n').toStdString();
+
+        dialog_->resize(dialog_->width() * 3 / 2, dialog_->height() * 3 / 2);
+        snap("6-stretched");
     }
 
     QString language_;
