@@ -80,6 +80,12 @@ TEST_F(SettingsTest, OnlyOriginalOnePrefersTheBuiltInDecoder) {
     }
 }
 
+TEST_F(SettingsTest, TheWindowsLanguageIsReadFromItsOwnSection) {
+    EXPECT_EQ(readLanguageChoice(), "");
+    writeFile("[MP3_DECODER]\nLANG=ja\n[UI]\nLANG=en\n");
+    EXPECT_EQ(readLanguageChoice(), "en");
+}
+
 TEST_F(SettingsTest, EachPickerRemembersTheFolderOfItsLastFile) {
     EXPECT_EQ(readFolder(FolderPicker::kKaraoke), "");
     writeFolder(FolderPicker::kKaraoke, "/music/enka/song.mp3");
