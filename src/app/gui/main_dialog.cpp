@@ -20,6 +20,7 @@
 #include <tuple>
 
 #include "app/gui/app_icon.h"
+#include "app/gui/clip_light.h"
 #include "app/gui/control_ids.h"
 #include "app/gui/image_button.h"
 #include "app/gui/level_meter.h"
@@ -142,6 +143,7 @@ void MainDialog::createControls() {
     manualDelayEdit_->setMaximumWidth(90);
     manualDelayEdit_->installEventFilter(this);
     delayLabel_ = readout(kDelayReadout, this);
+    calibrationLabel_ = named(staticText(QString(), this), kCalibrationNote);
     captureStartLabel_ = readout(kCaptureStartReadout, this);
     captureStartLabel_->setToolTip(QStringLiteral("録音開始時の入力位置 (バイト)"));
     playbackStartLabel_ = readout(kPlaybackStartReadout, this);
@@ -154,6 +156,7 @@ void MainDialog::createControls() {
     }
     meter_ = named(new LevelMeter(this), kMeterFrame);
     meter_->setMinimumHeight(26);
+    clipLight_ = named(new ClipLight(this), kClipLight);
 
     setUpImageButtons();
 
@@ -239,6 +242,7 @@ void MainDialog::layOutControls() {
     }
     recorderTransport->addSpacing(8);
     recorderTransport->addWidget(meter_, 1);
+    recorderTransport->addWidget(clipLight_);
 
     // Beside the audition player: PLAY hears the nudge, 補正保存 keeps it.
     auto* nudge = new QHBoxLayout;
@@ -254,6 +258,7 @@ void MainDialog::layOutControls() {
     sync->addWidget(manualDelayEdit_, 0, 3);
     sync->addWidget(staticText(QStringLiteral("再生遅れ："), this), 1, 2, Qt::AlignRight);
     sync->addWidget(delayLabel_, 1, 3);
+    sync->addWidget(calibrationLabel_, 1, 4);
     sync->addWidget(voiceFileCheck_, 2, 0);
     sync->addWidget(captureStartLabel_, 1, 0);
     sync->addWidget(playbackStartLabel_, 1, 1);
