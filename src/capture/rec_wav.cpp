@@ -32,6 +32,13 @@ int32_t peakOf(const uint8_t* block, uint32_t length, uint32_t channel) {
     return peak;
 }
 
+// Full scale is where the mix clips (mixSample) and where a microphone's
+// converter saturates.
+bool reachesFullScale(const uint8_t* block, uint32_t length) {
+    constexpr int32_t kFullScale = 32767;
+    return peakOf(block, length, 0) >= kFullScale || peakOf(block, length, 1) >= kFullScale;
+}
+
 }  // namespace
 
 uint32_t handledCaptureNotices() {
@@ -53,6 +60,11 @@ void CRecWav::registerLevelMeter(LevelMeterCallback callback, void* context) {
 void CRecWav::registerFaultNotice(FaultNoticeCallback callback, void* context) {
     faultNotice_ = callback;
     faultNoticeContext_ = context;
+}
+
+void CRecWav::registerClipNotice(ClipNoticeCallback callback, void* context) {
+    clipNotice_ = callback;
+    clipNoticeContext_ = context;
 }
 
 void CRecWav::setVoiceFile(std::string path, AccompanimentNote note) {
@@ -78,6 +90,7 @@ int CRecWav::start(SinkMode mode, const WaveFormat& format, uint32_t slotSize, i
     fault_ = CaptureFault::kNone;
     lastError_.clear();
     voiceError_.clear();
+    clippedBlocks_ = 0;
     inbox_ = std::make_shared<CaptureInbox>(CaptureInbox{this});
     if (!RecBuf.allocate(slotSize, bufferCount)) {
         return failStart("out of memory for the capture buffers");
@@ -306,10 +319,23 @@ void CRecWav::reportLevels(const uint8_t* block, uint32_t length) {
     }
 }
 
+// Every block the take gets (or the monitor measures) passes here, mixed or
+// the voice alone, so this is where clipping is counted.
 void CRecWav::writeToSink(const uint8_t* bytes, uint32_t count) {
+    noteClipping(bytes, count);
     if (!sink_.write(bytes, count) && sink_.mode() == kSinkWavFile) {
         recordFault(CaptureFault::kOutputWrite,
                     outputFileName_ + ": could not be written (disk full?)");
+    }
+}
+
+void CRecWav::noteClipping(const uint8_t* bytes, uint32_t count) {
+    if (!reachesFullScale(bytes, count)) {
+        return;
+    }
+    ++clippedBlocks_;
+    if (clipNotice_ != nullptr) {
+        clipNotice_(clippedBlocks_, clipNoticeContext_);
     }
 }
 

@@ -44,6 +44,11 @@ using LevelMeterCallback = void (*)(int32_t first, int32_t second, void* context
 // while a stop is already waiting for buffers; stopping again does nothing.
 using FaultNoticeCallback = void (*)(CaptureFault fault, void* context);
 
+// Told on the owning thread each time a block of the take (or, with the
+// level monitor, of the microphone) reaches full scale: the mix clipped it or
+// the microphone delivered it clipped. `clippedBlocks` counts them this run.
+using ClipNoticeCallback = void (*)(uint32_t clippedBlocks, void* context);
+
 // Where the capture notices of one run go: a run's leftovers still queued
 // after it closed find no engine and are dropped.
 struct CaptureInbox;
@@ -80,6 +85,7 @@ class CRecWav {
     void setEffectsEnabled(int32_t enabled) { effectsEnabled_ = enabled; }
     void registerLevelMeter(LevelMeterCallback callback, void* context);
     void registerFaultNotice(FaultNoticeCallback callback, void* context);
+    void registerClipNotice(ClipNoticeCallback callback, void* context);
 
     int32_t state() const { return state_; }
     int isActive() const { return state_ != kRecClosed; }
@@ -93,6 +99,8 @@ class CRecWav {
     // written; empty while it is fine. The take itself went on.
     const std::string& voiceFileError() const { return voiceError_; }
     int32_t queuedCount() const { return queued_; }
+    // Blocks of the current or last run that reached full scale.
+    uint32_t clippedBlocks() const { return clippedBlocks_; }
 
   private:
     int start(SinkMode mode, const WaveFormat& format, uint32_t slotSize, int32_t bufferCount,
@@ -114,6 +122,7 @@ class CRecWav {
     void unprepareReturned(WaveHeader& header);
     void reportLevels(const uint8_t* block, uint32_t length);
     void writeToSink(const uint8_t* bytes, uint32_t count);
+    void noteClipping(const uint8_t* bytes, uint32_t count);
     void writeVoice(const uint8_t* bytes, uint32_t count);
     void noteVoiceFault(const std::string& what);
     void recordFault(CaptureFault fault, std::string reason);
@@ -147,6 +156,9 @@ class CRecWav {
     void* levelMeterContext_ = nullptr;
     FaultNoticeCallback faultNotice_ = nullptr;
     void* faultNoticeContext_ = nullptr;
+    ClipNoticeCallback clipNotice_ = nullptr;
+    void* clipNoticeContext_ = nullptr;
+    uint32_t clippedBlocks_ = 0;
     std::string outputFileName_;
     std::string voiceFileName_;
     AccompanimentNote voiceNote_;

@@ -32,6 +32,7 @@ TakeController::TakeController(AudioBackend& audio, Dispatcher& dispatcher, Take
       capture_(dispatcher, audio) {
     capture_.registerLevelMeter(&TakeController::onLevels, this);
     capture_.registerFaultNotice(&TakeController::onFault, this);
+    capture_.registerClipNotice(&TakeController::onClip, this);
 }
 
 void TakeController::setSourceOptions(const SourceOptions& options) {
@@ -45,6 +46,10 @@ void TakeController::onLevels(int32_t first, int32_t second, void* context) {
 
 void TakeController::onFault(CaptureFault fault, void* context) {
     static_cast<TakeController*>(context)->listener_.captureFaulted(fault);
+}
+
+void TakeController::onClip(uint32_t clippedBlocks, void* context) {
+    static_cast<TakeController*>(context)->listener_.blockClipped(clippedBlocks);
 }
 
 PlayerStatus& TakeController::status(TakePlayer player) {
@@ -69,6 +74,7 @@ PlayStart TakeController::playAccompaniment(const std::optional<TrackEntry>& tra
         togglePause(TakePlayer::kAccompaniment);
         return PlayStart::kStarted;
     }
+    listener_.showFace(TakeButton::kAccompanimentPause, false);
     listener_.showFace(TakeButton::kAccompanimentPlay, true);
     allocateMixBuf(accompanimentPlayer_.mixBuf(), kEngineBlockBytes, kEngineBlockCount);
     setUpAccompanimentPlayer(accompanimentPlayer_, *track);
@@ -79,6 +85,7 @@ PlayStart TakeController::playAccompaniment(const std::optional<TrackEntry>& tra
         return PlayStart::kOpenFailed;
     }
     accompaniment_.state = kPlaying;
+    takeWithoutAccompaniment_ = false;
     accompanimentRunStart_ = adjustStartPosition(accompaniment_.position);
     listener_.tickerChanged(TakePlayer::kAccompaniment, true);
     return accompanimentPlayer_.wavPlay() == 1 ? PlayStart::kStarted : PlayStart::kDeviceFailed;
@@ -121,23 +128,29 @@ void TakeController::stopAccompaniment(bool reset) {
 
 void TakeController::pauseAccompaniment() {
     // Pausing and then stopping leaves a player that remembers where it
-    // stopped: the next PLAY opens the file afresh from there.
+    // stopped: the next PLAY opens the file afresh from there. It looks
+    // paused the way the audition does, PLAY and PAUSE both lit.
+    const bool pausing = accompaniment_.state == kPlaying;
     togglePause(TakePlayer::kAccompaniment);
     stopAccompaniment(false);
+    if (pausing) {
+        listener_.showFace(TakeButton::kAccompanimentPlay, true);
+        listener_.showFace(TakeButton::kAccompanimentPause, true);
+    }
 }
 
-void TakeController::playRecorded() {
+PlayStart TakeController::playRecorded() {
     if (outputFile_.empty() || captureActive()) {
-        return;
+        return PlayStart::kNoTrack;
     }
     if (recorded_.state == kPlaying) {
         // The accompaniment's marker, as it always was; nothing reads it.
         accompaniment_.restartMarker = 1;
-        return;
+        return PlayStart::kStarted;
     }
     if (recorded_.state == kPaused) {
         togglePause(TakePlayer::kRecorded);
-        return;
+        return PlayStart::kStarted;
     }
     listener_.showFace(TakeButton::kRecordedPlay, true);
     applyPreset(recordedPlayer_, TrackEntry{});
@@ -145,14 +158,20 @@ void TakeController::playRecorded() {
     wavGetLength(file, recorded_.length);
     if (recordedPlayer_.wavOpenFile(file, recorded_.position, recorded_.length) == 0) {
         stopPlayer(TakePlayer::kRecorded);
-        return;
+        return PlayStart::kOpenFailed;
     }
     recorded_.state = kPlaying;
+    recordedRunStart_ = adjustStartPosition(recorded_.position);
     listener_.tickerChanged(TakePlayer::kRecorded, true);
-    recordedPlayer_.wavPlay();
+    return recordedPlayer_.wavPlay() == 1 ? PlayStart::kStarted : PlayStart::kDeviceFailed;
 }
 
 void TakeController::tick(TakePlayer player) {
+    if (player == TakePlayer::kAccompaniment && takeWithoutAccompaniment_) {
+        // The idle player has nothing to finish; only the take's time moves.
+        refreshAccompaniment();
+        return;
+    }
     PlayerStatus& current = status(player);
     if (engine(player).wavIsStopped()) {
         finishedByItself(player);
@@ -211,7 +230,8 @@ void TakeController::refreshAccompaniment() {
         }
     }
     readout.delay = takeDelay();
-    readout.position = accompaniment_.position;
+    readout.position =
+        takeWithoutAccompaniment_ ? takeWithoutAccompanimentBytes() : accompaniment_.position;
     listener_.showAccompaniment(readout);
 }
 
@@ -227,12 +247,27 @@ int32_t TakeController::takeDelay() {
     return takeDelay_;
 }
 
+// How long the take has run: the capture position since REC handed the
+// starting pair to the mixer.
+uint32_t TakeController::takeWithoutAccompanimentBytes() {
+    const uint32_t start = capture_.syncMx().startCapturePosition();
+    const uint32_t now = captureActive() ? capture_.capturePosition() : start;
+    return now > start ? now - start : 0;
+}
+
 void TakeController::refreshRecordedTrackbar() {
     if (recorded_.state == kIdle) {
         listener_.showRecordedTrackbar(0);
-    } else if (recorded_.dragged == 0) {
-        listener_.showRecordedTrackbar(static_cast<int>(recordedPlayer_.wavGetSliderPos()));
+    } else {
+        // As for the accompaniment: where the listener is, from the device.
+        if (recordedPlayer_.state() != kPlayerStopped) {
+            recorded_.position = recordedRunStart_ + recordedPlayer_.wavGetDevicePosition();
+        }
+        if (recorded_.dragged == 0) {
+            listener_.showRecordedTrackbar(static_cast<int>(recordedPlayer_.wavGetSliderPos()));
+        }
     }
+    listener_.showRecordedPosition(recorded_.position);
 }
 
 }  // namespace tunebox

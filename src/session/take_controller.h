@@ -82,7 +82,8 @@ class TakeController {
     // The file the recorder group's PLAY auditions instead of the take (the
     // take mixed again with a nudge); empty auditions the take.
     void setAuditionFile(const std::string& path) { auditionFile_ = path; }
-    void playRecorded();
+    // kNoTrack when ignored (no take named, or capture runs).
+    PlayStart playRecorded();
     void pauseRecorded() { togglePause(TakePlayer::kRecorded); }
     void stopRecorder();
     RecStart rec(const RecordRequest& request);
@@ -125,6 +126,8 @@ class TakeController {
     int32_t takeDelay();
     static void onLevels(int32_t first, int32_t second, void* context);
     static void onFault(CaptureFault fault, void* context);
+    static void onClip(uint32_t clippedBlocks, void* context);
+    uint32_t takeWithoutAccompanimentBytes();
 
     AudioBackend& audio_;
     TakeListener& listener_;
@@ -138,6 +141,10 @@ class TakeController {
     std::string auditionFile_;
     // Where the accompaniment's current run started, in bytes.
     uint32_t accompanimentRunStart_ = 0;
+    uint32_t recordedRunStart_ = 0;
+    // A take runs with no accompaniment playing (the voice alone, or a track
+    // that would not start): the accompaniment's tick shows its time.
+    bool takeWithoutAccompaniment_ = false;
     // The delay the mixer lined the take up with, for the read-out.
     int32_t takeDelay_ = 0;
     int monitorFlag_ = 0;

@@ -44,9 +44,17 @@ class TakeListener {
     virtual void tickerChanged(TakePlayer, bool /*running*/) {}
     virtual void showAccompaniment(const AccompanimentReadout&) {}
     virtual void showRecordedTrackbar(int /*value*/) {}
+    // Where the audition is, bytes, at each of its refreshes.
+    virtual void showRecordedPosition(uint32_t /*bytes*/) {}
     virtual void showStartPositions(uint32_t /*playback*/, uint32_t /*capture*/) {}
     // While capture drains at a stop, the recorder's STOP and PLAY are off.
     virtual void recorderStopping(bool /*stopping*/) {}
+    // A block reached full scale (the take's or the monitored microphone's);
+    // `clippedBlocks` counts them since capture started.
+    virtual void blockClipped(uint32_t /*clippedBlocks*/) {}
+    // A take (not the monitor) is finished, with how many of its blocks
+    // reached full scale.
+    virtual void takeEnded(uint32_t /*clippedBlocks*/) {}
 };
 
 }  // namespace tunebox

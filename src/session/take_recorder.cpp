@@ -80,6 +80,10 @@ RecStart TakeController::rec(const RecordRequest& request) {
         // Capture runs before the accompaniment starts, so that nothing the
         // singer hears is missing from the take.
         result.accompaniment = playAccompaniment(request.track);
+        takeWithoutAccompaniment_ = accompaniment_.state == kIdle;
+        if (takeWithoutAccompaniment_) {
+            listener_.tickerChanged(TakePlayer::kAccompaniment, true);
+        }
     }
     handToMixer();
     return result;
@@ -125,6 +129,7 @@ void TakeController::stopMonitor() {
 // up to it still there to go under the voice.
 void TakeController::stopRecorder() {
     if (captureActive()) {
+        const bool take = monitorFlag_ == 0;
         listener_.recorderStopping(true);
         capture_.stop();
         listener_.showFace(TakeButton::kRecord, false);
@@ -132,6 +137,14 @@ void TakeController::stopRecorder() {
         monitorFlag_ = 0;
         listener_.recorderStopping(false);
         listener_.showLevels(0, 0);
+        if (takeWithoutAccompaniment_) {
+            takeWithoutAccompaniment_ = false;
+            listener_.tickerChanged(TakePlayer::kAccompaniment, false);
+            refreshAccompaniment();
+        }
+        if (take) {
+            listener_.takeEnded(capture_.clippedBlocks());
+        }
     }
     if (recorded_.state != kIdle) {
         stopPlayer(TakePlayer::kRecorded);

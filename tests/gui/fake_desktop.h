@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "app/gui/dialog_services.h"
+#include "app/gui/project_pages.h"
 
 namespace tunebox::test {
 
@@ -18,6 +19,8 @@ struct FakeDesktop {
     bool yesAnswer = false;
     QStringList questions;  // "caption|text"
     std::vector<QUrl> opened;
+    bool browserOpens = true;
+    QStringList pageFolders = gui::pageFolders();
     std::shared_ptr<AudioBackend> audio = makeAudioBackendFromEnvironment();
 
     gui::DialogServices services() {
@@ -39,8 +42,12 @@ struct FakeDesktop {
                     questions << caption + '|' + text;
                     return yesAnswer;
                 },
-                [this](const QUrl& url) { opened.push_back(url); },
-                audio};
+                [this](const QUrl& url) {
+                    opened.push_back(url);
+                    return browserOpens;
+                },
+                audio,
+                pageFolders};
     }
 };
 

@@ -33,12 +33,16 @@ class LevelMeterTest : public GuiTest {
     LevelMeter meter_;
 };
 
+// Unlit reads as off: far darker than the grey around it and the lit colours.
+bool looksUnlit(const QColor& colour) {
+    return colour.value() < 64;
+}
+
 TEST_F(LevelMeterTest, ClearedMeterShowsTwentyFourUnlitSegmentsOnGrey) {
     meter_.draw(0, 0);
     for (int bar = 0; bar < 2; ++bar) {
         for (int i = 0; i < gui::kMeterSegments; ++i) {
-            EXPECT_EQ(segment(bar, i), i < 10 ? QColor(0, 128, 0) : QColor(128, 0, 0))
-                << "bar " << bar << " segment " << i;
+            EXPECT_TRUE(looksUnlit(segment(bar, i))) << "bar " << bar << " segment " << i;
         }
     }
     const QColor grey(128, 128, 128);
@@ -51,7 +55,7 @@ TEST_F(LevelMeterTest, LevelsLightSegmentsFromTheLeftUpToRed) {
     meter_.draw(27307, 32767);
     EXPECT_EQ(litCount(0), 11);
     EXPECT_EQ(segment(0, 10), QColor(255, 0, 0));
-    EXPECT_EQ(segment(0, 11), QColor(128, 0, 0));
+    EXPECT_TRUE(looksUnlit(segment(0, 11)));
     EXPECT_EQ(litCount(1), 12);
 
     meter_.draw(27305, -5);
@@ -63,7 +67,7 @@ TEST_F(LevelMeterTest, ScreenShowsTheFrameDrawnOffScreen) {
     meter_.draw(16384, 0);
     const QImage onScreen = meter_.grab().toImage();
     EXPECT_EQ(onScreen.pixelColor(10, 6), QColor(0, 255, 0));
-    EXPECT_EQ(onScreen.pixelColor(10, 19), QColor(0, 128, 0));
+    EXPECT_TRUE(looksUnlit(onScreen.pixelColor(10, 19)));
 }
 
 }  // namespace

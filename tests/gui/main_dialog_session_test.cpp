@@ -94,7 +94,7 @@ TEST_F(MainDialogSessionTest, ATakeLightsTheFacesAndTheMeterUntilTheSongEnds) {
     EXPECT_TRUE(control(kRecorderStop)->isEnabled());
     EXPECT_TRUE(control(kRecordedPlay)->isEnabled());
     EXPECT_FALSE(meterLit()) << "the meter is cleared when capture stops";
-    EXPECT_EQ(label(kDelayReadout), "4400");
+    EXPECT_EQ(label(kDelayReadout), "4400 B (24.9 ms)");
 }
 
 // The nudge beside the audition player: PLAY hears the take mixed again,

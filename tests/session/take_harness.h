@@ -31,6 +31,9 @@ struct ShownTake final : TakeListener {
     int recordedTrackbar = -1;
     bool startShown = false;
     int stops = 0;  // recorder stops that drained capture
+    uint32_t recordedPosition = 0;
+    uint32_t clipNotices = 0;
+    std::vector<uint32_t> takesEnded;  // each finished take's clipped blocks
 
     void showFace(TakeButton button, bool lit) override { faces[button] = lit; }
     void showLevels(int32_t a, int32_t b) override {
@@ -46,13 +49,14 @@ struct ShownTake final : TakeListener {
     void showRecordedTrackbar(int value) override { recordedTrackbar = value; }
     void showStartPositions(uint32_t, uint32_t) override { startShown = true; }
     void recorderStopping(bool stopping) override { stops += stopping ? 1 : 0; }
+    void showRecordedPosition(uint32_t bytes) override { recordedPosition = bytes; }
+    void blockClipped(uint32_t) override { ++clipNotices; }
+    void takeEnded(uint32_t clippedBlocks) override { takesEnded.push_back(clippedBlocks); }
 };
 
 class TakeTest : public ::testing::Test {
   protected:
-    void TearDown() override {
-        controller_.reset();
-    }
+    void TearDown() override { controller_.reset(); }
 
     // Speed: virtual seconds per real second.
     void startAudio(double speed, VirtualAudioConfig config = {.loopbackGain = 0.25f}) {

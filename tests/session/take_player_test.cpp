@@ -72,13 +72,14 @@ TEST_F(TakePlayerTest, PauseKeepsWhereItWasHeardAndPlayReopensFromThere) {
     audio_->setClockStalled(false);
     EXPECT_EQ(controller().accompaniment().state, kIdle);
     EXPECT_EQ(player.state(), kPlayerStopped);
-    EXPECT_FALSE(shown_.faces[TakeButton::kAccompanimentPlay]);
-    EXPECT_FALSE(shown_.faces[TakeButton::kAccompanimentPause]);
+    EXPECT_TRUE(shown_.faces[TakeButton::kAccompanimentPlay]) << "paused as the audition shows it";
+    EXPECT_TRUE(shown_.faces[TakeButton::kAccompanimentPause]);
     EXPECT_FALSE(shown_.ticking[TakePlayer::kAccompaniment]);
     EXPECT_EQ(controller().accompaniment().position, heard);
     EXPECT_EQ(shown_.accompaniment.position, heard);
 
     ASSERT_EQ(controller().playAccompaniment(track), PlayStart::kStarted);
+    EXPECT_FALSE(shown_.faces[TakeButton::kAccompanimentPause]);
     runFor(std::chrono::milliseconds(600));
     EXPECT_GE(controller().accompaniment().position, heard) << "a fresh open at the kept position";
     EXPECT_LT(controller().accompaniment().position, heard + 2 * kSecond) << "a tick later";
@@ -123,7 +124,7 @@ TEST_F(TakePlayerTest, TrackbarSetsTheNextStartOnlyWhileStopped) {
 TEST_F(TakePlayerTest, TheAuditionPlaysPausesAndKeepsRecOut) {
     startAudio(4);
     writeTone(take_, 20);
-    controller().playRecorded();
+    EXPECT_EQ(controller().playRecorded(), PlayStart::kStarted);
     ASSERT_EQ(controller().recorded().state, kPlaying);
     EXPECT_EQ(controller().recorded().length, 20 * kSecond);
     EXPECT_TRUE(shown_.faces[TakeButton::kRecordedPlay]);
@@ -133,8 +134,13 @@ TEST_F(TakePlayerTest, TheAuditionPlaysPausesAndKeepsRecOut) {
     EXPECT_FALSE(controller().rec(RecordRequest{}).capturing);
     EXPECT_FALSE(controller().captureActive());
 
+    ASSERT_TRUE(runUntil([&] { return shown_.recordedPosition > kSecond; }))
+        << "the audition's time moves as it plays";
+    EXPECT_GE(controller().recorded().position, shown_.recordedPosition);
+
     controller().pauseRecorded();
     EXPECT_EQ(controller().recorded().state, kPaused);
+    EXPECT_TRUE(shown_.faces[TakeButton::kRecordedPlay]);
     EXPECT_TRUE(shown_.faces[TakeButton::kRecordedPause]);
     controller().playRecorded();
     EXPECT_EQ(controller().recorded().state, kPlaying) << "PLAY resumes a paused audition";
@@ -143,7 +149,22 @@ TEST_F(TakePlayerTest, TheAuditionPlaysPausesAndKeepsRecOut) {
     controller().stopRecorder();
     EXPECT_EQ(controller().recorded().state, kIdle);
     EXPECT_EQ(shown_.recordedTrackbar, 0);
+    EXPECT_EQ(shown_.recordedPosition, 0u);
     EXPECT_FALSE(shown_.ticking[TakePlayer::kRecorded]);
+}
+
+// The owner is told which of the two failed, to say what to do about it.
+TEST_F(TakePlayerTest, AnAuditionOfNoTakeFailsToOpen) {
+    startAudio(4);
+    EXPECT_EQ(controller().playRecorded(), PlayStart::kOpenFailed);
+    EXPECT_EQ(controller().recorded().state, kIdle);
+    EXPECT_FALSE(shown_.faces[TakeButton::kRecordedPlay]);
+}
+
+TEST_F(TakePlayerTest, AnAuditionWithoutASoundOutputFailsOnTheDevice) {
+    startAudio(4, {.failOutputOpen = true});
+    writeTone(take_, 2);
+    EXPECT_EQ(controller().playRecorded(), PlayStart::kDeviceFailed);
 }
 
 }  // namespace

@@ -70,6 +70,39 @@ TEST_F(TakeRecordingTest, AccompanimentEndFinishesTheTakeWhichThenPlaysBack) {
     EXPECT_FALSE(shown_.faces[TakeButton::kRecordedPlay]);
 }
 
+// The voice alone has no accompaniment to time it: the capture does, on
+// the accompaniment's tick, which then has no player's end to look for.
+TEST_F(TakeRecordingTest, AVoiceAloneTakeCountsItsTime) {
+    startAudio(4);
+    ASSERT_TRUE(controller().rec(RecordRequest{}).capturing);
+    EXPECT_TRUE(shown_.ticking[TakePlayer::kAccompaniment]);
+    ASSERT_TRUE(runUntil([&] { return shown_.accompaniment.position > 2 * kSecond; }));
+    EXPECT_TRUE(controller().captureActive());
+
+    controller().stopRecorder();
+    EXPECT_FALSE(shown_.ticking[TakePlayer::kAccompaniment]);
+    EXPECT_EQ(shown_.accompaniment.position, 0u) << "back to where the song would start";
+}
+
+// The loud singer over the tone overshoots full scale: each clipped block
+// is told as it is written, and the finished take says how many there were.
+TEST_F(TakeRecordingTest, ClippedBlocksAreToldAsTheyComeAndCountedAtTheEnd) {
+    startAudio(4);
+    ASSERT_TRUE(controller().rec({song(3), 0, 0}).capturing);
+    ASSERT_TRUE(runUntil([&] { return !controller().captureActive(); }));
+    ASSERT_EQ(shown_.takesEnded.size(), 1u);
+    EXPECT_GT(shown_.takesEnded[0], 0u);
+    EXPECT_EQ(shown_.takesEnded[0], shown_.clipNotices);
+}
+
+TEST_F(TakeRecordingTest, AQuietTakeCountsNoClipping) {
+    startAudio(4, {.loopbackGain = 0.25f, .voice = tone(60, 220, 4000, 4000)});
+    ASSERT_TRUE(controller().rec({song(3), 0, 0}).capturing);
+    ASSERT_TRUE(runUntil([&] { return !controller().captureActive(); }));
+    EXPECT_EQ(shown_.takesEnded, std::vector<uint32_t>{0});
+    EXPECT_EQ(shown_.clipNotices, 0u);
+}
+
 // Nobody presses STOP: the fault is told once, the owner ends the take, and
 // the file is finished with what fitted; with the song or the voice alone.
 class FullDiskTest : public TakeRecordingTest, public ::testing::WithParamInterface<bool> {};

@@ -65,7 +65,8 @@ int record(const RecordArguments& arguments) {
         if (!arguments.accompaniment.empty()) {
             std::cout << ", delay " << take.capture().syncMx().alignedDelay() << " bytes";
         }
-        std::cout << ", " << lostCaptureBlocks() << " capture blocks lost\n";
+        std::cout << ", " << lostCaptureBlocks() << " capture blocks lost, "
+                  << take.capture().clippedBlocks() << " blocks clipped\n";
     }
     // A take cut short by a fault has said so, and its voice file stopped with it.
     if (!take.capture().voiceFileError().empty() && take.capture().fault() == CaptureFault::kNone) {

@@ -39,6 +39,8 @@ enum ControlId : int {
     kVoiceFileCheck = 1029,
     kNudgeSpin = 1030,
     kNudgeSave = 1031,
+    kClipLight = 1040,
+    kCalibrationNote = 1041,
 };
 
 inline QString controlName(ControlId id) {

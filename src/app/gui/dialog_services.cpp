@@ -4,6 +4,8 @@
 #include <QFileDialog>
 #include <QMessageBox>
 
+#include "app/gui/project_pages.h"
+
 namespace tunebox::gui {
 namespace {
 
@@ -72,8 +74,9 @@ DialogServices desktopServices() {
             showStop,
             showNote,
             askYesNo,
-            [](const QUrl& url) { QDesktopServices::openUrl(url); },
-            makeAudioBackendFromEnvironment()};
+            [](const QUrl& url) { return QDesktopServices::openUrl(url); },
+            makeAudioBackendFromEnvironment(),
+            pageFolders()};
 }
 
 }  // namespace tunebox::gui

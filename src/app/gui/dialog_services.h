@@ -32,9 +32,12 @@ struct DialogServices {
     std::function<void(QWidget* parent, const QString& caption, const QString& text)> showNote;
     // True when the user answers yes; no is the safe answer and the default.
     std::function<bool(QWidget* parent, const QString& caption, const QString& text)> askYesNo;
-    std::function<void(const QUrl& url)> openUrl;
+    // False when no browser or viewer took the page.
+    std::function<bool(const QUrl& url)> openUrl;
     // The players' and the recorder's devices and timers.
     std::shared_ptr<AudioBackend> audio;
+    // Where the program's own pages (help) are looked for.
+    QStringList pageFolders;
 };
 
 // Qt's own pickers, message box and QDesktopServices, and the backend the

@@ -7,9 +7,11 @@ namespace {
 
 const QColor kBackground(128, 128, 128);
 const QColor kGreenLit(0, 255, 0);
-const QColor kGreenUnlit(0, 128, 0);
+// Unlit segments are nearly black, only tinted by their zone, so that an
+// idle meter never reads as lit.
+const QColor kGreenUnlit(34, 48, 34);
 const QColor kRedLit(255, 0, 0);
-const QColor kRedUnlit(128, 0, 0);
+const QColor kRedUnlit(58, 34, 34);
 
 // Rectangles are kept the way the meter was first laid out: right and
 // bottom edges exclusive, bars and segments inset by one pixel.

@@ -20,6 +20,7 @@
 #include <tuple>
 
 #include "app/gui/app_icon.h"
+#include "app/gui/clip_light.h"
 #include "app/gui/control_ids.h"
 #include "app/gui/image_button.h"
 #include "app/gui/level_meter.h"
@@ -160,6 +161,7 @@ void MainDialog::createControls() {
     manualDelayEdit_->installEventFilter(this);
     delayLabel_ = readout(kDelayReadout, this);
     delayLabel_->setToolTip(tr("How far the voice lags the accompaniment (bytes)"));
+    calibrationLabel_ = named(staticText(QString(), this), kCalibrationNote);
     captureStartLabel_ = readout(kCaptureStartReadout, this);
     captureStartLabel_->setToolTip(tr("Capture position when the take started (bytes)"));
     playbackStartLabel_ = readout(kPlaybackStartReadout, this);
@@ -172,6 +174,7 @@ void MainDialog::createControls() {
     }
     meter_ = named(new LevelMeter(this), kMeterFrame);
     meter_->setToolTip(tr("Microphone level"));
+    clipLight_ = named(new ClipLight(this), kClipLight);
 
     setUpImageButtons();
 
@@ -261,6 +264,7 @@ void MainDialog::layOutControls() {
     }
     recorderTransport->addSpacing(8);
     recorderTransport->addWidget(meter_);
+    recorderTransport->addWidget(clipLight_);
     recorderTransport->addStretch(1);
 
     // Beside the audition player: PLAY hears the nudge, Save nudge keeps it.
@@ -277,6 +281,7 @@ void MainDialog::layOutControls() {
     sync->addWidget(manualDelayEdit_, 0, 3);
     sync->addWidget(staticText(tr("Playback delay:"), this), 1, 2, Qt::AlignRight);
     sync->addWidget(delayLabel_, 1, 3);
+    sync->addWidget(calibrationLabel_, 1, 4);
     // Spanning two columns, so that a long caption does not push the
     // manual-delay switch away from the echo switch.
     sync->addWidget(voiceFileCheck_, 2, 0, 1, 2);

@@ -21,6 +21,7 @@ class QTreeWidget;
 
 namespace tunebox::gui {
 
+class ClipLight;
 class ImageButton;
 class LevelMeter;
 
@@ -36,6 +37,7 @@ class MainDialog : public QDialog, private TakeListener {
     int monitorOn() const { return controller_.monitorOn(); }
     int currentIndex() const { return currentIndex_; }
     LevelMeter& meter() const { return *meter_; }
+    ClipLight& clipLight() const { return *clipLight_; }
     TakeController& controller() { return controller_; }
 
     // Ends a running take as STOP does; the desktop session is ending.
@@ -91,6 +93,14 @@ class MainDialog : public QDialog, private TakeListener {
     void endFaultedTake(CaptureFault fault);
     void destroy();
 
+    // Failures the singer acts on, one message box each.
+    void tellPlayFailure(PlayStart start, const QString& file, const WaveCtl& player);
+    void tellMonitorFailure();
+    void tellHelpMissing();
+    QString clippedText(uint32_t clippedBlocks) const;
+    QString delayText(int32_t bytes) const;
+    void showCalibration(const std::optional<DeviceCalibration>& calibration);
+
     // What the take controller shows.
     void showFace(TakeButton button, bool lit) override;
     void showLevels(int32_t first, int32_t second) override;
@@ -100,6 +110,9 @@ class MainDialog : public QDialog, private TakeListener {
     void showRecordedTrackbar(int value) override;
     void showStartPositions(uint32_t playback, uint32_t capture) override;
     void recorderStopping(bool stopping) override;
+    void showRecordedPosition(uint32_t bytes) override;
+    void blockClipped(uint32_t clippedBlocks) override;
+    void takeEnded(uint32_t clippedBlocks) override;
     void showTime(uint32_t position);
 
     DialogServices services_;
@@ -156,9 +169,11 @@ class MainDialog : public QDialog, private TakeListener {
     ImageButton* nudgeSave_ = nullptr;
     QLineEdit* manualDelayEdit_ = nullptr;
     QLabel* delayLabel_ = nullptr;
+    QLabel* calibrationLabel_ = nullptr;
     QLabel* captureStartLabel_ = nullptr;
     QLabel* playbackStartLabel_ = nullptr;
     LevelMeter* meter_ = nullptr;
+    ClipLight* clipLight_ = nullptr;
 };
 
 }  // namespace tunebox::gui

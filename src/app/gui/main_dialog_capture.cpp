@@ -3,7 +3,6 @@
 
 #include "app/gui/about_dialog.h"
 #include "app/gui/main_dialog.h"
-#include "app/gui/project_pages.h"
 #include "core/diagnostic_log.h"
 #include "platform/settings.h"
 #include "session/delay_text.h"
@@ -49,7 +48,13 @@ void MainDialog::captureFaulted(CaptureFault fault) {
 
 void MainDialog::endFaultedTake(CaptureFault fault) {
     QString text = faultText(fault);
-    if (controller_.endFaultedTake()) {
+    const bool kept = controller_.endFaultedTake();
+    // One box for the take: its clipping is told here, the file it is in last.
+    const uint32_t clipped = controller_.capture().clippedBlocks();
+    if (clipped > 0) {
+        text += '\n' + clippedText(clipped) + '\n';
+    }
+    if (kept) {
         text += tr("What was recorded so far is saved: ") + recordedName_;
     }
     services_.showStop(this, tr("Recording interrupted"), text);
@@ -73,6 +78,8 @@ void MainDialog::record() {
         if (started.calibration) {
             logAlways(delaySourceNote(*started.calibration));
         }
+        showCalibration(started.calibration);
+        tellPlayFailure(started.accompaniment, karaokeName_, controller_.accompanimentPlayer());
     } else if (started.refusalKind != RecRefusal::kNone) {
         logAlways(started.refusal);
         services_.showStop(
@@ -82,7 +89,10 @@ void MainDialog::record() {
 }
 
 void MainDialog::toggleMonitor() {
-    controller_.toggleMonitor(manualDelayFlag_);
+    const bool starting = monitorOn() == 0 && !controller_.captureActive();
+    if (controller_.toggleMonitor(manualDelayFlag_) == 0 && starting) {
+        tellMonitorFailure();
+    }
 }
 
 void MainDialog::echoChanged() {
@@ -97,10 +107,6 @@ void MainDialog::manualDelayLeft() {
 void MainDialog::showAbout() {
     AboutDialog about(services_.openUrl, this);
     about.exec();
-}
-
-void MainDialog::showHelp() {
-    services_.openUrl(helpPage());
 }
 
 }  // namespace tunebox::gui

@@ -43,7 +43,7 @@ void MainDialog::showAccompaniment(const AccompanimentReadout& readout) {
     if (readout.trackbar) {
         karaokeTrackbar_->setValue(*readout.trackbar);
     }
-    delayReadout_ = QString::number(readout.delay);
+    delayReadout_ = delayText(readout.delay);
     delayLabel_->setText(delayReadout_);
     showTime(readout.position);
 }

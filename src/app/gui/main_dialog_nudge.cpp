@@ -44,7 +44,9 @@ void MainDialog::playRecorded() {
     if (controller_.recorded().state == kIdle) {
         controller_.setAuditionFile(audition);
     }
-    controller_.playRecorded();
+    tellPlayFailure(controller_.playRecorded(),
+                    audition.empty() ? recordedName_ : QString::fromStdString(audition),
+                    controller_.recordedPlayer());
 }
 
 void MainDialog::saveNudge() {

@@ -60,7 +60,8 @@ std::optional<TrackEntry> MainDialog::currentTrack() const {
 }
 
 void MainDialog::playKaraoke() {
-    controller_.playAccompaniment(currentTrack());
+    tellPlayFailure(controller_.playAccompaniment(currentTrack()), karaokeName_,
+                    controller_.accompanimentPlayer());
 }
 
 void MainDialog::pickRecorded() {

@@ -3,32 +3,39 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QStandardPaths>
 
 namespace tunebox::gui {
-namespace {
 
-// Installed as <prefix>/bin/tunebox with <prefix>/share/tunebox; the build
-// tree mirrors that with the pages in <build>/share/tunebox.
-QUrl page(const QString& name) {
+QStringList pageFolders() {
     const QDir executable(QCoreApplication::applicationDirPath());
+    QStringList folders;
     for (const QString& share :
          {QStringLiteral("../share/tunebox"), QStringLiteral("../../share/tunebox")}) {
-        const QFileInfo file(executable.filePath(share + '/' + name));
-        if (file.exists()) {
+        folders << QDir::cleanPath(executable.filePath(share));
+    }
+    for (const QString& data :
+         QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation)) {
+        folders << QDir(data).filePath(QStringLiteral("tunebox"));
+    }
+    return folders;
+}
+
+std::optional<QUrl> findPage(const QString& name, const QStringList& folders) {
+    for (const QString& folder : folders) {
+        const QFileInfo file(QDir(folder).filePath(name));
+        if (file.isFile()) {
             return QUrl::fromLocalFile(file.canonicalFilePath());
         }
     }
-    return QUrl::fromLocalFile(executable.filePath(QStringLiteral("../share/tunebox/") + name));
-}
-
-}  // namespace
-
-QUrl helpPage() {
-    return page(QStringLiteral("help.html"));
+    return std::nullopt;
 }
 
 QUrl makerPage() {
-    return page(QStringLiteral("about.html"));
+    const QString name = QStringLiteral("about.html");
+    const QStringList folders = pageFolders();
+    return findPage(name, folders)
+        .value_or(QUrl::fromLocalFile(QDir(folders.first()).filePath(name)));
 }
 
 }  // namespace tunebox::gui
