@@ -23,6 +23,8 @@ constexpr const char* kVoiceFileKey = "WRITE";
 // A whole path, not a picker's folder: as long as the system allows.
 constexpr std::size_t kTakePathBytes = 4096;
 constexpr int32_t kAbsent = -1;
+constexpr const char* kExportSection = "EXPORT";
+constexpr const char* kArtistKey = "ARTIST";
 
 std::string environment(const char* name) {
     const char* value = std::getenv(name);
@@ -119,6 +121,10 @@ int readVoiceFileChoice() {
 
 void writeVoiceFileChoice(int enabled) {
     profileWriteString(settingsPath(), kVoiceFileSection, kVoiceFileKey, enabled == 1 ? "1" : "0");
+}
+
+std::string readExportArtist() {
+    return profileReadString(settingsPath(), kExportSection, kArtistKey, "", kTakePathBytes);
 }
 
 int readDecoderChoice() {

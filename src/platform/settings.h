@@ -58,4 +58,8 @@ void writeVoiceFileChoice(int enabled);
 // manager.
 int readDecoderChoice();
 
+// The artist an exported take is tagged with unless the command names one;
+// empty when none is set. The user edits it by hand.
+std::string readExportArtist();
+
 }  // namespace tunebox
