@@ -181,11 +181,16 @@ TEST_F(CommandExportTest, BadInputAndOptionsAreRefusedInOneLineLeavingNoFile) {
     test::writeNativeWav((dir() / "take.wav").string(), sweeps(1.0, 8000));
     std::ofstream(dir() / "notes.wav") << "not a wave file at all";
     const auto whole = test::readBytes(dir() / "take.wav");
+    // Cut inside the header, and inside the data.
     std::ofstream(dir() / "cut.wav", std::ios::binary)
         .write(reinterpret_cast<const char*>(whole.data()), 30);
+    std::ofstream(dir() / "half.wav", std::ios::binary)
+        .write(reinterpret_cast<const char*>(whole.data()),
+               static_cast<std::streamsize>(whole.size() / 2));
     for (const char* arguments : {
              "export notes.wav out.flac",
              "export cut.wav out.flac",
+             "export half.wav out.mp3",
              "export missing.wav out.flac",
              "export take.wav out.wav",
              "export take.wav out.mp3 --quality 10",
