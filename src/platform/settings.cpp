@@ -23,6 +23,8 @@ constexpr const char* kVoiceFileKey = "WRITE";
 // A whole path, not a picker's folder: as long as the system allows.
 constexpr std::size_t kTakePathBytes = 4096;
 constexpr int32_t kAbsent = -1;
+constexpr const char* kExportSection = "EXPORT";
+constexpr const char* kArtistKey = "ARTIST";
 
 std::string environment(const char* name) {
     const char* value = std::getenv(name);
@@ -123,6 +125,10 @@ void writeVoiceFileChoice(int enabled) {
 
 std::string readLanguageChoice() {
     return profileReadString(settingsPath(), "UI", "LANG", "", kNumberBytes);
+}
+
+std::string readExportArtist() {
+    return profileReadString(settingsPath(), kExportSection, kArtistKey, "", kTakePathBytes);
 }
 
 int readDecoderChoice() {

@@ -62,4 +62,8 @@ std::string readLanguageChoice();
 // manager.
 int readDecoderChoice();
 
+// The artist an exported take is tagged with unless the command names one;
+// empty when none is set. The user edits it by hand.
+std::string readExportArtist();
+
 }  // namespace tunebox

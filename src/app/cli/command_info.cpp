@@ -1,3 +1,5 @@
+#include <cmath>
+#include <cstdio>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -9,6 +11,7 @@
 #include "playback/source_opener.h"
 #include "playback/wav_length.h"
 #include "playback/wav_repair.h"
+#include "session/take_loudness.h"
 
 namespace tunebox::cli {
 namespace {
@@ -77,6 +80,22 @@ void printSource(const std::string& path, const AudioSource& source) {
     }
 }
 
+// Reads the whole file, so only for a WAV take, not every accompaniment.
+void printLoudness(const std::string& path) {
+    std::string problem;
+    const auto loudness = measureTakeLoudness(path, sourceOptionsFromSettings(), problem);
+    if (!loudness) {
+        std::cout << "loudness: not measured: " << problem << "\n";
+    } else if (!std::isfinite(loudness->integratedLufs)) {
+        std::cout << "loudness: too quiet or too short to measure\n";
+    } else {
+        char text[96];
+        std::snprintf(text, sizeof text, "loudness: %.1f LUFS integrated, true peak %.1f dBTP\n",
+                      loudness->integratedLufs, loudness->truePeakDbtp);
+        std::cout << text;
+    }
+}
+
 int showInfo(const std::string& path) {
     if (const auto problem = inputRefusal(path)) {
         return refuse(path, *problem, kExitBadInput);
@@ -88,6 +107,9 @@ int showInfo(const std::string& path) {
     // Said even when the file cannot be read as it stands: a header whose
     // sizes were never written is refused, yet its take can be saved.
     const WavInspection inspection = inspectWav(path);
+    if (opening.source && inspection.condition == WavCondition::kFinished) {
+        printLoudness(path);
+    }
     if (inspection.condition == WavCondition::kUnfinished) {
         std::cout << "unfinished: " << inspection.detail << "; run tunebox repair\n";
     }

@@ -13,6 +13,7 @@
 #include <QLineEdit>
 #include <QLinearGradient>
 #include <QPainter>
+#include <QPushButton>
 #include <QRegularExpressionValidator>
 #include <QSpinBox>
 #include <QTreeWidget>
@@ -22,6 +23,7 @@
 #include "app/gui/app_icon.h"
 #include "app/gui/clip_light.h"
 #include "app/gui/control_ids.h"
+#include "app/gui/export_dialog.h"
 #include "app/gui/image_button.h"
 #include "app/gui/level_meter.h"
 #include "platform/settings.h"
@@ -273,6 +275,14 @@ void MainDialog::layOutControls() {
     nudge->addWidget(staticText(tr("Sync nudge:"), this));
     nudge->addWidget(nudgeSpin_);
     nudge->addWidget(nudgeSave_);
+    auto* exportButton = new QPushButton(tr("Export..."), this);
+    exportButton->setObjectName(QStringLiteral("exportButton"));
+    connect(exportButton, &QPushButton::clicked, this, [this] {
+        if (nudgeCanRun()) {
+            offerExport(this, services_, recordedName_);
+        }
+    });
+    nudge->addWidget(exportButton);
 
     auto* sync = new QGridLayout;
     sync->addWidget(echoCheck_, 0, 0);
