@@ -42,9 +42,10 @@ void TakeController::chooseVoiceFile(const RecordRequest& request) {
     }
     std::error_code error;
     const std::filesystem::path track = std::filesystem::absolute(request.track->path, error);
-    capture_.setVoiceFile(voiceFilePath(outputFile_),
-                          {error ? request.track->path : track.string(), accompaniment_.position,
-                           request.track->length});
+    capture_.setVoiceFile(
+        voiceFilePath(outputFile_),
+        {error ? request.track->path : track.string(), accompaniment_.position,
+         request.track->length, accompanimentPlayer_.sourceOptions().builtinDecoderFirst});
 }
 
 RecStart TakeController::rec(const RecordRequest& request) {
