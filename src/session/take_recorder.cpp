@@ -58,7 +58,9 @@ RecStart TakeController::rec(const RecordRequest& request) {
     }
     // Checked before the monitor stops: a refused REC leaves everything as
     // it was.
-    const RecCheck check = checkOutputBeforeRec(outputFile_, roomFor(request));
+    const bool writesVoice = request.track && request.voiceFile;
+    const RecCheck check = checkOutputBeforeRec(
+        outputFile_, roomFor(request), writesVoice ? voiceFilePath(outputFile_) : std::string{});
     if (check.kind != RecRefusal::kNone) {
         result.refusalKind = check.kind;
         result.refusal = check.message;
