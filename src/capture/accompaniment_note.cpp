@@ -27,9 +27,10 @@ std::optional<uint32_t> takeNumber(std::string_view& text, std::string_view key)
 
 }  // namespace
 
-TrailingChunk encodeAccompanimentNote(const AccompanimentNote& note) {
-    const std::string text = "start=" + std::to_string(note.start) +
-                             "\nlength=" + std::to_string(note.length) + "\npath=" + note.path;
+NoteChunk encodeAccompanimentNote(const AccompanimentNote& note) {
+    const std::string text =
+        "start=" + std::to_string(note.start) + "\nlength=" + std::to_string(note.length) +
+        "\nbuiltin=" + (note.builtinDecoderFirst ? "1" : "0") + "\npath=" + note.path;
     return {kAccompanimentNoteId, std::vector<uint8_t>(text.begin(), text.end())};
 }
 
@@ -37,12 +38,13 @@ std::optional<AccompanimentNote> decodeAccompanimentNote(const std::string& text
     std::string_view rest = text;
     const auto start = takeNumber(rest, "start");
     const auto length = start ? takeNumber(rest, "length") : std::nullopt;
+    const auto builtin = length ? takeNumber(rest, "builtin") : std::nullopt;
     constexpr std::string_view kPathKey = "path=";
-    if (!length || !rest.starts_with(kPathKey) || rest.size() == kPathKey.size()) {
+    if (!builtin || *builtin > 1 || !rest.starts_with(kPathKey) || rest.size() == kPathKey.size()) {
         return std::nullopt;
     }
     rest.remove_prefix(kPathKey.size());
-    return AccompanimentNote{std::string(rest), *start, *length};
+    return AccompanimentNote{std::string(rest), *start, *length, *builtin == 1};
 }
 
 std::optional<AccompanimentNote> readAccompanimentNote(const std::string& wavPath) {

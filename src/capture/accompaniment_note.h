@@ -3,9 +3,10 @@
 // end of the take's voice file, so that the voice can be mixed with it again
 // later (a take that came out early or late is moved, not sung again).
 //
-// The chunk holds text: "start=N\nlength=N\npath=" and the path's bytes to
-// the end of the chunk, so a path may hold any byte. Players and sox pass
-// over a chunk they do not know.
+// The chunk holds text: "start=N\nlength=N\nbuiltin=0|1\npath=" and the
+// path's bytes to the end of the chunk, so a path may hold any byte. It is
+// written before the voice, so that a take cut off by a crash keeps it.
+// Players and sox pass over a chunk they do not know.
 
 #include <cstdint>
 #include <optional>
@@ -22,11 +23,14 @@ struct AccompanimentNote {
     std::string path;     // absolute
     uint32_t start = 0;   // where it started playing, native-PCM bytes
     uint32_t length = 0;  // its whole length, native-PCM bytes
+    // Whether the built-in MPEG decoder was tried first: an MP3 decoded by
+    // the other one differs in its last bits, and the mix with it too.
+    bool builtinDecoderFirst = false;
 
     bool operator==(const AccompanimentNote&) const = default;
 };
 
-TrailingChunk encodeAccompanimentNote(const AccompanimentNote& note);
+NoteChunk encodeAccompanimentNote(const AccompanimentNote& note);
 
 // Null when the text is not a note this program wrote.
 std::optional<AccompanimentNote> decodeAccompanimentNote(const std::string& text);

@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 #include <string_view>
-#include <utility>
 
 namespace tunebox {
 namespace {
@@ -16,7 +15,7 @@ uint32_t headerRefreshBytes() {
 
 }  // namespace
 
-int OutputSink::open(const std::string& path) {
+int OutputSink::open(const std::string& path, const NoteChunk* note) {
     writeFailed_ = 0;
     switch (mode_) {
         case kSinkDiscard:
@@ -24,7 +23,7 @@ int OutputSink::open(const std::string& path) {
         case kSinkWavFile:
             wavResetWriter(writer_);
             writer_.refreshBytes = headerRefreshBytes();
-            return wavCreateFile(path, writer_);
+            return wavCreateFile(path, writer_, note);
         case kSinkNone:
             break;
     }
@@ -49,8 +48,7 @@ int OutputSink::close() {
     if (mode_ != kSinkWavFile) {
         return mode_ == kSinkDiscard ? 1 : 0;
     }
-    const std::optional<TrailingChunk> trailer = std::exchange(trailer_, std::nullopt);
-    return writer_.file ? wavCloseFile(writer_, trailer ? &*trailer : nullptr) : 1;
+    return writer_.file ? wavCloseFile(writer_) : 1;
 }
 
 }  // namespace tunebox

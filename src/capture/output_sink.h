@@ -6,7 +6,6 @@
 // data that cannot be pushed to the disk, counts as such a failed write.
 
 #include <cstdint>
-#include <optional>
 #include <string>
 
 #include "playback/wav_writer.h"
@@ -25,10 +24,9 @@ class OutputSink {
     void setMode(SinkMode mode) { mode_ = mode; }
     SinkMode mode() const { return mode_; }
 
-    // Returns 1, or 0 when the file cannot be created.
-    int open(const std::string& path);
-    // A chunk the close appends after the audio; none after each close.
-    void setTrailer(TrailingChunk trailer) { trailer_ = std::move(trailer); }
+    // Returns 1, or 0 when the file cannot be created. `note` goes before the
+    // audio.
+    int open(const std::string& path, const NoteChunk* note = nullptr);
     int write(const uint8_t* bytes, uint32_t count);
     // Finishes the file; 0 when its header could not be written.
     int close();
@@ -40,7 +38,6 @@ class OutputSink {
     SinkMode mode_ = kSinkNone;
     WaveWriter writer_;
     int writeFailed_ = 0;
-    std::optional<TrailingChunk> trailer_;
 };
 
 }  // namespace tunebox

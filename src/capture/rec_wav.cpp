@@ -162,8 +162,8 @@ bool CRecWav::openVoiceFile(SinkMode mode, const PlaybackFeed* playback) {
     if (!wanted) {
         return true;
     }
-    voiceSink_.setTrailer(encodeAccompanimentNote(voiceNote_));
-    return voiceSink_.open(voiceFileName_) == 1;
+    const NoteChunk note = encodeAccompanimentNote(voiceNote_);
+    return voiceSink_.open(voiceFileName_, &note) == 1;
 }
 
 // A silent device is reported like any other fault of the run, on the

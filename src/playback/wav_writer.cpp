@@ -1,6 +1,7 @@
 #include "playback/wav_writer.h"
 
 #include <array>
+#include <cstdio>
 #include <memory>
 
 namespace tunebox {
@@ -15,7 +16,15 @@ std::array<uint8_t, kWaveFormatBytes> encodeFormat(const WaveFormat& format) {
     return bytes;
 }
 
-bool writeHeader(WaveWriter& writer) {
+bool writeNote(RiffFile& file, const NoteChunk& note) {
+    ChunkInfo chunk;
+    chunk.id = note.id;
+    const auto size = static_cast<int64_t>(note.bytes.size());
+    return file.createChunk(chunk) == 1 && file.write(note.bytes.data(), size) == size &&
+           file.ascend(chunk) == 1;
+}
+
+bool writeHeader(WaveWriter& writer, const NoteChunk* note) {
     RiffFile& file = *writer.file;
     writer.riffChunk.formType = fourCc("WAVE");
     if (file.createRiff(writer.riffChunk) != 1) {
@@ -27,6 +36,9 @@ bool writeHeader(WaveWriter& writer) {
     if (file.createChunk(writer.subChunk) != 1 ||
         file.write(format.data(), kPcmFormatBytes) != kPcmFormatBytes ||
         file.ascend(writer.subChunk) != 1) {
+        return false;
+    }
+    if (note != nullptr && !writeNote(file, *note)) {
         return false;
     }
     writer.subChunk.id = fourCc("data");
@@ -46,12 +58,18 @@ bool publishSizes(WaveWriter& writer) {
     return writer.flusher->failed() == 0;
 }
 
-bool writeTrailer(RiffFile& file, const TrailingChunk& trailer) {
-    ChunkInfo chunk;
-    chunk.id = trailer.id;
-    const auto size = static_cast<int64_t>(trailer.bytes.size());
-    return file.createChunk(chunk) == 1 && file.write(trailer.bytes.data(), size) == size &&
-           file.ascend(chunk) == 1;
+// A write the disk took only in part can end inside a frame, and the audio
+// after a note chunk need not start on a frame's boundary of the disk's
+// pages: the file keeps its whole frames only.
+bool endOnWholeFrame(WaveWriter& writer) {
+    RiffFile& file = *writer.file;
+    const int64_t end = file.seek(0, SEEK_CUR);
+    if (end < writer.subChunk.dataOffset || writer.format.blockAlign == 0) {
+        return false;
+    }
+    const int64_t whole = end - (end - writer.subChunk.dataOffset) % writer.format.blockAlign;
+    return whole == end || (file.setLength(static_cast<uint64_t>(whole)) == 1 &&
+                            file.seek(whole, SEEK_SET) == whole);
 }
 
 }  // namespace
@@ -61,12 +79,12 @@ void wavResetWriter(WaveWriter& writer) {
     writer.format = kNativeFormat;
 }
 
-int wavCreateFile(const std::string& path, WaveWriter& writer) {
+int wavCreateFile(const std::string& path, WaveWriter& writer, const NoteChunk* note) {
     writer.file = RiffFile::createForWrite(path);
     if (!writer.file) {
         return 0;
     }
-    if (!writeHeader(writer)) {
+    if (!writeHeader(writer, note)) {
         writer.file.reset();
         return 0;
     }
@@ -88,17 +106,14 @@ int wavWrite(WaveWriter& writer, const uint8_t* bytes, uint32_t count) {
     return 1;
 }
 
-int wavCloseFile(WaveWriter& writer, const TrailingChunk* trailer) {
+int wavCloseFile(WaveWriter& writer) {
     if (!writer.file) {
         return 0;
     }
     const bool flushed = writer.flusher->finish() == 1;
     writer.flusher.reset();
-    // The form is closed even when the trailer could not be written, so that
-    // the audio stays readable.
-    const bool dataFinished = writer.file->ascend(writer.subChunk) == 1;
-    const bool noted = dataFinished && (trailer == nullptr || writeTrailer(*writer.file, *trailer));
-    const bool finished = dataFinished && writer.file->ascend(writer.riffChunk) == 1 && noted;
+    const bool finished = endOnWholeFrame(writer) && writer.file->ascend(writer.subChunk) == 1 &&
+                          writer.file->ascend(writer.riffChunk) == 1;
     const bool closed = writer.file->close() == 1;
     writer.file.reset();
     return flushed && finished && closed ? 1 : 0;

@@ -37,26 +37,26 @@ struct WaveWriter {
 // open through it is closed without its final sizes.
 void wavResetWriter(WaveWriter& writer);
 
-// Creates the file and writes the header; the file then stands at offset 44.
-// Returns 1, or 0 when the file cannot be created.
-int wavCreateFile(const std::string& path, WaveWriter& writer);
+// A chunk of notes about the recording, written between "fmt " and "data"
+// when the file is created, so that a take cut off by a crash still has it.
+// Readers that look for "data" pass over it.
+struct NoteChunk {
+    uint32_t id = 0;
+    std::vector<uint8_t> bytes;
+};
+
+// Creates the file and writes the header, with `note` before the audio when
+// given; without a note the file then stands at offset 44. Returns 1, or 0
+// when the file cannot be created.
+int wavCreateFile(const std::string& path, WaveWriter& writer, const NoteChunk* note = nullptr);
 
 // Appends samples, refreshing the header when `refreshBytes` have gathered.
 // Returns 1, or 0 when they could not be written or the header not refreshed
 // or an earlier flush to the disk failed.
 int wavWrite(WaveWriter& writer, const uint8_t* bytes, uint32_t count);
 
-// A chunk written after the audio when the file is closed: notes about the
-// recording that are only complete at its end. Readers that look for "data"
-// pass over it.
-struct TrailingChunk {
-    uint32_t id = 0;
-    std::vector<uint8_t> bytes;
-};
-
-// Writes both sizes into the header, appends `trailer` when given, and closes
-// the file. Returns 1, or 0 when the file could not be finished or a flush to
-// the disk failed.
-int wavCloseFile(WaveWriter& writer, const TrailingChunk* trailer = nullptr);
+// Writes both sizes into the header and closes the file. Returns 1, or 0 when
+// the file could not be finished or a flush to the disk failed.
+int wavCloseFile(WaveWriter& writer);
 
 }  // namespace tunebox

@@ -55,6 +55,7 @@ class WaveCtl {
 
     // How the next wavOpenFile opens its source (which MP3 decoder first).
     void setSourceOptions(const SourceOptions& options);
+    const SourceOptions& sourceOptions() const { return sourceOptions_; }
 
     // Opens the source, moves it to byte `start` (adjusted as
     // adjustStartPosition says), plays `length` bytes from there and fills

@@ -23,13 +23,24 @@ RecCheck refused(RecRefusal kind, const std::string& output, const std::string& 
     return {kind, output + ": " + reason};
 }
 
+// What an existing file gives back when the take writes over it.
+uint64_t replacedBytes(const std::string& path) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error)) {
+        return 0;
+    }
+    const uint64_t size = std::filesystem::file_size(path, error);
+    return error ? 0 : size;
+}
+
 }  // namespace
 
 uint64_t takeRoomBytes(std::optional<uint32_t> accompanimentBytes) {
     return accompanimentBytes.value_or(kVoiceAloneBytes) + kSpareBytes;
 }
 
-RecCheck judgeOutput(const std::string& output, const FolderRoom& folder, uint64_t neededBytes) {
+RecCheck judgeOutput(const std::string& output, const FolderRoom& folder, uint64_t neededBytes,
+                     bool withVoiceFile) {
     if (output.empty()) {
         return {RecRefusal::kNoOutputName, "no output file is named"};
     }
@@ -49,24 +60,25 @@ RecCheck judgeOutput(const std::string& output, const FolderRoom& folder, uint64
         // as equal.
         const uint64_t needed = (neededBytes + kMegabyte - 1) / kMegabyte;
         const uint64_t left = folder.freeBytes / kMegabyte;
-        return refused(
-            RecRefusal::kNoRoom, output,
-            "needs " + std::to_string(needed) + " MB free, " + std::to_string(left) + " MB left");
+        // Named, so that the singer knows that switching the voice file off
+        // halves the need.
+        const std::string purpose = withVoiceFile ? " for the take and its voice file" : "";
+        return refused(RecRefusal::kNoRoom, output,
+                       "needs " + std::to_string(needed) + " MB free" + purpose + ", " +
+                           std::to_string(left) + " MB left");
     }
     return {};
 }
 
-RecCheck checkOutputBeforeRec(const std::string& output, uint64_t neededBytes) {
+RecCheck checkOutputBeforeRec(const std::string& output, uint64_t neededBytes,
+                              const std::string& voiceFile) {
+    const bool withVoiceFile = !voiceFile.empty();
     if (output.empty()) {
-        return judgeOutput(output, {}, neededBytes);
+        return judgeOutput(output, {}, neededBytes, withVoiceFile);
     }
     FolderRoom folder = examineFolder(std::filesystem::path(output).parent_path().string());
-    std::error_code error;
-    if (std::filesystem::is_regular_file(output, error)) {
-        const uint64_t replaced = std::filesystem::file_size(output, error);
-        folder.freeBytes += error ? 0 : replaced;
-    }
-    return judgeOutput(output, folder, neededBytes);
+    folder.freeBytes += replacedBytes(output) + (withVoiceFile ? replacedBytes(voiceFile) : 0);
+    return judgeOutput(output, folder, neededBytes, withVoiceFile);
 }
 
 }  // namespace tunebox

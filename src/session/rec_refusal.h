@@ -31,11 +31,15 @@ struct RecCheck {
 uint64_t takeRoomBytes(std::optional<uint32_t> accompanimentBytes);
 
 // Judges `output` against what its folder offers, `neededBytes` the room
-// the take asks for. Touches nothing on disk.
-RecCheck judgeOutput(const std::string& output, const FolderRoom& folder, uint64_t neededBytes);
+// the take (and its voice file, when `withVoiceFile`) asks for. Touches
+// nothing on disk.
+RecCheck judgeOutput(const std::string& output, const FolderRoom& folder, uint64_t neededBytes,
+                     bool withVoiceFile = false);
 
-// The same, asking the file system about the output's folder. An existing
-// output file's bytes count as room, since the take replaces it.
-RecCheck checkOutputBeforeRec(const std::string& output, uint64_t neededBytes);
+// The same, asking the file system about the output's folder. The bytes of
+// an existing output file, and of an existing `voiceFile` (empty when the
+// take writes none), count as room, since the take replaces them.
+RecCheck checkOutputBeforeRec(const std::string& output, uint64_t neededBytes,
+                              const std::string& voiceFile = {});
 
 }  // namespace tunebox

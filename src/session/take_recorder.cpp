@@ -42,9 +42,10 @@ void TakeController::chooseVoiceFile(const RecordRequest& request) {
     }
     std::error_code error;
     const std::filesystem::path track = std::filesystem::absolute(request.track->path, error);
-    capture_.setVoiceFile(voiceFilePath(outputFile_),
-                          {error ? request.track->path : track.string(), accompaniment_.position,
-                           request.track->length});
+    capture_.setVoiceFile(
+        voiceFilePath(outputFile_),
+        {error ? request.track->path : track.string(), accompaniment_.position,
+         request.track->length, accompanimentPlayer_.sourceOptions().builtinDecoderFirst});
 }
 
 RecStart TakeController::rec(const RecordRequest& request) {
@@ -57,7 +58,9 @@ RecStart TakeController::rec(const RecordRequest& request) {
     }
     // Checked before the monitor stops: a refused REC leaves everything as
     // it was.
-    const RecCheck check = checkOutputBeforeRec(outputFile_, roomFor(request));
+    const bool writesVoice = request.track && request.voiceFile;
+    const RecCheck check = checkOutputBeforeRec(
+        outputFile_, roomFor(request), writesVoice ? voiceFilePath(outputFile_) : std::string{});
     if (check.kind != RecRefusal::kNone) {
         result.refusalKind = check.kind;
         result.refusal = check.message;

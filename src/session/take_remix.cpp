@@ -11,6 +11,7 @@
 #include "capture/sync_mx.h"
 #include "core/wave_format.h"
 #include "playback/source_opener.h"
+#include "playback/source_options.h"
 #include "playback/wav_length.h"
 #include "playback/wav_writer.h"
 #include "session/accompaniment_player.h"
@@ -132,7 +133,9 @@ std::string remixTake(const RemixRequest& request) {
     TrackEntry track;
     track.path = parts.note.path;
     track.length = parts.note.length;
-    auto mixed = renderAccompaniment(track, parts.note.start, request.options);
+    // Decoded as it was for the take, whatever the settings say now.
+    auto mixed =
+        renderAccompaniment(track, parts.note.start, SourceOptions{parts.note.builtinDecoderFirst});
     if (!mixed) {
         return track.path + ": the take's accompaniment cannot be opened";
     }

@@ -8,8 +8,6 @@
 #include <cstdint>
 #include <string>
 
-#include "playback/source_options.h"
-
 namespace tunebox {
 
 // The largest nudge either way, in milliseconds: beyond it the voice belongs
@@ -23,7 +21,6 @@ struct RemixRequest {
     std::string take;    // its voice file lies beside it
     std::string output;  // may be the take: replaced only once all is written
     int32_t nudge = 0;   // frames; positive puts the voice later
-    SourceOptions options;
 };
 
 // Empty when the output was written; otherwise one line saying why not, and

@@ -11,4 +11,12 @@ std::string voiceFilePath(const std::string& take) {
     return path.string();
 }
 
+std::optional<RepairResult> repairVoiceFile(const std::string& take) {
+    const std::string voice = voiceFilePath(take);
+    if (inspectWav(voice).condition != WavCondition::kUnfinished) {
+        return std::nullopt;
+    }
+    return repairWav(voice);
+}
+
 }  // namespace tunebox

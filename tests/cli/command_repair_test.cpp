@@ -31,11 +31,13 @@ class CommandRepairTest : public ::testing::Test {
     std::string take_ = (dir_ / "take.wav").string();
 };
 
-TEST_F(CommandRepairTest, AKilledTakeIsToldOfAndRepairedToWhatSoxWrote) {
+TEST_F(CommandRepairTest, AKilledTakeAndItsVoiceFileAreToldOfAndRepairedToWhatSoxWrote) {
     const std::string original =
         test::synthesise(dir_ / "original.wav", 44100, 2, "synth 3 sine 440");
     const test::Bytes intact = test::readBytes(original);
     test::writeFile(take_, withoutSizes(intact));
+    const std::string voice = (dir_ / "take.voice.wav").string();
+    test::writeFile(voice, withoutSizes(intact));
 
     const test::RunResult info = tunebox("info '" + take_ + "'");
     EXPECT_NE(info.out.find("unfinished: the header says 0 bytes of audio but 3.0 s follow; "
@@ -45,8 +47,10 @@ TEST_F(CommandRepairTest, AKilledTakeIsToldOfAndRepairedToWhatSoxWrote) {
 
     const test::RunResult repaired = tunebox("repair '" + take_ + "'");
     EXPECT_EQ(repaired.status, 0) << repaired.err;
-    EXPECT_EQ(repaired.out, take_ + ": repaired, 3.0 s of audio kept\n");
+    EXPECT_EQ(repaired.out, take_ + ": repaired, 3.0 s of audio kept\n" + voice +
+                                ": repaired, 3.0 s of audio kept\n");
     EXPECT_EQ(test::readBytes(take_), intact);
+    EXPECT_EQ(test::readBytes(voice), intact);
     EXPECT_EQ(test::run("test \"$(sox --i -s '" + take_ + "')\" = 132300"), 0);
 
     const test::RunResult again = tunebox("repair '" + take_ + "'");

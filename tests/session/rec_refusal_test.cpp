@@ -42,6 +42,10 @@ TEST(RecRefusalTest, EachProblemWithTheOutputIsOneLineNamingIt) {
         EXPECT_EQ(check.kind, c.kind) << c.output;
         EXPECT_EQ(check.message, c.message);
     }
+    EXPECT_EQ(judgeOutput("take.wav", {.exists = true, .isFolder = true, .writable = true},
+                          kMegabyte, true)
+                  .message,
+              "take.wav: needs 1 MB free for the take and its voice file, 0 MB left");
 }
 
 class RecRefusedTest : public TakeTest {
@@ -86,7 +90,9 @@ TEST_F(RecRefusedTest, AReadOnlyFolderAndAFullDiskStartNothing) {
     expectRefused(dir_ / "ro" / "take.wav", RecRefusal::kFolderNotWritable);
     const RecStart full = expectRefused(dir_ / "small" / "take.wav", RecRefusal::kNoRoom);
     // The take and its voice file, each with a minute to spare.
-    EXPECT_NE(full.refusal.find("needs 23 MB free, 4 MB left"), std::string::npos) << full.refusal;
+    EXPECT_NE(full.refusal.find("needs 23 MB free for the take and its voice file, 4 MB left"),
+              std::string::npos)
+        << full.refusal;
 }
 
 TEST_F(RecRefusedTest, AMicrophoneThatWillNotOpenIsSaid) {

@@ -12,6 +12,7 @@
 #include "session/take_harness.h"
 #include "session/take_remix.h"
 #include "session/voice_file.h"
+#include "support/command_runner.h"
 #include "support/scoped_environment.h"
 #include "support/small_mount.h"
 #include "support/temp_dir.h"
@@ -22,7 +23,6 @@ namespace {
 
 constexpr uint32_t kOutputLatency = 5292;  // 30 ms
 constexpr uint32_t kInputLatency = 3000;
-constexpr std::size_t kWavHeaderBytes = 44;
 
 class TakeAlignmentTest : public TakeTest {
   protected:
@@ -46,7 +46,7 @@ class TakeAlignmentTest : public TakeTest {
     // The take mixed again into `output` with the voice moved by `nudge`
     // frames; empty when it was.
     std::string remix(const std::string& output, int32_t nudge = 0) {
-        return remixTake({.take = take_, .output = output, .nudge = nudge, .options = {}});
+        return remixTake({.take = take_, .output = output, .nudge = nudge});
     }
 
     // Stops as soon as the accompaniment has played out.
@@ -55,22 +55,16 @@ class TakeAlignmentTest : public TakeTest {
         controller().stopRecorder();
     }
 
-    static std::vector<int16_t> samplesOf(const std::string& path) {
-        const auto bytes = readBytes(path);
-        EXPECT_GT(bytes.size(), kWavHeaderBytes);
-        return toSamples({bytes.begin() + kWavHeaderBytes, bytes.end()});
-    }
-    std::vector<int16_t> takeSamples() { return samplesOf(take_); }
+    std::vector<int16_t> takeSamples() { return wavDataSamples(take_); }
 
     // The voice file holds the voice exactly as the take mixed it, sample for
     // sample and as long, and names the accompaniment it went over.
     void expectVoiceFileLinedUp(std::ptrdiff_t voiceLag) {
         const std::string voicePath = voiceFilePath(take_);
         const auto take = takeSamples();
-        const auto bytes = readBytes(voicePath);
-        const std::vector<int16_t> voice = toSamples(
-            {bytes.begin() + kWavHeaderBytes,
-             bytes.begin() + static_cast<std::ptrdiff_t>(kWavHeaderBytes + take.size() * 2)});
+        std::vector<int16_t> voice = wavDataSamples(voicePath);
+        ASSERT_GE(voice.size(), take.size());
+        voice.resize(take.size());
         std::size_t wrong = 0;
         for (std::size_t k = 0; k < voice.size(); ++k) {
             const auto sung = static_cast<std::ptrdiff_t>(k) - voiceLag;
@@ -179,8 +173,9 @@ TEST_F(TakeAlignmentTest, AVoiceFileThatRunsOutOfRoomKeepsTheWholeTake) {
     const CRecWav& capture = controller().capture();
     EXPECT_EQ(capture.fault(), CaptureFault::kNone);
     EXPECT_NE(capture.voiceFileError().find("could not be written"), std::string::npos);
-    EXPECT_EQ(inspectWav(voicePath.string()).condition, WavCondition::kFinished);
-    const auto kept = samplesOf(voicePath.string());
+    EXPECT_EQ(inspectWav(voicePath.string()).condition, WavCondition::kFinished)
+        << inspectWav(voicePath.string()).detail;
+    const auto kept = wavDataSamples(voicePath.string());
     ASSERT_GT(kept.size(), 0u);
     EXPECT_TRUE(std::equal(kept.begin(), kept.end(), voice_.begin())) << "a clean prefix";
 }
@@ -205,15 +200,14 @@ TEST_F(TakeAlignmentTest, ARemixWithoutNudgeIsTheTakeAndANudgeMovesOnlyTheVoice)
     ASSERT_EQ(remix(same), "");
     EXPECT_EQ(readBytes(same), readBytes(take_));
 
-    const auto unmoved = samplesOf(same);
-    // The audio only: the accompaniment's note follows it.
-    auto voice = samplesOf(voiceFilePath(take_));
+    const auto unmoved = wavDataSamples(same);
+    auto voice = wavDataSamples(voiceFilePath(take_));
     voice.resize(unmoved.size());
     for (const int32_t milliseconds : {10, -10}) {
         SCOPED_TRACE(milliseconds);
         const std::string moved = (dir_.path() / "moved.wav").string();
         ASSERT_EQ(remix(moved, nudgeFrames(milliseconds)), "");
-        const auto nudged = samplesOf(moved);
+        const auto nudged = wavDataSamples(moved);
         ASSERT_EQ(nudged.size(), unmoved.size());
         const std::ptrdiff_t shift = 2 * 441 * milliseconds / 10;
         std::size_t wrong = 0;
@@ -229,6 +223,24 @@ TEST_F(TakeAlignmentTest, ARemixWithoutNudgeIsTheTakeAndANudgeMovesOnlyTheVoice)
         }
         EXPECT_EQ(wrong, 0u);
     }
+}
+
+// The two MP3 decoders differ in their last bits, so the remix decodes the
+// song with the one the take used, whatever the settings say by then.
+TEST_F(TakeAlignmentTest, ARemixDecodesAnMp3WithTheDecoderOfTheTake) {
+    const std::string mp3 = (dir_.path() / "song.mp3").string();
+    ASSERT_EQ(run("lame --quiet -b 128 '" + song_ + "' '" + mp3 + "'"), 0);
+    track_.path = mp3;
+    ASSERT_EQ(wavGetLength(mp3, track_.length), 1);
+    controller().setSourceOptions({.builtinDecoderFirst = true});
+    recAtOneInstant({track_, 1, kOutputLatency});
+    runToTheEnd();
+    const auto note = readAccompanimentNote(voiceFilePath(take_));
+    ASSERT_TRUE(note);
+    EXPECT_TRUE(note->builtinDecoderFirst);
+    const std::string same = (dir_.path() / "same.wav").string();
+    ASSERT_EQ(remix(same), "");
+    EXPECT_EQ(readBytes(same), readBytes(take_));
 }
 
 TEST_F(TakeAlignmentTest, ARemixRefusesAChangedAccompanimentAndAMissingVoiceFile) {

@@ -36,4 +36,22 @@ inline std::vector<int16_t> toSamples(const std::vector<uint8_t>& bytes) {
     return samples;
 }
 
+// The samples of a RIFF/WAVE file's "data" chunk, found by walking its
+// chunks: a voice file holds a note before its audio. The data runs to the
+// end of the file, as in a take cut off before its close.
+inline std::vector<int16_t> wavDataSamples(const std::filesystem::path& path) {
+    const std::vector<uint8_t> bytes = readBytes(path);
+    const auto sizeAt = [&](std::size_t at) {
+        return uint32_t{bytes[at]} | uint32_t{bytes[at + 1]} << 8 | uint32_t{bytes[at + 2]} << 16 |
+               uint32_t{bytes[at + 3]} << 24;
+    };
+    for (std::size_t at = 12; at + 8 <= bytes.size(); at += 8 + ((sizeAt(at + 4) + 1) & ~1u)) {
+        if (std::string(bytes.begin() + static_cast<std::ptrdiff_t>(at),
+                        bytes.begin() + static_cast<std::ptrdiff_t>(at + 4)) == "data") {
+            return toSamples({bytes.begin() + static_cast<std::ptrdiff_t>(at + 8), bytes.end()});
+        }
+    }
+    throw std::runtime_error("no data chunk in " + path.string());
+}
+
 }  // namespace tunebox::test

@@ -5,7 +5,6 @@
 
 #include "app/cli/commands.h"
 #include "app/cli/overwrite_option.h"
-#include "app/cli/source_settings.h"
 #include "session/take_remix.h"
 
 namespace tunebox::cli {
@@ -28,10 +27,8 @@ int remix(const RemixArguments& arguments) {
         std::cerr << "tunebox: " << output << ": " << *problem << '\n';
         return kExitBadInput;
     }
-    const std::string problem = remixTake({.take = arguments.take,
-                                           .output = output,
-                                           .nudge = nudgeFrames(arguments.nudgeMs),
-                                           .options = sourceOptionsFromSettings()});
+    const std::string problem = remixTake(
+        {.take = arguments.take, .output = output, .nudge = nudgeFrames(arguments.nudgeMs)});
     if (!problem.empty()) {
         std::cerr << "tunebox: " << problem << '\n';
         return kExitBadInput;

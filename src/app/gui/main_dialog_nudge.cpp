@@ -21,8 +21,7 @@ bool MainDialog::nudgeCanRun() const {
 bool MainDialog::remixTo(const QString& output) {
     const std::string problem = remixTake({.take = recordedName_.toStdString(),
                                            .output = output.toStdString(),
-                                           .nudge = nudgeFrames(nudgeSpin_->value()),
-                                           .options = SourceOptions{readDecoderChoice() == 1}});
+                                           .nudge = nudgeFrames(nudgeSpin_->value())});
     if (problem.empty()) {
         return true;
     }

@@ -74,7 +74,11 @@ void MainDialog::offerRepair(const QString& path) {
         return;
     }
     const RepairResult result = repairWav(path.toStdString());
-    const QString detail = QString::fromStdString(result.message);
+    QString detail = QString::fromStdString(result.message);
+    if (const auto voice = repairVoiceFile(path.toStdString())) {
+        detail += '\n' +
+                  QString::fromStdString(voiceFilePath(path.toStdString()) + ": " + voice->message);
+    }
     if (!result.repaired) {
         services_.showStop(this, repairCaption(), tr("The repair failed: ") + detail);
         return;
