@@ -2,6 +2,13 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="ja" sourcelanguage="en">
 <context>
+    <name>HelpViewer</name>
+    <message>
+        <source>Tunebox help</source>
+        <translation>Tunebox ﾍﾙﾌﾟ</translation>
+    </message>
+</context>
+<context>
     <name>tunebox::gui::AboutDialog</name>
     <message>
         <source>About Tunebox</source>
@@ -14,6 +21,82 @@
     <message>
         <source>Tunebox&apos;s page</source>
         <translation>Tunebox のページ</translation>
+    </message>
+</context>
+<context>
+    <name>tunebox::gui::ClipLight</name>
+    <message>
+        <source>Lights for two seconds when the recording reaches full scale (clips)</source>
+        <translation>録音が最大音量に達する(ｸﾘｯﾌﾟする)と2秒間点灯します</translation>
+    </message>
+    <message>
+        <source>CLIP</source>
+        <translation>ｸﾘｯﾌﾟ</translation>
+    </message>
+</context>
+<context>
+    <name>tunebox::gui::ExportDialog</name>
+    <message>
+        <source>0 is best (about 245 kbit/s), 9 smallest</source>
+        <translation>0 が最高音質(約245 kbit/s)、9 が最小</translation>
+    </message>
+    <message>
+        <source>0 is smallest, 1 best</source>
+        <translation>0 が最小、1 が最高音質</translation>
+    </message>
+    <message>
+        <source>0 is fastest, 1 smallest; lossless either way</source>
+        <translation>0 が最速、1 が最小(どちらも無劣化)</translation>
+    </message>
+    <message>
+        <source>Gain %1 dB brings it to %2 LUFS.</source>
+        <translation>%1 dB の増幅で %2 LUFS にしました。</translation>
+    </message>
+    <message>
+        <source>Gain %1 dB: the true peak keeps it short of %2 LUFS.</source>
+        <translation>%1 dB の増幅: ﾋﾟｰｸのため %2 LUFS までは上げていません。</translation>
+    </message>
+    <message>
+        <source>Not normalized: too quiet or too short to measure.</source>
+        <translation>音量をそろえませんでした(小さすぎるか短すぎて測れません)。</translation>
+    </message>
+    <message>
+        <source>Export the take</source>
+        <translation>録音の書き出し</translation>
+    </message>
+    <message>
+        <source>Normalize to</source>
+        <translation>音量をそろえる:</translation>
+    </message>
+    <message>
+        <source>By gain only: the true peak stays at or below -1 dBTP. -14 LUFS suits most players.</source>
+        <translation>増幅だけで行い、ﾋﾟｰｸは -1 dBTP 以下に保ちます。多くのﾌﾟﾚｰﾔｰには -14 LUFS が合います。</translation>
+    </message>
+    <message>
+        <source>Format:</source>
+        <translation>形式:</translation>
+    </message>
+    <message>
+        <source>Quality:</source>
+        <translation>音質:</translation>
+    </message>
+    <message>
+        <source>Artist:</source>
+        <translation>歌手名:</translation>
+    </message>
+    <message>
+        <source>Export</source>
+        <translation>書き出し</translation>
+    </message>
+    <message>
+        <source>The take could not be exported:
+%1</source>
+        <translation>録音を書き出せませんでした:
+%1</translation>
+    </message>
+    <message>
+        <source>Saved as %1</source>
+        <translation>%1 に保存しました</translation>
     </message>
 </context>
 <context>
@@ -295,6 +378,72 @@ was cut off in the middle of a take. Repair it?
     <message>
         <source>Repaired: </source>
         <translation>修復しました:</translation>
+    </message>
+    <message>
+        <source>Export...</source>
+        <translation>書き出し...</translation>
+    </message>
+    <message>
+        <source>No sound output</source>
+        <translation>音声出力がありません</translation>
+    </message>
+    <message>
+        <source>The sound output cannot be opened (%1).
+Check that speakers or headphones are connected and not taken by another program, then try again.</source>
+        <translation>音声出力を開けません(%1)。
+ｽﾋﾟｰｶｰかﾍｯﾄﾞﾎﾝがつながっていて他のﾌﾟﾛｸﾞﾗﾑが使っていないか確かめて、やり直してください。</translation>
+    </message>
+    <message>
+        <source>Cannot play</source>
+        <translation>再生できません</translation>
+    </message>
+    <message>
+        <source>%1 cannot be played: Tunebox cannot read it as sound.
+Pick another file.</source>
+        <translation>%1 は再生できません(音声として読めません)。
+別のﾌｧｲﾙを選んでください。</translation>
+    </message>
+    <message>
+        <source>%1 does not exist.
+Record a take first, or pick the file again.</source>
+        <translation>%1 がありません。
+先に録音するか、ﾌｧｲﾙを選び直してください。</translation>
+    </message>
+    <message>
+        <source>No microphone</source>
+        <translation>ﾏｲｸがありません</translation>
+    </message>
+    <message>
+        <source>The level monitor cannot start (%1).
+Check that a microphone is connected and not taken by another program, then try again.</source>
+        <translation>ﾚﾍﾞﾙﾓﾆﾀｰを開始できません(%1)。
+ﾏｲｸがつながっていて他のﾌﾟﾛｸﾞﾗﾑが使っていないか確かめて、やり直してください。</translation>
+    </message>
+    <message>
+        <source>The help page (help.html) is not installed. It was looked for in:
+%1
+Install Tunebox again to restore it.</source>
+        <translation>ﾍﾙﾌﾟﾍﾟｰｼﾞ(help.html)がｲﾝｽﾄｰﾙされていません。探した場所:
+%1
+Tunebox を入れ直してください。</translation>
+    </message>
+    <message>
+        <source>%1 B (%2 ms)</source>
+        <translation>%1 ﾊﾞｲﾄ (%2 ms)</translation>
+    </message>
+    <message>
+        <source>Delay from positions + calibration of %1 (%2 B)</source>
+        <translation>再生位置からの遅れ + %1 の補正 (%2 ﾊﾞｲﾄ)</translation>
+    </message>
+    <message>
+        <source>Blocks of the take that reached full scale (clipped), each about half a second: %1.
+Sing a little further from the microphone or turn its level down, then record again.</source>
+        <translation>最大音量に達した(ｸﾘｯﾌﾟした)区間(約0.5秒ずつ): %1。
+ﾏｲｸから少し離れるか入力音量を下げて、録音し直してください。</translation>
+    </message>
+    <message>
+        <source>The take clipped</source>
+        <translation>録音がｸﾘｯﾌﾟしました</translation>
     </message>
 </context>
 </TS>
