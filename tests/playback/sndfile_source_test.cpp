@@ -23,8 +23,32 @@ namespace {
 constexpr uint32_t kRequest = 5000;  // not a whole number of frames or blocks
 constexpr std::size_t kWaveHeaderBytes = 44;
 
-// The best normalised correlation of two interleaved stereo signals over
-// shifts of up to `maxShift` frames, and the shift that gives it.
+// The normalised correlation of two interleaved stereo signals with
+// `theirs` moved `shift` frames, over `count` samples from `from` (all that
+// overlap when `count` is 0).
+double correlation(const std::vector<int16_t>& ours, const std::vector<int16_t>& theirs, long shift,
+                   long from = 0, long count = 0) {
+    const long first = std::max(from, -shift * 2);
+    long last = std::min<long>(static_cast<long>(ours.size()),
+                               static_cast<long>(theirs.size()) - shift * 2);
+    if (count != 0) {
+        last = std::min(last, first + count);
+    }
+    double both = 0.0;
+    double own = 1e-9;
+    double other = 1e-9;
+    for (long i = first; i < last; ++i) {
+        const double a = ours[i];
+        const double b = theirs[i + shift * 2];
+        both += a * b;
+        own += a * a;
+        other += b * b;
+    }
+    return both / std::sqrt(own * other);
+}
+
+// The best correlation over shifts of up to `maxShift` frames, the shift
+// found on a quarter of a second and the figure taken over the whole signal.
 struct Alignment {
     double correlation = 0.0;
     long shift = 0;
@@ -32,26 +56,16 @@ struct Alignment {
 
 Alignment bestAlignment(const std::vector<int16_t>& ours, const std::vector<int16_t>& theirs,
                         long maxShift) {
-    Alignment best;
+    constexpr long kWindowFrom = 2 * 22050;
+    constexpr long kWindowSamples = 2 * 11025;
+    Alignment best{-1.0, 0};
     for (long shift = -maxShift; shift <= maxShift; ++shift) {
-        const long from = std::max(0L, -shift) * 2;
-        const long count = std::min<long>(static_cast<long>(ours.size()) - from,
-                                          static_cast<long>(theirs.size()) - (from + shift * 2));
-        double both = 0.0;
-        double own = 1e-9;
-        double other = 1e-9;
-        for (long i = 0; i < count; ++i) {
-            const double a = ours[from + i];
-            const double b = theirs[from + shift * 2 + i];
-            both += a * b;
-            own += a * a;
-            other += b * b;
-        }
-        const double correlation = both / std::sqrt(own * other);
-        if (correlation > best.correlation) {
-            best = {correlation, shift};
+        const double windowed = correlation(ours, theirs, shift, kWindowFrom, kWindowSamples);
+        if (windowed > best.correlation) {
+            best = {windowed, shift};
         }
     }
+    best.correlation = correlation(ours, theirs, best.shift);
     return best;
 }
 
@@ -156,7 +170,6 @@ TEST_F(SndfileSourceTest, LossyStreamsMatchFfmpegWithinOneCodecFrame) {
         SCOPED_TRACE(stream.path + (stream.builtinFirst == 1 ? " (built-in)" : ""));
         test::Opened opened;
         ASSERT_TRUE(test::open(stream.path, opened, stream.builtinFirst)) << opened.refusal;
-        EXPECT_TRUE(opened.description().converted);
         const auto ours = test::toSamples(test::readAll(opened, kRequest));
         const auto theirs = ffmpegDecode(stream.path);
         const auto frames = [](const std::vector<int16_t>& samples) {
@@ -173,6 +186,10 @@ TEST_F(SndfileSourceTest, LossyStreamsMatchFfmpegWithinOneCodecFrame) {
 // A file cut short or damaged opens to what can be decoded of it, or is
 // refused with a reason; a length never promises more than the reads give.
 TEST_F(SndfileSourceTest, CutAndDamagedFilesNeverPromiseMoreThanTheyHold) {
+    // Noise, so that the cut falls well inside the audio of every kind
+    // rather than in an Ogg file's headers.
+    wav_ = test::synthesise(dir_ / "noise.wav", 44100, 2, "synth 2 pinknoise vol 0.5");
+    const std::size_t wholeLength = test::readBytes(wav_).size() - kWaveHeaderBytes;
     const std::string whole[] = {
         make("cut.flac", "sox"),
         make("cut.aiff", "sox"),
@@ -185,7 +202,8 @@ TEST_F(SndfileSourceTest, CutAndDamagedFilesNeverPromiseMoreThanTheyHold) {
         test::writeFile(path, test::Bytes(bytes.begin(), bytes.begin() + bytes.size() * 3 / 5));
         test::Opened cut;
         ASSERT_TRUE(test::open(path, cut)) << cut.refusal;
-        EXPECT_LT(cut.length, wavData_.size());
+        EXPECT_LT(cut.length, wholeLength);
+        EXPECT_GT(cut.length, wholeLength / 3);
         EXPECT_EQ(test::readAll(cut, kRequest).size(), cut.length);
 
         for (int damage = 0; damage < 8; ++damage) {
