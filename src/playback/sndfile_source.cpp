@@ -15,14 +15,13 @@ namespace {
 constexpr int64_t kBlockFrames = 4096;
 constexpr uint32_t kMostReadChannels = 2;
 
+// What the reader delivers; the opener has refused more than two channels.
 WaveFormat pcm16Format(const SndfileFacts& facts) {
-    WaveFormat format{kFormatPcm,
-                      static_cast<uint16_t>(std::min<uint32_t>(facts.channels, 0xFFFF)),
-                      facts.sampleRate,
-                      0,
-                      0,
-                      16,
-                      0};
+    WaveFormat format;
+    format.formatTag = kFormatPcm;
+    format.channels = static_cast<uint16_t>(facts.channels);
+    format.samplesPerSec = facts.sampleRate;
+    format.bitsPerSample = 16;
     format.blockAlign = static_cast<uint16_t>(format.channels * 2);
     format.avgBytesPerSec = format.blockAlign * format.samplesPerSec;
     return format;

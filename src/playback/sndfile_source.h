@@ -29,6 +29,8 @@ class SndfileSource final : public AudioSource {
     [[nodiscard]] const WaveFormat& format() const override { return format_; }
     [[nodiscard]] SourceDescription describe() const override;
 
+    // Made by `open`, with the reader at the first frame and the length it
+    // worked out.
     SndfileSource(std::unique_ptr<SndfileReader> reader, AudioFileKind kind, uint32_t length);
 
   private:

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "support/layer1_stream_writer.h"
 #include "support/riff_bytes.h"
 #include "support/source_reading.h"
 #include "support/temp_dir.h"
@@ -181,6 +182,27 @@ TEST_F(SndfileSourceTest, LossyStreamsMatchFfmpegWithinOneCodecFrame) {
         const Alignment alignment = bestAlignment(ours, theirs, stream.frameSamples);
         EXPECT_GT(alignment.correlation, 0.99) << "shift " << alignment.shift;
     }
+}
+
+// No encoder at hand writes Layer I: a stream written bit by bit opens as an
+// .mp1 file on either decoder, and the two give the same signal.
+TEST_F(SndfileSourceTest, LayerOneFilesPlayOnEitherDecoderAlike) {
+    const std::string path = (dir_ / "noise.mp1").string();
+    test::writeFile(path, test::layer1Stream({}));
+    std::vector<int16_t> decoded[2];
+    for (const uint32_t builtinFirst : {0u, 1u}) {
+        SCOPED_TRACE(builtinFirst);
+        test::Opened opened;
+        ASSERT_TRUE(test::open(path, opened, builtinFirst)) << opened.refusal;
+        EXPECT_EQ(opened.description().builtinDecoder, builtinFirst == 1);
+        decoded[builtinFirst] = test::toSamples(test::readAll(opened, kRequest));
+        EXPECT_LE(std::abs(static_cast<long>(opened.length / 2) -
+                           static_cast<long>(decoded[builtinFirst].size())),
+                  2 * 384);
+    }
+    EXPECT_LE(std::abs(static_cast<long>(decoded[0].size()) - static_cast<long>(decoded[1].size())),
+              2 * 384);
+    EXPECT_GT(correlation(decoded[0], decoded[1], 0), 0.99);
 }
 
 // A file cut short or damaged opens to what can be decoded of it, or is
