@@ -1,7 +1,8 @@
 // Opens arbitrary bytes as an accompaniment file and reads it the way the
-// player does: open (as WAVE, else as MP3), read to the end, seek, read again,
-// and read the head of the data chunk. The input's last byte chooses which
-// MP3 decoder is preferred, so both converter paths are fuzzed.
+// player does: open (as WAVE, else as a kind libsndfile reads, else as MP3),
+// read to the end, seek, read again, and read the head of the data chunk. The
+// input's last byte chooses which MP3 decoder is preferred, so both converter
+// paths are fuzzed.
 
 #include <array>
 #include <cstdint>

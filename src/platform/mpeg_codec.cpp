@@ -7,8 +7,6 @@
 namespace tunebox {
 namespace {
 
-constexpr uint16_t kFormatMpeg = 0x50;  // Layers I and II inside a wave record
-
 struct HandleDeleter {
     void operator()(mpg123_handle* handle) const {
         mpg123_close(handle);
@@ -68,7 +66,7 @@ class MpegStream final : public CodecStream {
 }  // namespace
 
 bool isMpegFormatTag(uint16_t formatTag) {
-    return formatTag == kFormatMpegLayer3 || formatTag == kFormatMpeg;
+    return formatTag == kFormatMpegLayer3 || formatTag == kFormatMpegLayers12;
 }
 
 WaveFormat mpegDecodedFormat(const WaveFormat& source) {

@@ -9,6 +9,9 @@
 
 namespace tunebox {
 
+// The wave format tag of MPEG Layer I and II data (Layer III has its own).
+inline constexpr uint16_t kFormatMpegLayers12 = 0x50;
+
 bool isMpegFormatTag(uint16_t formatTag);
 
 // The PCM format libmpg123 delivers for an MPEG source.

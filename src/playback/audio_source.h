@@ -6,10 +6,13 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "core/wave_format.h"
 #include "mp3/id3_tag.h"
 #include "mp3/mp3_stream_facts.h"
+#include "platform/sndfile_reader.h"
 
 namespace tunebox {
 
@@ -18,6 +21,14 @@ struct SourceBlock {
     uint32_t count = 0;   // bytes delivered
     bool ended = false;   // the source ran out
     bool failed = false;  // a conversion failed (with what came before it in count)
+};
+
+// A file read through libsndfile: its kind, how its samples are coded, and
+// the texts it carries (Vorbis comments, AIFF names, ...).
+struct CodedFileFacts {
+    std::string kind;   // "FLAC", "Ogg", "AIFF", ...
+    std::string codec;  // "Signed 16 bit PCM", "Vorbis", "Opus", ...
+    std::vector<SndfileTag> tags;
 };
 
 // What `tunebox info` and `decode` tell about a source.
@@ -30,6 +41,7 @@ struct SourceDescription {
     std::optional<Mp3StreamFacts> mp3;
     // ID3v2 texts, an ID3v1 tag filling what they leave out.
     std::optional<Id3Tag> tags;
+    std::optional<CodedFileFacts> coded;
 };
 
 class AudioSource {

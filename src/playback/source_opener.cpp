@@ -1,12 +1,16 @@
 #include "playback/source_opener.h"
 
+#include <algorithm>
 #include <array>
+#include <fstream>
 #include <utility>
+#include <vector>
 
 #include "mp3/conversion_state.h"
 #include "mp3/mp3_open.h"
 #include "playback/converted_source.h"
 #include "playback/direct_source.h"
+#include "playback/sndfile_source.h"
 #include "playback/wav_reader.h"
 
 namespace tunebox {
@@ -45,12 +49,31 @@ SourceOpening openMp3(const std::string& path, const SourceOptions& options) {
     return {std::make_unique<ConvertedSource>(std::move(file), std::move(state), length), {}};
 }
 
+// Only files whose first bytes name a kind libsndfile reads are handed to
+// it: it reads MP3 and raw data too, and would take them from the openers
+// that know them better.
+SourceOpening openSndfile(const std::string& path, const SourceOptions& /*options*/) {
+    const AudioFileKind kind = audioFileKind(readFileHead(path));
+    if (!isSndfileKind(kind)) {
+        return {};
+    }
+    return SndfileSource::open(path, kind);
+}
+
 // In order of trust: a WAVE file refused for its format or length is not
 // tried as MP3, since its samples could pass for MPEG frames and play as
-// noise.
-constexpr std::array kOpeners{&openWave, &openMp3};
+// noise; nor is a file that begins as FLAC, Ogg, AIFF and the like.
+constexpr std::array kOpeners{&openWave, &openSndfile, &openMp3};
 
 }  // namespace
+
+std::vector<uint8_t> readFileHead(const std::string& path) {
+    std::vector<uint8_t> head(kFileKindHeadBytes);
+    std::ifstream in(path, std::ios::binary);
+    in.read(reinterpret_cast<char*>(head.data()), static_cast<std::streamsize>(head.size()));
+    head.resize(static_cast<std::size_t>(std::max<std::streamsize>(in.gcount(), 0)));
+    return head;
+}
 
 SourceOpening wavOpenSource(const std::string& path, const SourceOptions& options) {
     SourceOpening opening;

@@ -7,8 +7,10 @@
 #include <vector>
 
 #include "core/little_endian.h"
+#include "mp3/first_frame.h"
 #include "mp3/mp3_open.h"
 #include "platform/format_plausibility.h"
+#include "platform/mpeg_codec.h"
 #include "platform/native_length.h"
 #include "playback/wav_length.h"
 #include "playback/wave_extensible.h"
@@ -40,6 +42,25 @@ WavOpenStatus missingWaveForm(RiffFile& file) {
     return looksLikeWave ? WavOpenStatus::damaged : WavOpenStatus::notWave;
 }
 
+// A Layer I or II record keeps the head mode where a Layer III record keeps
+// its block size (one frame), and its block alignment is 1 when frames are
+// padded. The converter is handed the record an MP3 file's first confirmed
+// frame gives instead, with the file's own tag. False when the data's first
+// bytes hold no stream of frames.
+bool recordFromFirstFrame(std::span<const uint8_t> head, bool wholeData, FormatChunk& record) {
+    MpegLayer3Format format;
+    MpegHeader header;
+    uint32_t offset = 0;
+    const BufferEnd end = wholeData ? BufferEnd::endOfAudio : BufferEnd::moreFollows;
+    if (mp3GetHeader(head, format, header, offset, end) != 1) {
+        return false;
+    }
+    format.wave.formatTag = kFormatMpegLayers12;
+    const auto bytes = encodeLayer3Format(format);
+    std::copy(bytes.begin(), bytes.end(), record.begin());
+    return true;
+}
+
 // Non-native PCM, A-law, mu-law and MPEG data inside WAVE files go through
 // the converter, which is handed the format chunk and the data's first bytes.
 WavOpenStatus openThroughConverter(RiffHandle& file, const FormatChunk& formatBytes,
@@ -52,6 +73,11 @@ WavOpenStatus openThroughConverter(RiffHandle& file, const FormatChunk& formatBy
     }
     head.resize(static_cast<std::size_t>(headBytes));
     source.sourceFormat = formatBytes;
+    if (source.outputFormat.formatTag == kFormatMpegLayers12 &&
+        !recordFromFirstFrame(head, headBytes < kDataHeadBytes, source.sourceFormat)) {
+        wavCloseSource(file, source);
+        return WavOpenStatus::damaged;
+    }
     if (mp3SelectDecoder(source, source.sourceFormat, kNativeFormat, head) != 1) {
         wavCloseSource(file, source);
         return WavOpenStatus::unsupported;
@@ -100,14 +126,15 @@ WavOpenStatus wavExamineWaveFile(const std::string& path, RiffHandle& file, uint
     source.outputFormat = parseWaveFormat(formatBytes);
     const uint16_t tag = source.outputFormat.formatTag;
     const bool pcmFamily = tag == kFormatPcm || tag == kFormatALaw || tag == kFormatMuLaw;
-    if (!pcmFamily && tag != kFormatMpegLayer3) {
+    const bool mpeg = tag == kFormatMpegLayer3 || tag == kFormatMpegLayers12;
+    if (!pcmFamily && !mpeg) {
         return WavOpenStatus::unsupported;  // left open: the next opener takes over
     }
     std::string implausible = implausibleFormatReason(source.outputFormat);
     if (!implausible.empty()) {
         return refuseOutright(file, source, std::move(implausible));
     }
-    if (tag == kFormatMpegLayer3 || !sameFormat(source.outputFormat, kNativeFormat)) {
+    if (mpeg || !sameFormat(source.outputFormat, kNativeFormat)) {
         const WavOpenStatus converted = openThroughConverter(file, formatBytes, source);
         if (converted != WavOpenStatus::opened) {
             return converted;
@@ -146,7 +173,10 @@ WavOpenStatus wavReadFormatChunk(RiffFile& file, const ChunkInfo& riff, FormatCh
     if (file.read(whole.data(), chunk.size) != chunk.size || file.ascend(chunk) != 1) {
         return WavOpenStatus::damaged;
     }
-    if (!plainPcmFromExtensible(whole, chunk.size) && chunk.size > bytes.size()) {
+    // An MPEG Layer I or II record runs to 40 bytes; what passes the 32 kept
+    // is a presentation time stamp, of no use here.
+    const bool mpegRecord = loadLe16(whole.data()) == kFormatMpegLayers12;
+    if (!plainPcmFromExtensible(whole, chunk.size) && !mpegRecord && chunk.size > bytes.size()) {
         return WavOpenStatus::unsupported;
     }
     std::copy_n(whole.begin(), bytes.size(), bytes.begin());

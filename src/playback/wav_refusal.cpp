@@ -42,7 +42,7 @@ const char* refusalText(WavRefusal refusal) {
         case WavRefusal::unsupportedFormat:
             break;
     }
-    return "unsupported WAVE format (8- or 16-bit PCM, A-law, mu-law or MPEG Layer III, 1 or 2 "
+    return "unsupported WAVE format (8- or 16-bit PCM, A-law, mu-law or MPEG audio, 1 or 2 "
            "channels)";
 }
 

@@ -5,6 +5,7 @@
 #include <optional>
 #include <utility>
 
+#include "platform/mpeg_codec.h"
 #include "playback/wav_layout.h"
 
 namespace tunebox {
@@ -43,8 +44,10 @@ std::string unfinishedReason(const WavLayout& layout) {
         }
         return "the header says " + declared + " of audio but " + present + " follow";
     }
+    // Compressed data (MPEG in a WAVE file) has frames of its own length, so
+    // its block alignment says nothing about where a frame ends.
     const uint64_t partial = layout.dataPresent % layout.format.blockAlign;
-    if (layout.dataRunsToEnd && partial != 0) {
+    if (layout.dataRunsToEnd && partial != 0 && !isMpegFormatTag(layout.format.formatTag)) {
         return "the audio ends " + std::to_string(partial) + " bytes into a frame";
     }
     if (uint64_t{layout.riffSize} + kRiffSizeOffset != layout.fileLength) {

@@ -140,7 +140,11 @@ TEST_F(MainDialogLayoutTest, UnsupportedAccompanimentIsRefusedWithAStopMessage) 
     ASSERT_EQ(desktop_.messages.size(), 2);
     EXPECT_EQ(dialog.currentIndex(), -1);
     EXPECT_TRUE(control<QLineEdit>(dialog, kKaraokeName)->text().isEmpty());
-    EXPECT_EQ(desktop_.requests[0].filter, "*.wav;*.mp3|*.wav;*.mp3|All Files (*.*)|*.*||");
+    const QString patterns = QStringLiteral(
+        "*.wav;*.mp3;*.mp2;*.mpa;*.mp1;*.flac;*.ogg;*.oga;*.opus;*.aif;*.aiff;*.aifc;*.caf;*.w64;"
+        "*.rf64");
+    EXPECT_EQ(desktop_.requests[0].filter,
+              patterns + QStringLiteral("|") + patterns + QStringLiteral("|All Files (*.*)|*.*||"));
     EXPECT_EQ(desktop_.requests[0].defaultSuffix, "WAV");
     EXPECT_TRUE(desktop_.requests[0].multiSelect);
     EXPECT_TRUE(readFolder(FolderPicker::kKaraoke).empty()) << "a refused file is not remembered";

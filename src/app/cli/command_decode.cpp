@@ -110,10 +110,10 @@ int decode(const DecodeOptions& options) {
 }  // namespace
 
 void registerDecodeCommand(CLI::App& app, int& status) {
-    auto* command =
-        app.add_subcommand("decode", "Decode a WAV or MP3 file to a native PCM WAV file");
+    auto* command = app.add_subcommand(
+        "decode", "Decode an audio file (WAV, MP3, FLAC, Ogg, ...) to a native PCM WAV file");
     auto options = std::make_shared<DecodeOptions>();
-    command->add_option("IN", options->input, "The WAV or MP3 file to decode")->required();
+    command->add_option("IN", options->input, "The audio file to decode")->required();
     command->add_option("OUT", options->output, "The WAV file to write; - for standard output")
         ->required();
     command->add_option("--decoder", options->decoder, "Which MP3 decoder to try first")

@@ -124,9 +124,10 @@ int runFx(const FxOptions& options) {
 
 void registerFxCommand(CLI::App& app, int& status) {
     auto* command = app.add_subcommand(
-        "fx", "Run an accompaniment (WAV or MP3) through the effect chain into a new WAV file");
+        "fx", "Run an accompaniment through the effect chain into a new WAV file");
     auto options = std::make_shared<FxOptions>();
-    command->add_option("IN", options->input, "A WAV or MP3 file")->required();
+    command->add_option("IN", options->input, "An audio file (WAV, MP3, FLAC, Ogg, ...)")
+        ->required();
     command->add_option("OUT", options->output, "WAV file to write; - for standard output")
         ->required();
     command->add_flag("--echo", options->echo, "Reverb");

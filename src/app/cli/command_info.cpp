@@ -60,6 +60,14 @@ void printMp3(const SourceDescription& description, const Mp3StreamFacts& facts)
     }
 }
 
+// Texts as the file names them: Vorbis comments, AIFF names and the like.
+void printCoded(const CodedFileFacts& coded) {
+    std::cout << "container: " << coded.kind << "\ncodec: " << coded.codec << "\n";
+    for (const SndfileTag& tag : coded.tags) {
+        std::cout << tag.name << ": " << tag.value << "\n";
+    }
+}
+
 void printSource(const std::string& path, const AudioSource& source) {
     const SourceDescription description = source.describe();
     const WaveFormat& format = description.format;
@@ -73,6 +81,9 @@ void printSource(const std::string& path, const AudioSource& source) {
               << "length: " << length << " bytes, " << formatSectorTime(length) << "\n";
     if (description.mp3) {
         printMp3(description, *description.mp3);
+    }
+    if (description.coded) {
+        printCoded(*description.coded);
     }
     if (const auto note = readAccompanimentNote(path)) {
         std::cout << "voice of a take over: " << note->path << ", from byte " << note->start
@@ -124,7 +135,11 @@ int showInfo(const std::string& path) {
 void registerInfoCommand(CLI::App& app, int& status) {
     auto* command = app.add_subcommand("info", "Show how an accompaniment file will be read");
     auto path = std::make_shared<std::string>();
-    command->add_option("FILE", *path, "A WAV or MP3 file")->required();
+    command
+        ->add_option(
+            "FILE", *path,
+            "An accompaniment: WAV, MP3, MP2, FLAC, Ogg Vorbis, Opus, AIFF, CAF, W64 or RF64")
+        ->required();
     command->callback([&status, path] { status = showInfo(*path); });
 }
 

@@ -115,10 +115,10 @@ int playFile(const PlayOptions& options) {
 }  // namespace
 
 void registerPlayCommand(CLI::App& app, int& status) {
-    auto* command = app.add_subcommand(
-        "play", "Play an accompaniment (WAV or MP3); Space pauses, Ctrl-C stops");
+    auto* command = app.add_subcommand("play", "Play an accompaniment; Space pauses, Ctrl-C stops");
     auto options = std::make_shared<PlayOptions>();
-    command->add_option("FILE", options->path, "The WAV or MP3 file to play")->required();
+    command->add_option("FILE", options->path, "The audio file to play (WAV, MP3, FLAC, Ogg, ...)")
+        ->required();
     addStartOption(*command, options->startSeconds, "Where to start, in seconds");
     command->add_flag("--echo", options->echo, "Play through the echo (reverb)");
     command->callback([&status, options] { status = playFile(*options); });

@@ -82,7 +82,8 @@ void registerRecordCommand(CLI::App& app, int& status) {
         app.add_subcommand("record", "Record the voice over an accompaniment (Ctrl-C stops)");
     auto arguments = std::make_shared<RecordArguments>();
     command->add_option("--accompaniment", arguments->accompaniment,
-                        "WAV or MP3 file to sing over; without it the voice is recorded alone");
+                        "Audio file to sing over (WAV, MP3, FLAC, Ogg, ...); without it the voice "
+                        "is recorded alone");
     command->add_option("--output", arguments->output, "The take, a WAV file")->required();
     command->add_option("--manual-delay", arguments->manualDelay,
                         "Voice bytes to drop instead of the measured delay");

@@ -2,17 +2,14 @@
 
 #include <unistd.h>
 
-#include <algorithm>
-#include <fstream>
 #include <iostream>
-#include <vector>
 
 #include "app/cli/commands.h"
 #include "app/cli/opened_source.h"
 #include "app/cli/overwrite_option.h"
 #include "app/cli/path_kind.h"
 #include "app/cli/source_settings.h"
-#include "mp3/foreign_audio_format.h"
+#include "mp3/audio_file_kind.h"
 #include "platform/file_identity.h"
 #include "playback/source_opener.h"
 #include "playback/wav_length.h"
@@ -30,18 +27,6 @@ std::optional<std::string> inputRefusal(const std::string& path) {
     return regularFileProblem(path);
 }
 
-namespace {
-
-std::vector<uint8_t> fileHead(const std::string& path) {
-    std::vector<uint8_t> head(kForeignFormatHeadBytes);
-    std::ifstream in(path, std::ios::binary);
-    in.read(reinterpret_cast<char*>(head.data()), static_cast<std::streamsize>(head.size()));
-    head.resize(static_cast<std::size_t>(std::max<std::streamsize>(in.gcount(), 0)));
-    return head;
-}
-
-}  // namespace
-
 std::string openRefusal(const std::string& path) {
     // An opener that refuses a file outright (an absurd format or length)
     // keeps its reason; otherwise the WAVE reader, run once more on its own,
@@ -57,9 +42,10 @@ std::string openRefusal(const std::string& path) {
     wavCloseSource(file, state);
     const WavRefusal refusal = classifyRefusal(pathKindOf(path), status);
     if (refusal == WavRefusal::notWave) {
-        const std::string_view kind = foreignAudioFormat(fileHead(path));
+        const std::string_view kind = audioFileKindName(audioFileKind(readFileHead(path)));
         if (!kind.empty()) {
-            return std::string(kind) + " is not supported";
+            return std::string(kind) + " is not supported; Tunebox reads " +
+                   std::string(kReadableFormats);
         }
     }
     return refusalText(refusal);

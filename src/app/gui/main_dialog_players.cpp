@@ -13,7 +13,11 @@
 namespace tunebox::gui {
 namespace {
 
-const QString kKaraokeFilter = QStringLiteral("*.wav;*.mp3|*.wav;*.mp3|All Files (*.*)|*.*||");
+const QString kKaraokePatterns = QStringLiteral(
+    "*.wav;*.mp3;*.mp2;*.mpa;*.mp1;*.flac;*.ogg;*.oga;*.opus;*.aif;*.aiff;*.aifc;*.caf;*.w64;*."
+    "rf64");
+const QString kKaraokeFilter = kKaraokePatterns + QStringLiteral("|") + kKaraokePatterns +
+                               QStringLiteral("|All Files (*.*)|*.*||");
 const QString kRecordedFilter = QStringLiteral("*.wav|*.wav|All Files (*.*)|*.*||");
 
 }  // namespace
