@@ -13,9 +13,9 @@
 namespace tunebox::gui {
 namespace {
 
-const QString kKaraokePatterns =
-    QStringLiteral("*.wav;*.mp3;*.mp2;*.mpa;*.mp1;*.flac;*.ogg;*.oga;*.opus;"
-                   "*.aif;*.aiff;*.aifc;*.caf;*.w64;*.rf64");
+const QString kKaraokePatterns = QStringLiteral(
+    "*.wav;*.mp3;*.mp2;*.mpa;*.mp1;*.flac;*.ogg;*.oga;*.opus;"
+    "*.aif;*.aiff;*.aifc;*.caf;*.w64;*.rf64");
 const QString kKaraokeFilter = kKaraokePatterns + QStringLiteral("|") + kKaraokePatterns +
                                QStringLiteral("|All Files (*.*)|*.*||");
 const QString kRecordedFilter = QStringLiteral("*.wav|*.wav|All Files (*.*)|*.*||");
