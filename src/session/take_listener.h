@@ -47,6 +47,10 @@ class TakeListener {
     virtual void showStartPositions(uint32_t /*playback*/, uint32_t /*capture*/) {}
     // While capture drains at a stop, the recorder's STOP and PLAY are off.
     virtual void recorderStopping(bool /*stopping*/) {}
+    // Once a take over an accompaniment has ended: where (bytes into the
+    // take) its voice stopped lining up, because the output stalled in a way
+    // that could not be made good. Not called for a take in sync.
+    virtual void takeOutOfSync(uint64_t /*fromBytes*/) {}
 };
 
 }  // namespace tunebox

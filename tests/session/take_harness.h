@@ -9,6 +9,7 @@
 #include <chrono>
 #include <map>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "platform/queue_dispatcher.h"
@@ -31,6 +32,7 @@ struct ShownTake final : TakeListener {
     int recordedTrackbar = -1;
     bool startShown = false;
     int stops = 0;  // recorder stops that drained capture
+    std::optional<uint64_t> outOfSyncFrom;
 
     void showFace(TakeButton button, bool lit) override { faces[button] = lit; }
     void showLevels(int32_t a, int32_t b) override {
@@ -46,13 +48,12 @@ struct ShownTake final : TakeListener {
     void showRecordedTrackbar(int value) override { recordedTrackbar = value; }
     void showStartPositions(uint32_t, uint32_t) override { startShown = true; }
     void recorderStopping(bool stopping) override { stops += stopping ? 1 : 0; }
+    void takeOutOfSync(uint64_t fromBytes) override { outOfSyncFrom = fromBytes; }
 };
 
 class TakeTest : public ::testing::Test {
   protected:
-    void TearDown() override {
-        controller_.reset();
-    }
+    void TearDown() override { controller_.reset(); }
 
     // Speed: virtual seconds per real second.
     void startAudio(double speed, VirtualAudioConfig config = {.loopbackGain = 0.25f}) {
