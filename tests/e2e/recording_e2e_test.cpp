@@ -68,8 +68,10 @@ class RecordingE2eTest : public ::testing::Test, protected test::TakeRunner {
     // slips half-way.)
     void expectEveryStretchLinedUp() {
         const auto take = samplesOf("take.wav");
-        const auto voice = samplesOf("take.voice.wav");
-        ASSERT_EQ(voice.size(), take.size());
+        // The voice file's audio is as long as the take; its note follows.
+        auto voice = samplesOf("take.voice.wav");
+        ASSERT_GE(voice.size(), take.size());
+        voice.resize(take.size());
         std::vector<int16_t> heard(take.size());
         for (std::size_t k = 0; k < take.size(); ++k) {
             heard[k] = static_cast<int16_t>(take[k] - voice[k]);
