@@ -34,6 +34,7 @@ int CRecWav::stop() {
     if (state_ == kRecCapturing) {
         state_ = kRecStopping;
         pending_ = queued_;
+        syncMx_.stopFollowing();
         takeBackBuffers();
         waitForOutstanding();
         // With no buffer left to carry the end flag (a device that failed

@@ -1,6 +1,7 @@
 #include "capture/sync_mx.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 #include "core/heap.h"
@@ -15,6 +16,14 @@ constexpr int32_t kMixRingSlots = 30;
 // A position read that straddles a step of the device clock is retried, so
 // that both positions describe one instant.
 constexpr int kPositionReadTries = 4;
+// Less than this between the delay the mix follows and the one measured is
+// left alone (jitter of the positions, slow drift); 1.5 ms.
+constexpr int64_t kFollowStep = 66 * kNativeFrameBytes;
+// What a take that lines up is allowed to be off by: 2 ms.
+constexpr int64_t kInSyncLimit = 88 * kNativeFrameBytes;
+// How many readings in a row a change may be held back while the output
+// stands still, waiting to learn where it stopped (each one capture block).
+constexpr int kMostHeldReadings = 8;
 
 // Rounds toward zero: 1,002 gives 1,000 and -6 gives -4.
 int32_t wholeFrames(int32_t bytes) {
@@ -60,6 +69,14 @@ int SyncMx::allocate(uint32_t p1SlotSize, uint32_t p2SlotSize, int32_t manualDel
     playback_ = playback;
     manualFlag_ = manualFlag;
     startPlayback_ = startCapture_ = 0;
+    accompanimentGaps_.clear();
+    accompanimentQueued_ = accompanimentMixed_ = takeBytes_ = 0;
+    lastPlayed_ = playedBefore_ = 0;
+    following_ = true;
+    heldReadings_ = 0;
+    stallsSeen_ = 0;
+    stallAt_.reset();
+    outOfSyncFrom_.reset();
     if (!P1Buf.allocate(p1SlotSize, kMixRingSlots, "ﾒﾓﾘ確保失敗:P1Buf.ling[i].buf") ||
         !P2Buf.allocate(p2SlotSize, kMixRingSlots, "ﾒﾓﾘ確保失敗:P2Buf.ling[i].buf")) {
         free();
@@ -85,8 +102,9 @@ int SyncMx::P1_WriteBuf(const uint8_t* bytes, uint32_t length, uint32_t endFlag)
 }
 
 void SyncMx::P2_WriteBuf(const uint8_t* bytes, uint32_t length, uint32_t endFlag) {
-    if (P2Buf.put(bytes, length, endFlag) && endFlag == 1) {
-        accompanimentEnded_ = true;
+    if (P2Buf.put(bytes, length, endFlag)) {
+        accompanimentQueued_ += length;
+        accompanimentEnded_ = accompanimentEnded_ || endFlag == 1;
     }
 }
 
@@ -103,8 +121,10 @@ int32_t SyncMx::measuredDelay() {
         // 0 means its device has closed (the song ended or was stopped):
         // the delay the take was lined up with still stands.
         if (played == 0 && aligned_) {
+            following_ = false;
             return currentDelay_;
         }
+        lastPlayed_ = played;
         delay = int64_t{after} - int64_t{played} + calibration_;
         if (before == after) {
             break;
@@ -130,7 +150,7 @@ void SyncMx::align(int32_t delay) {
         if (discarded.hasBytes(0)) {
             leadSilence_ = static_cast<uint32_t>(-int64_t{delay});
             aligned_ = 1;
-            alignedDelay_ = delay;
+            alignedDelay_ = followedDelay_ = delay;
         }
         return;
     }
@@ -145,12 +165,101 @@ void SyncMx::align(int32_t delay) {
     uint32_t delivered = 0;
     uint32_t endFlag = 0;
     aligned_ = discarded.readBytes(scratch.get(), static_cast<uint32_t>(delay), delivered, endFlag);
-    alignedDelay_ = delay;
+    alignedDelay_ = followedDelay_ = delay;
+}
+
+// After the alignment the delay keeps being measured at every block. When
+// the output stalls (it ran dry, or its converter stopped) while the capture
+// runs on, the delay grows by the stall's length: the singer heard nothing
+// for that long. The accompaniment gets as much silence where the device
+// says it stopped, so the take holds what was heard and the voice after the
+// stall lines up again. A change that no stall explains (one the device did
+// not see, a capture that stood still, clocks that drift apart) is held back
+// while the output stands still, then taken once a second reading confirms
+// it, at the block about to be mixed: silence in the accompaniment for a
+// growing delay, before the voice for a shrinking one. Where such a change
+// is more than a take may be off by, part of the take before it was out of
+// sync: the first such moment is kept for the singer.
+bool SyncMx::followDevices(int32_t delay) {
+    if (manualFlag_ || !following_ || voiceEnded_ || playback_ == nullptr) {
+        return true;
+    }
+    noteStalls();
+    // The song has played out: its output stands at the end, no stall.
+    if (accompanimentEnded_ && lastPlayed_ >= accompanimentQueued_) {
+        following_ = false;
+        return true;
+    }
+    const bool standing = lastPlayed_ == playedBefore_;
+    playedBefore_ = lastPlayed_;
+    const int64_t change = int64_t{delay} - followedDelay_;
+    if (std::abs(change) < kFollowStep) {
+        heldReadings_ = 0;
+        return true;
+    }
+    if (change > 0 && stallAt_ && *stallAt_ >= accompanimentMixed_) {
+        oweAccompanimentSilence(*stallAt_, static_cast<uint32_t>(change));
+    } else if (heldReadings_ == 0 || (standing && heldReadings_ < kMostHeldReadings)) {
+        ++heldReadings_;
+        return false;
+    } else {
+        if (change > 0) {
+            oweAccompanimentSilence(accompanimentMixed_, static_cast<uint32_t>(change));
+        } else {
+            leadSilence_ += static_cast<uint32_t>(-change);
+        }
+        if (std::abs(change) > kInSyncLimit && !outOfSyncFrom_) {
+            outOfSyncFrom_ = takeBytes_;
+        }
+    }
+    heldReadings_ = 0;
+    followedDelay_ = delay;
+    return true;
+}
+
+// The first stall not seen before is where a growing delay belongs; later
+// ones in the same stretch between two readings are counted with it.
+void SyncMx::noteStalls() {
+    const OutputStalls stalls = playback_->deviceStalls(stallsSeen_);
+    if (stalls.count > stallsSeen_) {
+        stallAt_ = stalls.position;
+        stallsSeen_ = stalls.count;
+    }
+}
+
+void SyncMx::oweAccompanimentSilence(uint64_t at, uint32_t bytes) {
+    auto place = std::find_if(accompanimentGaps_.begin(), accompanimentGaps_.end(),
+                              [at](const Gap& gap) { return gap.at >= at; });
+    if (place != accompanimentGaps_.end() && place->at == at) {
+        place->bytes += bytes;
+    } else {
+        accompanimentGaps_.insert(place, {at, bytes});
+    }
+}
+
+// Bytes of P2Buf the next `length` bytes of the take take, the owed silence
+// aside.
+uint64_t SyncMx::accompanimentNeeded(uint32_t length) const {
+    uint64_t needed = 0;
+    uint64_t position = accompanimentMixed_;
+    uint64_t left = length;
+    for (const Gap& gap : accompanimentGaps_) {
+        const uint64_t before = std::min(left, gap.at - position);
+        needed += before;
+        position += before;
+        left -= before + std::min<uint64_t>(left - before, gap.bytes);
+        if (left == 0) {
+            break;
+        }
+    }
+    return needed + left;
 }
 
 int SyncMx::bothHaveABlock() const {
     const uint32_t voiceNeeded = blockSize_ - std::min(leadSilence_, blockSize_);
-    return (voiceNeeded == 0 || P1Buf.hasBytes(voiceNeeded)) && P2Buf.hasBytes(blockSize_);
+    const uint64_t accompanimentNeeded = this->accompanimentNeeded(blockSize_);
+    return (voiceNeeded == 0 || P1Buf.hasBytes(voiceNeeded)) &&
+           (accompanimentNeeded == 0 || P2Buf.hasBytes(static_cast<uint32_t>(accompanimentNeeded)));
 }
 
 // Once the voice has ended nothing more arrives, so nothing is waited for:
@@ -159,7 +268,11 @@ int SyncMx::bothHaveABlock() const {
 uint32_t SyncMx::lastBlockLength() const {
     uint64_t length = std::min<uint64_t>(uint64_t{leadSilence_} + P1Buf.queuedBytes(), blockSize_);
     if (accompanimentEnded_) {
-        length = std::min(length, P2Buf.queuedBytes());
+        uint64_t owed = 0;
+        for (const Gap& gap : accompanimentGaps_) {
+            owed += gap.bytes;
+        }
+        length = std::min(length, P2Buf.queuedBytes() + owed);
     }
     return static_cast<uint32_t>(length / kNativeFrameBytes * kNativeFrameBytes);
 }
@@ -182,14 +295,37 @@ void SyncMx::readMicrophone(uint32_t length) {
     }
 }
 
+// The accompaniment as heard: its bytes with the owed silence in place,
+// then silence where it has ended.
 void SyncMx::readAccompaniment(uint8_t* destination, uint32_t length, uint32_t& endFlag) {
-    const auto available = static_cast<uint32_t>(std::min<uint64_t>(P2Buf.queuedBytes(), length));
-    uint32_t delivered = 0;
     endFlag = 0;
-    if (available > 0) {
-        P2Buf.readBytes(destination, available, delivered, endFlag);
+    uint32_t filled = 0;
+    while (filled < length) {
+        const uint32_t room = length - filled;
+        if (!accompanimentGaps_.empty() && accompanimentGaps_.front().at <= accompanimentMixed_) {
+            Gap& gap = accompanimentGaps_.front();
+            const uint32_t silence = std::min(gap.bytes, room);
+            std::memset(destination + filled, 0, silence);
+            filled += silence;
+            gap.bytes -= silence;
+            if (gap.bytes == 0) {
+                accompanimentGaps_.pop_front();
+            }
+            continue;
+        }
+        uint64_t wanted = room;
+        if (!accompanimentGaps_.empty()) {
+            wanted = std::min(wanted, accompanimentGaps_.front().at - accompanimentMixed_);
+        }
+        const auto count = static_cast<uint32_t>(std::min(wanted, P2Buf.queuedBytes()));
+        uint32_t delivered = 0;
+        if (count == 0 || !P2Buf.readBytes(destination + filled, count, delivered, endFlag)) {
+            break;
+        }
+        accompanimentMixed_ += count;
+        filled += count;
     }
-    std::memset(destination + available, 0, length - available);
+    std::memset(destination + filled, 0, length - filled);
 }
 
 void mixVoiceInto(const uint8_t* voice, uint8_t* destination, uint32_t length,
@@ -211,6 +347,8 @@ int SyncMx::mixBlock(uint8_t* destination, uint32_t& length, uint32_t& endFlag) 
     currentDelay_ = wholeFrames(measuredDelay());
     if (!aligned_) {
         align(currentDelay_);
+    } else if (!followDevices(currentDelay_)) {
+        return 0;
     }
     if (!aligned_) {
         return 0;
@@ -222,6 +360,7 @@ int SyncMx::mixBlock(uint8_t* destination, uint32_t& length, uint32_t& endFlag) 
     readMicrophone(length);
     readAccompaniment(destination, length, endFlag);
     addInto(destination, length);
+    takeBytes_ += length;
     if (voiceEnded_ && lastBlockLength() == 0) {
         endFlag = 1;
     }

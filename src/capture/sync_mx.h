@@ -2,12 +2,15 @@
 // SyncMx lines the voice (P1Buf) up with the accompaniment that was actually
 // heard (P2Buf) and adds the two into blocks for the output file. The lag is
 // the capture position minus the playback position, or a fixed manual value;
-// it is applied once, before the first mixed block.
+// it is applied once, before the first mixed block, and a measured lag is
+// followed from then on through the output's stalls (see followDevices).
 //
 // Owning thread only (the capture pump); no locks.
 
 #include <cstdint>
+#include <deque>
 #include <memory>
+#include <optional>
 
 #include "core/ling_buffer.h"
 
@@ -47,6 +50,9 @@ class SyncMx {
     // The voice has stopped for good (STOP, a fault): what P1Buf holds is
     // the last of it, and the take ends with its last sample.
     void endVoice() { voiceEnded_ = true; }
+    // The capture is being stopped: its position no longer says where the
+    // voice stands, so the delay is no longer followed.
+    void stopFollowing() { following_ = false; }
 
     // Mixes one block of the block size into `destination`. Returns 1 with
     // the block's length and end flag, or 0 while the delay cannot be applied
@@ -68,12 +74,22 @@ class SyncMx {
     int32_t aligned() const { return aligned_; }
     // The delay the one-time alignment applied.
     int32_t alignedDelay() const { return alignedDelay_; }
+    // The output's stalls seen during the take (underruns and the like).
+    uint32_t outputStalls() const { return stallsSeen_; }
+    // Where, in bytes of the take, voice and accompaniment stopped lining up
+    // because the devices' positions moved apart in a way that could not be
+    // placed exactly; empty while the take is in sync.
+    std::optional<uint64_t> outOfSyncFrom() const { return outOfSyncFrom_; }
 
     void free();
 
   private:
     int32_t measuredDelay();
     void align(int32_t delay);
+    bool followDevices(int32_t delay);
+    void noteStalls();
+    void oweAccompanimentSilence(uint64_t at, uint32_t bytes);
+    uint64_t accompanimentNeeded(uint32_t length) const;
     int bothHaveABlock() const;
     uint32_t lastBlockLength() const;
     uint32_t nextBlockLength() const;
@@ -104,6 +120,26 @@ class SyncMx {
     int32_t alignedDelay_ = 0;
     bool voiceEnded_ = false;
     bool accompanimentEnded_ = false;  // its end-of-stream block is queued
+
+    // Silence owed in the accompaniment: `bytes` of it before its byte `at`
+    // is mixed, for a stretch the output stood still.
+    struct Gap {
+        uint64_t at;
+        uint32_t bytes;
+    };
+    std::deque<Gap> accompanimentGaps_;
+    uint64_t accompanimentQueued_ = 0;  // bytes put into P2Buf
+    uint64_t accompanimentMixed_ = 0;   // of them, bytes mixed
+    uint64_t takeBytes_ = 0;            // bytes handed out as the take
+    uint32_t lastPlayed_ = 0;           // the playback position last read
+    uint32_t playedBefore_ = 0;         // and the one read before it
+    bool following_ = true;
+    int32_t followedDelay_ = 0;  // the delay the mix is lined up with now
+    // Readings a change no stall explains has been held back for.
+    int heldReadings_ = 0;
+    uint32_t stallsSeen_ = 0;
+    std::optional<uint64_t> stallAt_;  // where the latest stall began
+    std::optional<uint64_t> outOfSyncFrom_;
 };
 
 // Adds two 16-bit samples scaled by percent gains, truncating toward zero and

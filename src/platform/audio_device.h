@@ -9,9 +9,10 @@
 #include <functional>
 #include <string>
 
-#include "platform/audio_result.h"
 #include "core/wave_format.h"
 #include "core/wave_header.h"
+#include "platform/audio_result.h"
+#include "platform/output_stalls.h"
 
 namespace tunebox {
 
@@ -41,6 +42,9 @@ class OutputDevice : public AudioDevice {
     virtual AudioResult write(WaveHeader& header) = 0;
     virtual AudioResult pause() = 0;
     virtual AudioResult restart() = 0;
+    // The stalls so far and where stall number `first` began; a device
+    // that cannot tell reports none.
+    virtual OutputStalls stalls(uint32_t /*first*/) { return {}; }
 };
 
 class InputDevice : public AudioDevice {

@@ -22,6 +22,7 @@ class PulseOutput final : public OutputDevice {
     AudioResult reset() override { return stream_.reset(); }
     AudioResult close() override { return stream_.close(); }
     AudioResult position(uint32_t& bytes) override { return stream_.position(bytes); }
+    OutputStalls stalls(uint32_t first) override { return stream_.stalls(first); }
     std::string lastError() const override { return stream_.lastError(); }
 
   private:

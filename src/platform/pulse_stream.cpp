@@ -244,7 +244,8 @@ AudioResult PulseStream::reset() {
     cycleSteps_.clear();
     lastReadIndex_ = 0;
     written_ = sent_ = heard_ = captured_ = 0;
-    underflowed_ = false;
+    underflowed_ = stallPending_ = false;
+    stallRecord_.clear();
     if (direction_ == Direction::record) {
         corked_ = true;
     }
@@ -267,6 +268,14 @@ AudioResult PulseStream::close() {
     }
     teardown();
     return kAudioOk;
+}
+
+OutputStalls PulseStream::stalls(uint32_t first) {
+    if (!connection_) {
+        return {};
+    }
+    PulseConnection::Lock lock(*connection_);
+    return stallRecord_.since(first);
 }
 
 void PulseStream::armTicker() {
@@ -304,6 +313,11 @@ void PulseStream::onUnderflow(pa_stream*, void* self) {
     stream.underflowAt_ = pa_rtclock_now();
     stream.heardAtUnderflow_ = std::max(stream.heard_, stream.streamTimeBytes());
     stream.sentAtUnderflow_ = stream.sent_;
+    // The server names the byte it ran out at; data sent since the report
+    // was made must not move the stall.
+    const int64_t index = pa_stream_get_underflow_index(stream.stream_);
+    stream.stallAt_ = index >= 0 ? uint64_t(index) : stream.sent_;
+    stream.stallPending_ = true;
 }
 
 void PulseStream::onTick(pa_mainloop_api*, pa_time_event* event, const struct timeval*,

@@ -35,6 +35,8 @@ class PulseStream {
     AudioResult reset();
     AudioResult close();
     AudioResult position(uint32_t& bytes);
+    // Playback: where the server ran out of our data, each time more came after.
+    OutputStalls stalls(uint32_t first);
     std::string lastError() const;
 
   private:
@@ -94,6 +96,10 @@ class PulseStream {
     pa_usec_t underflowAt_ = 0;
     uint64_t heardAtUnderflow_ = 0;
     uint64_t sentAtUnderflow_ = 0;
+    // An underflow becomes a stall once data after it is sent.
+    bool stallPending_ = false;
+    uint64_t stallAt_ = 0;
+    StallRecord stallRecord_;
 
     // Local times (µs) at which recent timing reports put the stream's 0.
     std::deque<int64_t> origins_;

@@ -36,6 +36,10 @@ void PulseStream::feed() {
         sent_ += count;
         writable -= count;
     }
+    if (stallPending_ && sent_ > stallAt_) {
+        stallPending_ = false;
+        stallRecord_.note(static_cast<uint32_t>(stallAt_));
+    }
     if (streamCorked_ && !corked_ && sent_ > 0) {
         streamCorked_ = false;
         if (pa_operation* operation = pa_stream_cork(stream_, 0, nullptr, nullptr)) {

@@ -17,6 +17,15 @@
 
 namespace tunebox {
 
+// The output stands still for `frames` once it has played `atBytes`, as a
+// device whose converter stopped. An unreported stall is one the device
+// cannot tell of, as when the sound server itself was held up.
+struct VirtualStall {
+    uint32_t atBytes = 0;
+    uint32_t frames = 0;
+    bool reported = true;
+};
+
 struct VirtualAudioConfig {
     uint32_t outputLatencyBytes = 0;  // rounded down to whole frames
     uint32_t inputLatencyBytes = 0;
@@ -25,6 +34,8 @@ struct VirtualAudioConfig {
     // Interleaved stereo; frame i is sung as output frame i is heard, the way
     // a singer follows the accompaniment.
     std::vector<int16_t> voice = {};
+    // In order of position; every output opened stands still at each.
+    std::vector<VirtualStall> outputStalls = {};
     bool failOutputOpen = false;
     bool failInputOpen = false;
 };

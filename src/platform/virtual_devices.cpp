@@ -50,8 +50,9 @@ class VirtualDevice : public Interface {
     }
 
   protected:
+    template <class... Extra>
     AudioResult openState(const WaveFormat& format, bool fails, uint32_t latencyBytes,
-                          DeviceDoneCallback onDone) {
+                          DeviceDoneCallback onDone, Extra... extra) {
         if (state_) {
             return kAudioError;
         }
@@ -63,7 +64,7 @@ class VirtualDevice : public Interface {
             lastError_ = std::string(audioResultText(result));
             return result;
         }
-        auto state = std::make_unique<State>(latencyBytes, std::move(onDone));
+        auto state = std::make_unique<State>(latencyBytes, std::move(extra)..., std::move(onDone));
         std::lock_guard lock(world_->mutex);
         states().insert(state.get());
         state_ = std::move(state);
@@ -107,7 +108,7 @@ class VirtualOutput final : public VirtualDevice<OutputDevice, VirtualOutputStat
     AudioResult open(const WaveFormat& format, DeviceDoneCallback onDone) override {
         const auto& config = world().config;
         return openState(format, config.failOutputOpen, config.outputLatencyBytes,
-                         std::move(onDone));
+                         std::move(onDone), config.outputStalls);
     }
     AudioResult write(WaveHeader& header) override {
         return withState([&](VirtualOutputState& state) { return state.write(header); });
@@ -121,6 +122,11 @@ class VirtualOutput final : public VirtualDevice<OutputDevice, VirtualOutputStat
     AudioResult position(uint32_t& bytes) override {
         return withState(
             [&](VirtualOutputState& state) { bytes = static_cast<uint32_t>(state.heard()); });
+    }
+    OutputStalls stalls(uint32_t first) override {
+        OutputStalls found;
+        withState([&](VirtualOutputState& state) { found = state.stalls(first); });
+        return found;
     }
 };
 

@@ -9,15 +9,20 @@
 #include <vector>
 
 #include "platform/device_buffers.h"
+#include "platform/output_stalls.h"
 #include "platform/virtual_air.h"
+#include "platform/virtual_audio.h"
 
 namespace tunebox {
 
 // Guarded by the world's mutex.
 class VirtualOutputState {
   public:
-    VirtualOutputState(uint32_t latencyBytes, DeviceDoneCallback onDone)
-        : pipeline_(latencyBytes / kVirtualFrameBytes), delivery_(std::move(onDone)) {}
+    VirtualOutputState(uint32_t latencyBytes, std::vector<VirtualStall> stalls,
+                       DeviceDoneCallback onDone)
+        : pipeline_(latencyBytes / kVirtualFrameBytes),
+          stalls_(std::move(stalls)),
+          delivery_(std::move(onDone)) {}
 
     AudioResult write(WaveHeader& header) {
         const AudioResult result = enqueueHeader(header);
@@ -30,6 +35,7 @@ class VirtualOutputState {
     void setPaused(bool paused) { paused_ = paused; }
     bool busy() const { return !queued_.empty(); }
     uint64_t heard() const { return heard_; }
+    OutputStalls stalls(uint32_t first) const { return record_.since(first); }
 
     void reset() {
         for (const Queued& entry : queued_) {
@@ -38,12 +44,14 @@ class VirtualOutputState {
         queued_.clear();
         written_ = taken_ = heard_ = 0;
         takeIndex_ = takeOffset_ = 0;
+        dry_ = false;
+        record_.clear();
         std::fill(pipeline_.begin(), pipeline_.end(), AirFrame{});
     }
 
     // One frame of time: returns what reaches the air.
     AirFrame step(bool hangs) {
-        if (paused_) {
+        if (paused_ || standsStill()) {
             return {};
         }
         AirFrame out = take();
@@ -77,7 +85,42 @@ class VirtualOutputState {
             bytes[count++] = header.data[takeOffset_++];
         }
         taken_ += count;
+        noteDryness(count);
         return {sampleAt(bytes), sampleAt(bytes + 2), count};
+    }
+
+    // An injected stall: the whole device, converter included, stands for
+    // its frames once the position reaches it.
+    bool standsStill() {
+        if (nextStall_ >= stalls_.size() || heard_ < stalls_[nextStall_].atBytes) {
+            return false;
+        }
+        const VirtualStall& stall = stalls_[nextStall_];
+        if (stallLeft_ == 0) {
+            stallLeft_ = stall.frames;
+            if (stall.reported && stall.frames > 0) {
+                record_.note(static_cast<uint32_t>(heard_));
+            }
+        }
+        if (stallLeft_ == 0) {
+            ++nextStall_;
+            return false;
+        }
+        if (--stallLeft_ == 0) {
+            ++nextStall_;
+        }
+        return true;
+    }
+
+    // Running dry is a stall once sound comes again: what was taken before
+    // is heard, then nothing until the next buffer. The end of the sound is none.
+    void noteDryness(uint32_t count) {
+        if (count == 0 && taken_ > 0) {
+            dry_ = true;
+        } else if (count > 0 && dry_) {
+            dry_ = false;
+            record_.note(static_cast<uint32_t>(taken_ - count));
+        }
     }
 
     void returnHeard() {
@@ -97,6 +140,11 @@ class VirtualOutputState {
     bool paused_ = false;
     std::vector<AirFrame> pipeline_;
     std::size_t pipelineAt_ = 0;
+    std::vector<VirtualStall> stalls_;
+    std::size_t nextStall_ = 0;
+    uint32_t stallLeft_ = 0;
+    bool dry_ = false;
+    StallRecord record_;
     DoneDelivery delivery_;
 };
 

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "core/ling_buffer.h"
+#include "platform/output_stalls.h"
 
 namespace tunebox {
 
@@ -15,6 +16,8 @@ class PlaybackFeed {
     virtual LingBuffer& mixBuf() = 0;
     // Bytes the output device has played in the current run; 0 without one.
     virtual uint32_t devicePosition() = 0;
+    // The output device's stalls in the current run (see OutputDevice).
+    virtual OutputStalls deviceStalls(uint32_t first) = 0;
 
   protected:
     ~PlaybackFeed() = default;

@@ -313,6 +313,11 @@ uint32_t WaveCtl::wavGetDevicePosition() {
     return position;
 }
 
+OutputStalls WaveCtl::wavGetDeviceStalls(uint32_t first) {
+    std::lock_guard guard(lock_);
+    return device_ ? device_->stalls(first) : OutputStalls{};
+}
+
 int WaveCtl::wavIsStopped() const {
     return state_ == kPlayerStopped ? 1 : 0;
 }

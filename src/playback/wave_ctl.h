@@ -116,6 +116,8 @@ class WaveCtl {
     // Bytes the device has played in the current run; 0 without a device.
     // The mixer pairs it with the input device's position.
     uint32_t wavGetDevicePosition();
+    // Where the device stood still in the current run; none without a device.
+    OutputStalls wavGetDeviceStalls(uint32_t first);
 
     // 1 when the audio backend offers at least one output device.
     int wavHasOutputDevice() const;

@@ -118,6 +118,7 @@ class TakeController {
     void stopMonitor();
     void applyCalibration(const RecordRequest& request, RecStart& result);
     void handToMixer();
+    void reportTakeSync();
     uint64_t roomFor(const RecordRequest& request) const;
     void chooseVoiceFile(const RecordRequest& request);
     void refresh(TakePlayer player);
@@ -148,6 +149,8 @@ class TakeController {
     // The delay the mixer lined the take up with, for the read-out.
     int32_t takeDelay_ = 0;
     int monitorFlag_ = 0;
+    // A take over an accompaniment runs; its sync is told when it ends.
+    bool takeOverTrack_ = false;
 };
 
 }  // namespace tunebox

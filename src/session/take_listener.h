@@ -55,6 +55,10 @@ class TakeListener {
     // A take (not the monitor) is finished, with how many of its blocks
     // reached full scale.
     virtual void takeEnded(uint32_t /*clippedBlocks*/) {}
+    // Once a take over an accompaniment has ended: where (bytes into the
+    // take) its voice stopped lining up, because the output stalled in a way
+    // that could not be made good. Not called for a take in sync.
+    virtual void takeOutOfSync(uint64_t /*fromBytes*/) {}
 };
 
 }  // namespace tunebox

@@ -80,6 +80,7 @@ RecStart TakeController::rec(const RecordRequest& request) {
         result.capturing = true;
         listener_.showFace(TakeButton::kRecord, true);
         takeDelay_ = 0;
+        takeOverTrack_ = request.track.has_value();
         // Capture runs before the accompaniment starts, so that nothing the
         // singer hears is missing from the take.
         result.accompaniment = playAccompaniment(request.track);
@@ -149,6 +150,7 @@ void TakeController::stopRecorder() {
             listener_.takeEnded(capture_.clippedBlocks());
         }
     }
+    reportTakeSync();
     if (recorded_.state != kIdle) {
         stopPlayer(TakePlayer::kRecorded);
         recorded_.position = 0;
@@ -156,6 +158,18 @@ void TakeController::stopRecorder() {
     }
     if (accompaniment_.state != kIdle) {
         stopAccompaniment(true);
+    }
+}
+
+// Also when the take closed itself at the accompaniment's end, before this
+// STOP came.
+void TakeController::reportTakeSync() {
+    if (!takeOverTrack_ || captureActive()) {
+        return;
+    }
+    takeOverTrack_ = false;
+    if (const auto from = capture_.syncMx().outOfSyncFrom()) {
+        listener_.takeOutOfSync(*from);
     }
 }
 

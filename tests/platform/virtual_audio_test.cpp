@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <thread>
+
 #include "capture/measurement_signal.h"
 #include "capture/offset_finder.h"
 #include "support/device_buffers.h"
@@ -162,6 +165,40 @@ TEST(VirtualAudio, TheVoiceIsSungInTimeWithWhatTheOutputPlays) {
     EXPECT_EQ(search.offsetFrames, 100);
     EXPECT_GT(search.match, 0.999);
     ASSERT_TRUE(outputDone.waitFor(3));
+}
+
+// Running dry between two buffers is a stall where the first one ended, told
+// once sound comes again; the end of the sound is none. An injected stall
+// is told where it stopped the device, and one it cannot see is not told.
+TEST(VirtualAudio, StallsAreToldWhereTheSoundStoppedOnceItGoesOn) {
+    VirtualAudio audio({.speed = 50,
+                        .outputStalls = {{.atBytes = 4000, .frames = 441},
+                                         {.atBytes = 6000, .frames = 441, .reported = false}}});
+    auto output = audio.makeOutput();
+    DoneLog log;
+    ASSERT_EQ(output->open(kNativeFormat, log.callback()), kAudioOk);
+    BufferSet first(1, kBlock);
+    BufferSet second(1, kBlock);
+    ASSERT_TRUE(queueAll(*output, first, &OutputDevice::write));
+    ASSERT_TRUE(log.waitFor(1));
+    const auto dryFor = [&audio] {
+        const uint64_t from = audio.frameNow();
+        while (audio.frameNow() < from + 4410) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    };
+    dryFor();
+    EXPECT_EQ(output->stalls(0).count, 1u);
+    EXPECT_EQ(output->stalls(0).position, 4000u);
+    ASSERT_TRUE(queueAll(*output, second, &OutputDevice::write));
+    ASSERT_TRUE(log.waitFor(2));
+    dryFor();
+    const OutputStalls stalls = output->stalls(1);
+    EXPECT_EQ(stalls.count, 2u);
+    EXPECT_EQ(stalls.position, kBlock);
+    uint32_t position = 0;
+    ASSERT_EQ(output->position(position), kAudioOk);
+    EXPECT_EQ(position, 2 * kBlock);
 }
 
 }  // namespace

@@ -26,12 +26,15 @@ constexpr uint32_t kInputLatency = 3000;
 
 class TakeAlignmentTest : public TakeTest {
   protected:
-    void SetUp() override {
+    void SetUp() override { startTake(20, {}); }
+
+    void startTake(double speed, std::vector<VirtualStall> stalls) {
         writeNativeWav(song_, accompaniment_);
-        startAudio(20, {.outputLatencyBytes = kOutputLatency,
-                        .inputLatencyBytes = kInputLatency,
-                        .loopbackGain = 0,
-                        .voice = voice_});
+        startAudio(speed, {.outputLatencyBytes = kOutputLatency,
+                           .inputLatencyBytes = kInputLatency,
+                           .loopbackGain = 0,
+                           .voice = voice_,
+                           .outputStalls = std::move(stalls)});
         controller().setEcho(0);
         track_.path = song_;
         track_.length = static_cast<uint32_t>(accompaniment_.size() * 2);
@@ -84,13 +87,18 @@ class TakeAlignmentTest : public TakeTest {
     // the voice sung to it, `voiceLag` samples late (silence before the
     // voice).
     void expectEverySampleMixed(const std::vector<int16_t>& take, std::ptrdiff_t voiceLag = 0) {
-        ASSERT_LE(take.size(), accompaniment_.size());
+        expectMixOf(take, voice_, accompaniment_, voiceLag);
+    }
+    static void expectMixOf(const std::vector<int16_t>& take, const std::vector<int16_t>& voice,
+                            const std::vector<int16_t>& accompaniment, std::ptrdiff_t voiceLag = 0,
+                            std::size_t from = 0) {
+        ASSERT_LE(take.size(), accompaniment.size());
         std::size_t wrong = 0;
         std::size_t firstWrong = 0;
-        for (std::size_t k = 0; k < take.size(); ++k) {
+        for (std::size_t k = from; k < take.size(); ++k) {
             const auto sung = static_cast<std::ptrdiff_t>(k) - voiceLag;
-            const int16_t voice = sung >= 0 ? voice_[static_cast<std::size_t>(sung)] : 0;
-            if (take[k] != mixSample(voice, accompaniment_[k], 100, 100) && wrong++ == 0) {
+            const int16_t sample = sung >= 0 ? voice[static_cast<std::size_t>(sung)] : 0;
+            if (take[k] != mixSample(sample, accompaniment[k], 100, 100) && wrong++ == 0) {
                 firstWrong = k;
             }
         }
@@ -272,6 +280,53 @@ TEST_F(TakeAlignmentTest, StopMidSongEndsVoiceAndAccompanimentOnTheSameSample) {
     const auto take = takeSamples();
     EXPECT_EQ(take.size() * 2, captured - kOutputLatency);
     expectEverySampleMixed(take);
+}
+
+// Output stalls: the device stands still for 300 ms two seconds into the
+// song while the microphone runs on, and the singer, hearing nothing, waits.
+class StalledTakeTest : public TakeAlignmentTest {
+  protected:
+    static constexpr uint32_t kStallAt = 2 * kNativeBytesPerSecond + 4 * 1000;
+    static constexpr uint32_t kStallFrames = 13230;
+
+    void SetUp() override {}
+
+    // `signal` as it was heard: the stall's silence at its place.
+    static std::vector<int16_t> withStall(const std::vector<int16_t>& signal) {
+        std::vector<int16_t> heard(signal.begin(), signal.begin() + kStallAt / 2);
+        heard.resize(heard.size() + 2 * kStallFrames);
+        heard.insert(heard.end(), signal.begin() + kStallAt / 2, signal.end());
+        return heard;
+    }
+};
+
+// A stall the device tells of is placed exactly: the take holds the song
+// and the voice as they were heard, silence and all, to the sample.
+TEST_F(StalledTakeTest, AToldStallIsPlacedInTheAccompanimentToTheSample) {
+    startTake(5, {{.atBytes = kStallAt, .frames = kStallFrames}});
+    ASSERT_TRUE(controller().rec({track_, 0, 0}).capturing);
+    runToTheEnd();
+    const auto take = takeSamples();
+    EXPECT_GT(take.size() * 2 + kEngineBlockBytes, accompaniment_.size() * 2 + kStallFrames * 4);
+    expectMixOf(take, withStall(voice_), withStall(accompaniment_));
+    EXPECT_EQ(controller().capture().syncMx().outputStalls(), 1u);
+    EXPECT_FALSE(shown_.outOfSyncFrom);
+}
+
+// A stall nobody tells of is found by the positions and made good at the
+// next block mixed; the stretch before it is out of sync, and the singer is
+// told from where. After the stall the take lines up again.
+TEST_F(StalledTakeTest, AStallNobodyToldOfEndsTheTakeWithTheMomentItWentOutOfSync) {
+    startTake(5, {{.atBytes = kStallAt, .frames = kStallFrames, .reported = false}});
+    ASSERT_TRUE(controller().rec({track_, 0, 0}).capturing);
+    runToTheEnd();
+    ASSERT_TRUE(shown_.outOfSyncFrom);
+    EXPECT_LE(*shown_.outOfSyncFrom, kStallAt);
+    EXPECT_GT(*shown_.outOfSyncFrom + 2 * kEngineBlockBytes, kStallAt);
+    EXPECT_EQ(controller().capture().syncMx().outputStalls(), 0u);
+    const auto take = takeSamples();
+    expectMixOf(take, withStall(voice_), withStall(accompaniment_), 0,
+                kStallAt / 2 + 2 * kStallFrames);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <map>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "platform/queue_dispatcher.h"
@@ -34,6 +35,7 @@ struct ShownTake final : TakeListener {
     uint32_t recordedPosition = 0;
     uint32_t clipNotices = 0;
     std::vector<uint32_t> takesEnded;  // each finished take's clipped blocks
+    std::optional<uint64_t> outOfSyncFrom;
 
     void showFace(TakeButton button, bool lit) override { faces[button] = lit; }
     void showLevels(int32_t a, int32_t b) override {
@@ -52,6 +54,7 @@ struct ShownTake final : TakeListener {
     void showRecordedPosition(uint32_t bytes) override { recordedPosition = bytes; }
     void blockClipped(uint32_t) override { ++clipNotices; }
     void takeEnded(uint32_t clippedBlocks) override { takesEnded.push_back(clippedBlocks); }
+    void takeOutOfSync(uint64_t fromBytes) override { outOfSyncFrom = fromBytes; }
 };
 
 class TakeTest : public ::testing::Test {

@@ -3,6 +3,7 @@
 #include "app/cli/input_checks.h"
 #include "app/cli/overwrite_option.h"
 #include "app/cli/source_settings.h"
+#include "session/sync_note.h"
 #include "session/voice_file.h"
 
 namespace tunebox::cli {
@@ -109,6 +110,10 @@ void CommandLineTake::showLevels(int32_t first, int32_t second) {
 
 void CommandLineTake::tickerChanged(TakePlayer player, bool running) {
     (player == TakePlayer::kAccompaniment ? accompanimentTicking_ : recordedTicking_) = running;
+}
+
+void CommandLineTake::takeOutOfSync(uint64_t fromBytes) {
+    syncNote_ = outOfSyncNote(fromBytes);
 }
 
 }  // namespace tunebox::cli

@@ -48,6 +48,9 @@ class CommandLineTake final : private TakeListener {
     const std::string& output() const { return output_; }
     // Where the take's delay comes from, when a calibration adds to it.
     const std::string& delayNote() const { return delayNote_; }
+    // Where the finished take went out of sync, as the singer is told it;
+    // empty for a take in sync.
+    const std::string& syncNote() const { return syncNote_; }
     int32_t firstLevel() const { return firstLevel_; }
     int32_t secondLevel() const { return secondLevel_; }
 
@@ -56,12 +59,14 @@ class CommandLineTake final : private TakeListener {
     bool failed(std::string reason);
     void showLevels(int32_t first, int32_t second) override;
     void tickerChanged(TakePlayer player, bool running) override;
+    void takeOutOfSync(uint64_t fromBytes) override;
 
     QueueDispatcher dispatcher_;
     TakeController controller_;
     std::string error_;
     std::string output_;
     std::string delayNote_;
+    std::string syncNote_;
     int32_t firstLevel_ = 0;
     int32_t secondLevel_ = 0;
     bool accompanimentTicking_ = false;

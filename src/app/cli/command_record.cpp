@@ -65,8 +65,16 @@ int record(const RecordArguments& arguments) {
         if (!arguments.accompaniment.empty()) {
             std::cout << ", delay " << take.capture().syncMx().alignedDelay() << " bytes";
         }
-        std::cout << ", " << lostCaptureBlocks() << " capture blocks lost, "
-                  << take.capture().clippedBlocks() << " blocks clipped\n";
+        std::cout << ", " << lostCaptureBlocks() << " capture blocks lost";
+        if (!arguments.accompaniment.empty()) {
+            std::cout << ", " << take.capture().syncMx().outputStalls() << " playback underruns";
+        }
+        std::cout << ", " << take.capture().clippedBlocks() << " blocks clipped\n";
+    }
+    // Said last, where a singer looks: the take needs another go or a remix.
+    if (!take.syncNote().empty()) {
+        std::cerr << "tunebox: the take is " << take.syncNote()
+                  << " (the playback stalled and the gap could not be placed)\n";
     }
     // A take cut short by a fault has said so, and its voice file stopped with it.
     if (!take.capture().voiceFileError().empty() && take.capture().fault() == CaptureFault::kNone) {
