@@ -26,7 +26,9 @@ constexpr uint32_t kInputLatency = 3000;
 
 class TakeAlignmentTest : public TakeTest {
   protected:
-    void SetUp() override { startTake(20, {}); }
+    // Five times real time: faster, a busy machine starves the virtual
+    // devices' clock thread and the positions stop meaning what they say.
+    void SetUp() override { startTake(5, {}); }
 
     void startTake(double speed, std::vector<VirtualStall> stalls) {
         writeNativeWav(song_, accompaniment_);
