@@ -45,6 +45,7 @@ int main(int argc, char** argv) {
     tunebox::cli::registerPlayCommand(app, status);
     tunebox::cli::registerRepairCommand(app, status);
     tunebox::cli::registerRemixCommand(app, status);
+    tunebox::cli::registerLyricsCommand(app, status);
 
     try {
         app.parse(argc, argv);

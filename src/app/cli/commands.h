@@ -27,5 +27,6 @@ void registerDemoCommand(CLI::App& app, int& status);
 void registerPlayCommand(CLI::App& app, int& status);
 void registerRepairCommand(CLI::App& app, int& status);
 void registerRemixCommand(CLI::App& app, int& status);
+void registerLyricsCommand(CLI::App& app, int& status);
 
 }  // namespace tunebox::cli
