@@ -42,12 +42,6 @@ TEST(LyricPrompt, AGivenFileMustReadAndAFoundOneMayBeLeftOut) {
     EXPECT_FALSE(none.sheet);
     EXPECT_TRUE(none.note.empty());
 
-    const std::string cdg = put(dir, "song.cdg", std::string(24, '\0'));
-    const cli::LyricChoice graphics = cli::chooseLyrics(wav, "");
-    EXPECT_FALSE(graphics.sheet);
-    EXPECT_FALSE(graphics.refused);
-    EXPECT_EQ(graphics.note, cdg + ": CD+G graphics are not drawn on a terminal");
-
     const std::string found = put(dir, "song.lrc", "[00:01.00]found\n");
     const cli::LyricChoice lrc = cli::chooseLyrics(wav, "");
     ASSERT_TRUE(lrc.sheet);
