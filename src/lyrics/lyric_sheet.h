@@ -10,7 +10,7 @@
 namespace tunebox {
 
 // One sung piece of a line. `text` keeps its own spacing, so the syllables of
-// a line put end to end give the line's text.
+// a line put end to end give the line's text, but for spaces at its ends.
 struct LyricSyllable {
     double start = 0;  // seconds from the start of the accompaniment
     double end = 0;

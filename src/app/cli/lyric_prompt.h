@@ -36,6 +36,8 @@ class LyricPrompt {
 
   private:
     LyricSheet sheet_;
+    // Empty until the rows are first written; then the line they show,
+    // itself empty before the first line is due.
     std::optional<std::optional<std::size_t>> shown_;
 };
 
