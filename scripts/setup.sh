@@ -10,7 +10,7 @@ packages=(
     qt6-base-dev qt6-svg-dev fonts-ipafont-gothic
     libpulse-dev pulseaudio
     pipewire pipewire-pulse wireplumber dbus dbus-daemon
-    libmpg123-dev libsoxr-dev libcli11-dev
+    libmpg123-dev libsoxr-dev libcli11-dev zlib1g-dev
     lame sox libsox-fmt-all mpg123 ffmpeg twolame
     libsndfile1-dev libmp3lame-dev libebur128-dev librubberband-dev
     qt6-tools-dev qt6-l10n-tools qt6-translations-l10n xvfb xauth

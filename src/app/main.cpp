@@ -50,6 +50,7 @@ int main(int argc, char** argv) {
     tunebox::cli::registerRepairCommand(app, status);
     tunebox::cli::registerRemixCommand(app, status);
     tunebox::cli::registerExportCommand(app, status);
+    tunebox::cli::registerLyricsCommand(app, status);
 
     try {
         app.parse(argc, argv);

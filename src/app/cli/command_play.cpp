@@ -9,11 +9,14 @@
 #include "app/cli/commands.h"
 #include "app/cli/input_checks.h"
 #include "app/cli/interrupt_flag.h"
+#include "app/cli/lyric_prompt.h"
 #include "app/cli/play_progress.h"
 #include "app/cli/source_settings.h"
 #include "app/cli/start_option.h"
 #include "app/cli/terminal_keys.h"
 #include "core/playback_clock.h"
+#include "lyrics/lyric_finder.h"
+#include "lyrics/lyric_format.h"
 #include "playback/wav_length.h"
 #include "playback/wav_refusal.h"
 #include "playback/wave_ctl.h"
@@ -26,6 +29,7 @@ struct PlayOptions {
     std::string path;
     double startSeconds = 0;
     bool echo = false;
+    std::string lyrics;
 };
 
 constexpr auto kPollInterval = std::chrono::milliseconds(100);
@@ -38,14 +42,23 @@ void initAsTrack(WaveCtl& player, bool echo) {
     applyPreset(player, track);
 }
 
-void showProgress(const PlayProgress& progress, bool paused) {
+// The lyrics follow the position the device has played, like the clock, so
+// they keep time with what is heard through a start position and pauses.
+void showProgress(const PlayProgress& progress, bool paused, std::optional<LyricPrompt>& lyrics) {
+    if (lyrics) {
+        std::cout << lyrics->update(double(progress.position()) / kNativeFormat.avgBytesPerSec);
+    }
     std::cout << "\r" << progress.line(paused) << std::flush;
 }
 
 // Runs until the file ends or an interrupt comes; Space pauses and resumes.
-int runPlayer(WaveCtl& player, PlayProgress& progress, const InterruptFlag& interrupt) {
+int runPlayer(WaveCtl& player, PlayProgress& progress, std::optional<LyricPrompt>& lyrics,
+              const InterruptFlag& interrupt) {
     TerminalKeys keys;
     const bool onTerminal = isatty(STDOUT_FILENO) == 1;
+    if (onTerminal && lyrics) {
+        std::cout << LyricPrompt::reserveRows();
+    }
     for (;;) {
         const uint32_t played = player.wavGetDevicePosition();
         // The state is read after the position: a player that stopped in
@@ -62,7 +75,7 @@ int runPlayer(WaveCtl& player, PlayProgress& progress, const InterruptFlag& inte
             return signalExitStatus(interrupt.signal());
         }
         if (onTerminal) {
-            showProgress(progress, player.state() == kPlayerPaused);
+            showProgress(progress, player.state() == kPlayerPaused, lyrics);
         }
         if (keys.nextKey(kPollInterval) == ' ') {
             player.wavPause(player.state() == kPlayerPlaying ? 1 : 0);
@@ -72,16 +85,39 @@ int runPlayer(WaveCtl& player, PlayProgress& progress, const InterruptFlag& inte
     // short of the length; the file has been played through all the same.
     progress.finish();
     if (onTerminal) {
-        showProgress(progress, false);
+        showProgress(progress, false, lyrics);
         std::cout << "\n";
     }
     return 0;
 }
 
+// An UltraStar song picked to play stands for the audio file it names, and
+// brings its own lyrics.
+struct PlayedFiles {
+    std::string audio;
+    std::string lyrics;
+};
+
+std::optional<PlayedFiles> playedFiles(const PlayOptions& options) {
+    if (lyricFormatOf(options.path) != LyricFormat::kUltraStar) {
+        return PlayedFiles{options.path, options.lyrics};
+    }
+    const auto audio = ultraStarAudioFile(options.path);
+    if (!audio) {
+        refuse(options.path, "an UltraStar song that names no audio file (#MP3)", kExitBadInput);
+        return std::nullopt;
+    }
+    return PlayedFiles{*audio, options.lyrics.empty() ? options.path : options.lyrics};
+}
+
 int playFile(const PlayOptions& options) {
     // Caught from the start: a Ctrl-C while the file opens stops it too.
     const InterruptFlag interrupt;
-    const std::string& path = options.path;
+    const auto files = playedFiles(options);
+    if (!files) {
+        return kExitBadInput;
+    }
+    const std::string& path = files->audio;
     uint32_t length = 0;
     if (const auto problem = accompanimentRefusal(path, length)) {
         return refuse(path, *problem, kExitBadInput);
@@ -91,6 +127,18 @@ int playFile(const PlayOptions& options) {
         std::cerr << "tunebox: --start " << options.startSeconds << " lies past the end of " << path
                   << " (" << formatSectorTime(length) << ")\n";
         return kExitBadInput;
+    }
+    LyricChoice lyrics = chooseLyrics(path, files->lyrics);
+    if (lyrics.refused) {
+        std::cerr << "tunebox: " << lyrics.note << "\n";
+        return kExitBadInput;
+    }
+    if (!lyrics.note.empty() && isatty(STDOUT_FILENO) == 1) {
+        std::cout << lyrics.note << "\n";
+    }
+    std::optional<LyricPrompt> prompt;
+    if (lyrics.sheet) {
+        prompt.emplace(std::move(*lyrics.sheet));
     }
     const std::shared_ptr<AudioBackend> backend = makeAudioBackendFromEnvironment();
     WaveCtl player(*backend);
@@ -109,18 +157,24 @@ int playFile(const PlayOptions& options) {
         return kExitBadInput;
     }
     PlayProgress progress(adjustStartPosition(start), length);
-    return runPlayer(player, progress, interrupt);
+    return runPlayer(player, progress, prompt, interrupt);
 }
 
 }  // namespace
 
 void registerPlayCommand(CLI::App& app, int& status) {
-    auto* command = app.add_subcommand("play", "Play an accompaniment; Space pauses, Ctrl-C stops");
+    auto* command = app.add_subcommand(
+        "play",
+        "Play an accompaniment (WAV, MP3, FLAC, Ogg, ... or an UltraStar song's audio) with its "
+        "lyrics; Space pauses, Ctrl-C stops");
     auto options = std::make_shared<PlayOptions>();
-    command->add_option("FILE", options->path, "The audio file to play (WAV, MP3, FLAC, Ogg, ...)")
+    command->add_option("FILE", options->path, "The audio file (WAV, MP3, FLAC, Ogg, ...) or UltraStar .txt to play")
         ->required();
     addStartOption(*command, options->startSeconds, "Where to start, in seconds");
     command->add_flag("--echo", options->echo, "Play through the echo (reverb)");
+    command->add_option("--lyrics", options->lyrics,
+                        "The lyrics to show (.lrc or UltraStar .txt); by default the one "
+                        "beside FILE under the same name");
     command->callback([&status, options] { status = playFile(*options); });
 }
 

@@ -28,5 +28,6 @@ void registerPlayCommand(CLI::App& app, int& status);
 void registerRepairCommand(CLI::App& app, int& status);
 void registerRemixCommand(CLI::App& app, int& status);
 void registerExportCommand(CLI::App& app, int& status);
+void registerLyricsCommand(CLI::App& app, int& status);
 
 }  // namespace tunebox::cli

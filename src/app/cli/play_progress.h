@@ -22,6 +22,9 @@ class PlayProgress {
     // The whole file has been played.
     void finish() { position_ = length_; }
 
+    // Where in the file the device is, in native-PCM bytes.
+    uint32_t position() const { return position_; }
+
     // "mm:ss:ff [####------] 42%" and, while paused, "paused".
     std::string line(bool paused) const;
 

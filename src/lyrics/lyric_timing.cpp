@@ -1,0 +1,17 @@
+#include "lyrics/lyric_timing.h"
+
+#include <algorithm>
+
+namespace tunebox {
+
+std::optional<std::size_t> dueLyricLine(const LyricSheet& sheet, double seconds) {
+    const auto after =
+        std::upper_bound(sheet.lines.begin(), sheet.lines.end(), seconds,
+                         [](double time, const LyricLine& line) { return time < line.start; });
+    if (after == sheet.lines.begin()) {
+        return std::nullopt;
+    }
+    return static_cast<std::size_t>(after - sheet.lines.begin() - 1);
+}
+
+}  // namespace tunebox
