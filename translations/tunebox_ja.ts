@@ -445,5 +445,15 @@ Sing a little further from the microphone or turn its level down, then record ag
         <source>The take clipped</source>
         <translation>録音がｸﾘｯﾌﾟしました</translation>
     </message>
+    <message>
+        <source>The take is out of sync</source>
+        <translation>録音がずれています</translation>
+    </message>
+    <message>
+        <source>The playback stalled and the take is out of sync from %1.
+Move the voice with the sync nudge and listen again, or record again.</source>
+        <translation>再生が止まったため、%1 から録音が伴奏とずれています。
+ｽﾞﾚ補正で声を動かして聴き直すか、録音し直してください。</translation>
+    </message>
 </context>
 </TS>

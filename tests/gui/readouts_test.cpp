@@ -1,6 +1,7 @@
 // What the singer reads while a session runs: the time box during an
 // audition and a voice-only take, the delay in milliseconds and the
-// calibration it came with, and the clip light with its count.
+// calibration it came with, the clip light with its count, and a take that
+// went out of sync.
 
 #include <chrono>
 
@@ -87,6 +88,19 @@ TEST_F(ReadoutTest, TheClipLightHoldsTwoSecondsAndTheTakeTellsItsCount) {
     ASSERT_EQ(desktop_.messages.size(), 1);
     EXPECT_TRUE(desktop_.messages[0].contains(QStringLiteral(": %1.").arg(clipped)))
         << desktop_.messages[0].toStdString();
+}
+
+// A stall of the playback that nobody reported cannot be placed: the take
+// ends with a box naming the moment from which it is out of sync.
+TEST_F(ReadoutTest, ATakeThatWentOutOfSyncSaysFromWhen) {
+    startWith(4, 5,
+              {.outputStalls = {{.atBytes = 2 * kNativeBytesPerSecond,
+                                 .frames = kNativeSampleRate / 3,
+                                 .reported = false}}});
+    recordWholeSong();
+    ASSERT_TRUE(waitFor([&] { return desktop_.messages.size() >= 2; }, 2000));
+    EXPECT_EQ(desktop_.messages.filter(QStringLiteral("out of sync from 00:0")).size(), 1)
+        << desktop_.messages.join('|').toStdString();
 }
 
 }  // namespace

@@ -113,6 +113,7 @@ class MainDialog : public QDialog, private TakeListener {
     void showRecordedPosition(uint32_t bytes) override;
     void blockClipped(uint32_t clippedBlocks) override;
     void takeEnded(uint32_t clippedBlocks) override;
+    void takeOutOfSync(uint64_t fromBytes) override;
     void showTime(uint32_t position);
 
     DialogServices services_;

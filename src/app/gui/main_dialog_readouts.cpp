@@ -56,4 +56,24 @@ void MainDialog::takeEnded(uint32_t clippedBlocks) {
         Qt::QueuedConnection);
 }
 
+// The playback stalled in a way the take could not make good: the singer
+// learns from where to listen again, and that the nudge or another take
+// puts it right.
+void MainDialog::takeOutOfSync(uint64_t fromBytes) {
+    const uint64_t seconds = fromBytes / kNativeBytesPerSecond;
+    const QString moment = QStringLiteral("%1:%2")
+                               .arg(seconds / 60, 2, 10, QLatin1Char('0'))
+                               .arg(seconds % 60, 2, 10, QLatin1Char('0'));
+    QMetaObject::invokeMethod(
+        this,
+        [this, moment] {
+            services_.showNote(this, tr("The take is out of sync"),
+                               tr("The playback stalled and the take is out of sync from %1.\n"
+                                  "Move the voice with the sync nudge and listen again, or "
+                                  "record again.")
+                                   .arg(moment));
+        },
+        Qt::QueuedConnection);
+}
+
 }  // namespace tunebox::gui
