@@ -13,6 +13,7 @@
 #   (default build 5 5)
 set -euo pipefail
 cd "$(dirname "$0")/.."
+bench=$PWD/bench
 tunebox=$PWD/${1:-build}/src/tunebox
 minutes=${2:-5}
 runs=${3:-5}
@@ -20,23 +21,8 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
 
-# Ten-second phrases, each a little different: a sustained chord over a
-# bass, a drum-like noise hit, plucked notes and a breath of hiss.
-phrase() {
-    local i=$1 root=$((130 + (i * 53) % 260))
-    sox -n -r 44100 -c 2 -b 16 "phrase$i.wav" \
-        synth 4 sine "$root" sine $((root * 5 / 4)) sine $((root * 3 / 2)) \
-        square $((root / 2)) vol 0.3 : \
-        synth 0.4 brownnoise fade 0 0.4 0.35 vol 0.8 : \
-        synth 3.6 pluck $((root * 2)) pluck $((root * 3)) vol 0.8 : \
-        synth 2 pinknoise sine $((root * 8)) fade 0.5 2 1 vol 0.3
-}
-phrases=$((minutes * 6))
-for ((i = 0; i < phrases; i++)); do
-    phrase "$i"
-done
-sox phrase*.wav music.wav
-rm -f phrase*.wav
+source "$bench/side_by_side_common.sh"
+make_music "$minutes"
 sox music.wav -r 22050 music22.wav
 
 lame --quiet -b 128 music.wav cbr128.mp3
@@ -45,18 +31,6 @@ lame --quiet -b 64 music22.wav mpeg2_22k.mp3
 twolame --quiet -b 192 music.wav layer2.mp2
 sox music.wav second.wav trim 0 1
 lame --quiet -b 128 second.wav second.mp3
-
-# CPU seconds (user + sys) of one run of the command.
-cpu_seconds() {
-    /usr/bin/time -f '%U %S' -o cpu.txt "$@" >/dev/null 2>&1
-    awk '{ printf "%.3f\n", $1 + $2 }' cpu.txt
-}
-
-median_cpu() {
-    for ((run = 0; run < runs; run++)); do
-        cpu_seconds "$@"
-    done | sort -n | awk '{ v[NR] = $1 } END { print v[int((NR + 1) / 2)] }'
-}
 
 decode() {
     local decoder=$1 file=$2
@@ -69,13 +43,11 @@ decode() {
 
 seconds=$((minutes * 60))
 echo "tunebox start-up and a one-second file: $(decode builtin second.mp3) s of CPU"
-printf '%-14s %-8s %9s %11s %10s\n' file decoder cpu_s x_realtime speed
+printf '%-16s %-8s %9s %11s %10s\n' file decoder cpu_s x_realtime speed
 for file in cbr128.mp3 vbr2.mp3 mpeg2_22k.mp3 layer2.mp2; do
     peer=$(decode system "$file")
     for decoder in builtin system mpg123 ffmpeg; do
         cpu=$([ "$decoder" = system ] && echo "$peer" || decode "$decoder" "$file")
-        awk -v f="$file" -v d="$decoder" -v c="$cpu" -v p="$peer" -v s="$seconds" \
-            'BEGIN { printf "%-14s %-8s %9.3f %11.0f %10.2f\n", f, d, c,
-                     (c > 0 ? s / c : 0), (c > 0 ? p / c : 0) }'
+        print_row "$file" "$decoder" "$cpu" "$peer" "$seconds"
     done
 done

@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <vector>
 
+#include "core/utf8.h"
+
 namespace tunebox {
 namespace {
 
@@ -139,26 +141,6 @@ constexpr std::array<std::string_view, 126> kGenreNames{"Blues",
 
 constexpr char32_t kReplacement = 0xFFFD;
 
-std::string utf8Of(char32_t code) {
-    std::string out;
-    if (code < 0x80) {
-        out += static_cast<char>(code);
-    } else if (code < 0x800) {
-        out += static_cast<char>(0xC0 | (code >> 6));
-        out += static_cast<char>(0x80 | (code & 0x3F));
-    } else if (code < 0x10000) {
-        out += static_cast<char>(0xE0 | (code >> 12));
-        out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (code & 0x3F));
-    } else {
-        out += static_cast<char>(0xF0 | (code >> 18));
-        out += static_cast<char>(0x80 | ((code >> 12) & 0x3F));
-        out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (code & 0x3F));
-    }
-    return out;
-}
-
 // Little-endian UTF-16 units up to the first NUL unit.
 std::vector<char16_t> utf16Units(std::span<const char> bytes) {
     std::vector<char16_t> units;
@@ -186,7 +168,8 @@ std::string utf16ToUtf8(std::span<const char> bytes, std::size_t limit) {
         } else if (code >= 0xD800 && code < 0xE000) {
             code = kReplacement;  // a lone surrogate
         }
-        const std::string encoded = utf8Of(code);
+        std::string encoded;
+        appendUtf8(encoded, code);
         if (out.size() + encoded.size() > limit) {
             break;
         }
