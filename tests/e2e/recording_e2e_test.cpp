@@ -18,8 +18,6 @@
 namespace tunebox {
 namespace {
 
-constexpr std::size_t kWavHeaderBytes = 44;
-
 class RecordingE2eTest : public ::testing::Test, protected test::TakeRunner {
   protected:
     // Starts a private server for the script (each test has its own: one of
@@ -42,8 +40,7 @@ class RecordingE2eTest : public ::testing::Test, protected test::TakeRunner {
     }
     // The offset in ms of the voice part against the accompaniment.
     double voiceOffsetMs(const char* file = "take.wav") {
-        const auto bytes = test::readBytes(dir() / file);
-        const auto take = test::toSamples({bytes.begin() + kWavHeaderBytes, bytes.end()});
+        const auto take = samplesOf(file);
         std::vector<int16_t> residual(take.size());
         for (std::size_t k = 0; k < take.size(); ++k) {
             residual[k] = static_cast<int16_t>(take[k] - accompaniment_[k]);
@@ -56,10 +53,7 @@ class RecordingE2eTest : public ::testing::Test, protected test::TakeRunner {
         return search.offsetFrames / 44.1;
     }
 
-    std::vector<int16_t> samplesOf(const char* file) {
-        const auto bytes = test::readBytes(dir() / file);
-        return test::toSamples({bytes.begin() + kWavHeaderBytes, bytes.end()});
-    }
+    std::vector<int16_t> samplesOf(const char* file) { return test::wavDataSamples(dir() / file); }
 
     // The voice file is what the microphone heard, lined up, and the take
     // less the voice is the accompaniment as the take holds it (with silence
@@ -68,7 +62,7 @@ class RecordingE2eTest : public ::testing::Test, protected test::TakeRunner {
     // slips half-way.)
     void expectEveryStretchLinedUp() {
         const auto take = samplesOf("take.wav");
-        // The voice file's audio is as long as the take; its note follows.
+        // The voice file's audio is as long as the take.
         auto voice = samplesOf("take.voice.wav");
         ASSERT_GE(voice.size(), take.size());
         voice.resize(take.size());
