@@ -235,10 +235,12 @@ void MainDialog::setUpImageButtons() {
 }
 
 // Extra room goes to the path boxes, the trackbars and empty space: every
-// row keeps its height, the time box and the meter their size.
+// row keeps its height, the time box, the meter and its clip light their
+// size.
 void MainDialog::layOutControls() {
     timeLabel_->setFixedSize(96, 26);
     meter_->setFixedSize(meter_->sizeHint());
+    clipLight_->setFixedSize(clipLight_->sizeHint());
     auto* karaokeFile = new QHBoxLayout;
     karaokeFile->addWidget(karaokePick_);
     karaokeFile->addWidget(karaokeNameEdit_, 1);
