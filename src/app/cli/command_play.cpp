@@ -9,6 +9,7 @@
 #include "app/cli/commands.h"
 #include "app/cli/input_checks.h"
 #include "app/cli/interrupt_flag.h"
+#include "app/cli/key_tempo_options.h"
 #include "app/cli/play_progress.h"
 #include "app/cli/source_settings.h"
 #include "app/cli/start_option.h"
@@ -26,15 +27,17 @@ struct PlayOptions {
     std::string path;
     double startSeconds = 0;
     bool echo = false;
+    KeyTempo keyTempo;
 };
 
 constexpr auto kPollInterval = std::chrono::milliseconds(100);
 
 // The track's preset as the dialog plays it, with the echo only when asked.
 // A plain player, not the recorder's: nothing takes copies of its blocks.
-void initAsTrack(WaveCtl& player, bool echo) {
+void initAsTrack(WaveCtl& player, const PlayOptions& options) {
     TrackEntry track;
-    track.p2 = echo ? 1 : 0;
+    track.p2 = options.echo ? 1 : 0;
+    track.keyTempo = options.keyTempo;
     applyPreset(player, track);
 }
 
@@ -47,7 +50,7 @@ int runPlayer(WaveCtl& player, PlayProgress& progress, const InterruptFlag& inte
     TerminalKeys keys;
     const bool onTerminal = isatty(STDOUT_FILENO) == 1;
     for (;;) {
-        const uint32_t played = player.wavGetDevicePosition();
+        const uint32_t played = player.wavGetSongPosition();
         // The state is read after the position: a player that stopped in
         // between has closed its device, whose position reads 0.
         if (player.wavIsStopped() == 1) {
@@ -98,7 +101,7 @@ int playFile(const PlayOptions& options) {
         std::cerr << "tunebox: no audio output device\n";
         return kExitBadInput;
     }
-    initAsTrack(player, options.echo);
+    initAsTrack(player, options);
     const auto start = static_cast<uint32_t>(startFrames) * kNativeFrameBytes;
     player.setSourceOptions(sourceOptionsFromSettings());
     if (player.wavOpenFile(path, start, length) != 1) {
@@ -121,6 +124,7 @@ void registerPlayCommand(CLI::App& app, int& status) {
     command->add_option("FILE", options->path, "The WAV or MP3 file to play")->required();
     addStartOption(*command, options->startSeconds, "Where to start, in seconds");
     command->add_flag("--echo", options->echo, "Play through the echo (reverb)");
+    addKeyTempoOptions(*command, options->keyTempo);
     command->callback([&status, options] { status = playFile(*options); });
 }
 
