@@ -333,9 +333,11 @@ int WaveCtl::wavIsAtEnd(uint32_t position, uint32_t limit, const PlayRange& rang
     if (position >= limit) {
         return 1;
     }
-    return fileSource_ == 1 && range[kEnvelopeEnable] != 0 && range[kRangeEnd] <= positionAtFill
-               ? 1
-               : 0;
+    return rangeEndReached(range, positionAtFill) ? 1 : 0;
+}
+
+bool WaveCtl::rangeEndReached(const PlayRange& range, uint32_t positionAtFill) const {
+    return fileSource_ == 1 && range[kEnvelopeEnable] != 0 && range[kRangeEnd] <= positionAtFill;
 }
 
 template <class Change>

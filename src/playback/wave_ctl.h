@@ -166,6 +166,8 @@ class WaveCtl {
     };
     SlotRead readIntoSlot(WaveBuf& slot);
     void startSourceRun();
+    // The play range's stop position, when enabled, at or before the fill.
+    bool rangeEndReached(const PlayRange& range, uint32_t positionAtFill) const;
     int commit(uint32_t count, uint32_t last);
     WaveBuf* takeFilled();
     void writeSlot(WaveBuf& slot);

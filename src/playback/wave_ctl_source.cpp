@@ -160,7 +160,13 @@ int WaveCtl::fillNext() {
     readPosition_ += read.consumed;
     uint32_t count = read.count;
     uint32_t last = read.ended;
-    if (wavIsAtEnd(readPosition_, length_, ctl_.playRange, ctl_.playRange[kBlockPosition])) {
+    // The stage holds the source's end back behind its own delay: its last
+    // block, which says so, plays like any other.
+    const bool atEnd =
+        keyTempo_ ? last == 0 && rangeEndReached(ctl_.playRange, ctl_.playRange[kBlockPosition])
+                  : wavIsAtEnd(readPosition_, length_, ctl_.playRange,
+                               ctl_.playRange[kBlockPosition]) == 1;
+    if (atEnd) {
         // The block that reaches the end is not played: the end is cut at
         // buffer granularity, before the stop position rather than after it.
         last = 1;

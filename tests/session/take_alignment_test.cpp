@@ -7,6 +7,7 @@
 #include "capture/sync_mx.h"
 #include "platform/settings.h"
 #include "playback/wav_repair.h"
+#include "session/accompaniment_player.h"
 #include "session/demo_tune.h"
 #include "session/synthetic_voice.h"
 #include "session/take_harness.h"
@@ -28,7 +29,7 @@ class TakeAlignmentTest : public TakeTest {
   protected:
     void SetUp() override {
         writeNativeWav(song_, accompaniment_);
-        startAudio(20, {.outputLatencyBytes = kOutputLatency,
+        startAudio(speed_, {.outputLatencyBytes = kOutputLatency,
                         .inputLatencyBytes = kInputLatency,
                         .loopbackGain = 0,
                         .voice = voice_});
@@ -90,13 +91,18 @@ class TakeAlignmentTest : public TakeTest {
     // the voice sung to it, `voiceLag` samples late (silence before the
     // voice).
     void expectEverySampleMixed(const std::vector<int16_t>& take, std::ptrdiff_t voiceLag = 0) {
-        ASSERT_LE(take.size(), accompaniment_.size());
+        expectEverySampleMixedWith(take, accompaniment_, voiceLag);
+    }
+    void expectEverySampleMixedWith(const std::vector<int16_t>& take,
+                                    const std::vector<int16_t>& accompaniment,
+                                    std::ptrdiff_t voiceLag) {
+        ASSERT_LE(take.size(), accompaniment.size());
         std::size_t wrong = 0;
         std::size_t firstWrong = 0;
         for (std::size_t k = 0; k < take.size(); ++k) {
             const auto sung = static_cast<std::ptrdiff_t>(k) - voiceLag;
             const int16_t voice = sung >= 0 ? voice_[static_cast<std::size_t>(sung)] : 0;
-            if (take[k] != mixSample(voice, accompaniment_[k], 100, 100) && wrong++ == 0) {
+            if (take[k] != mixSample(voice, accompaniment[k], 100, 100) && wrong++ == 0) {
                 firstWrong = k;
             }
         }
@@ -114,6 +120,14 @@ class TakeAlignmentTest : public TakeTest {
     std::vector<int16_t> accompaniment_ = synthesiseDemoTune();
     std::vector<int16_t> voice_ = synthesiseVoice(44100 * (kDemoTuneSeconds + 4));
     TrackEntry track_;
+    double speed_ = 20;
+};
+
+// The key and tempo stage costs real time for every second of audio, which
+// a clock run twenty times too fast on a loaded machine would not leave it.
+class MovedKeyTakeTest : public TakeAlignmentTest {
+  protected:
+    MovedKeyTakeTest() { speed_ = 4; }
 };
 
 TEST_F(TakeAlignmentTest, MeasuredDelayAlignsEverySample) {
@@ -122,6 +136,23 @@ TEST_F(TakeAlignmentTest, MeasuredDelayAlignsEverySample) {
     const SyncMx& mixer = controller().capture().syncMx();
     EXPECT_GE(mixer.alignedDelay(), static_cast<int32_t>(kOutputLatency));
     expectSampleExactTake();
+    expectVoiceFileLinedUp(0);
+}
+
+// With the key and tempo moved the accompaniment is what the stage made of
+// the file, which the same player renders again without a device: the take
+// is that and the voice, as exactly as a plain take is the file and the voice.
+TEST_F(MovedKeyTakeTest, AMovedKeyAndTempoLineUpAsThePlainTakeDoes) {
+    track_.keyTempo = {.semitones = 3, .tempoPercent = 90};
+    ASSERT_TRUE(controller().rec({track_, 0, 0}).capturing);
+    runToTheEnd();
+    EXPECT_GE(controller().capture().syncMx().alignedDelay(), static_cast<int32_t>(kOutputLatency));
+    const auto heard = renderAccompaniment(track_, 0, {});
+    ASSERT_TRUE(heard);
+    const auto take = takeSamples();
+    EXPECT_GT(take.size() * 2 + kEngineBlockBytes, heard->size());
+    EXPECT_GT(take.size(), accompaniment_.size());  // 90 %: longer than the file
+    expectEverySampleMixedWith(take, toSamples(*heard), 0);
     expectVoiceFileLinedUp(0);
 }
 
