@@ -23,13 +23,6 @@ struct KeyTempo {
     double pitchScale() const { return std::exp2((semitones * 100 + cents) / 1200.0); }
     // Output over input length: a slower tempo makes more output.
     double timeRatio() const { return double(kFullTempo) / tempoPercent; }
-    bool operator==(const KeyTempo&) const = default;
 };
-
-// True when every value lies in its range.
-inline bool withinRange(const KeyTempo& keyTempo) {
-    return std::abs(keyTempo.semitones) <= kMaxSemitones && std::abs(keyTempo.cents) <= kMaxCents &&
-           keyTempo.tempoPercent >= kSlowestTempo && keyTempo.tempoPercent <= kFastestTempo;
-}
 
 }  // namespace tunebox
