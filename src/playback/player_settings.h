@@ -8,6 +8,7 @@
 #include "core/wave_format.h"
 #include "effects/band_section.h"
 #include "effects/effect_control.h"
+#include "effects/key_tempo.h"
 
 namespace tunebox {
 
@@ -32,6 +33,8 @@ struct PlayerSettings {
     // 1: a file is played, and the play range's stop position applies.
     uint32_t fileSource = 1;
     WaveFormat format = kNativeFormat;
+    // Anything but neutral puts the key and tempo stage before the effects.
+    KeyTempo keyTempo{};
 };
 
 }  // namespace tunebox

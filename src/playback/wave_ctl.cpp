@@ -57,6 +57,9 @@ void WaveCtl::wavInit(const PlayerSettings& settings) {
     ctl_.levelFlag = settings.levelFlag;
     ctl_.playRange = settings.playRange;
     fltEqualizerInit(ctl_, settings.bands, static_cast<int>(outputFormat_.samplesPerSec));
+    if (!settings.keyTempo.neutral()) {
+        keyTempo_ = std::make_unique<KeyTempoStage>(settings.keyTempo, outputFormat_.samplesPerSec);
+    }
 }
 
 void WaveCtl::releaseResources() {
@@ -66,6 +69,7 @@ void WaveCtl::releaseResources() {
     }
     bufferCount_ = 0;
     fltEqualizerFree(ctl_);
+    keyTempo_.reset();
 }
 
 void WaveCtl::resetBlock() {
@@ -130,6 +134,7 @@ int WaveCtl::wavPlay() {
         writeSlot(*slot);
     }
     baseSeconds_ = 0;
+    songClock_.startRun(keyTempo_ ? keyTempo_->settings().tempoPercent : kFullTempo);
     drained_ = 0;
     state_ = kPlayerPlaying;
     device_->restart();
@@ -278,6 +283,7 @@ void WaveCtl::restart() {
     outstanding_ = 0;
     writeIndex_ = readIndex_ = 0;
     seekPosition_ = readPosition_;
+    startSourceRun();
     prefill();
     wavPlay();
 }
@@ -288,7 +294,7 @@ int WaveCtl::wavGetTime(uint32_t& minutes, uint32_t& seconds, uint32_t& frames) 
         return -1;
     }
     const ClockTime time =
-        clockTime(runStartPosition_, wavGetDevicePosition(), bytesPerSecond_, baseSeconds_);
+        clockTime(runStartPosition_, wavGetSongPosition(), bytesPerSecond_, baseSeconds_);
     minutes = time.minutes;
     seconds = time.seconds;
     frames = time.frames;
@@ -300,7 +306,7 @@ uint32_t WaveCtl::wavGetSliderPos() {
     if (state_ == kPlayerStopped) {
         return 0;
     }
-    return sliderPosition(runStartPosition_, wavGetDevicePosition(), bytesPerSecond_, baseSeconds_,
+    return sliderPosition(runStartPosition_, wavGetSongPosition(), bytesPerSecond_, baseSeconds_,
                           length_);
 }
 
@@ -318,6 +324,11 @@ OutputStalls WaveCtl::wavGetDeviceStalls(uint32_t first) {
     return device_ ? device_->stalls(first) : OutputStalls{};
 }
 
+uint32_t WaveCtl::wavGetSongPosition() {
+    std::lock_guard guard(lock_);
+    return songClock_.songBytes(wavGetDevicePosition());
+}
+
 int WaveCtl::wavIsStopped() const {
     return state_ == kPlayerStopped ? 1 : 0;
 }
@@ -327,9 +338,11 @@ int WaveCtl::wavIsAtEnd(uint32_t position, uint32_t limit, const PlayRange& rang
     if (position >= limit) {
         return 1;
     }
-    return fileSource_ == 1 && range[kEnvelopeEnable] != 0 && range[kRangeEnd] <= positionAtFill
-               ? 1
-               : 0;
+    return rangeEndReached(range, positionAtFill) ? 1 : 0;
+}
+
+bool WaveCtl::rangeEndReached(const PlayRange& range, uint32_t positionAtFill) const {
+    return fileSource_ == 1 && range[kEnvelopeEnable] != 0 && range[kRangeEnd] <= positionAtFill;
 }
 
 template <class Change>
@@ -381,6 +394,18 @@ void WaveCtl::wavSetPlayRange(const PlayRange& range) {
         const uint32_t blockPosition = ctl_.playRange[kBlockPosition];
         ctl_.playRange = range;
         ctl_.playRange[kBlockPosition] = blockPosition;
+    });
+}
+
+void WaveCtl::wavSetKeyTempo(const KeyTempo& keyTempo) {
+    whileRunning([&] {
+        if (!keyTempo_) {
+            return;
+        }
+        if (keyTempo.tempoPercent != keyTempo_->settings().tempoPercent) {
+            songClock_.changeTempo(wavGetDevicePosition(), keyTempo.tempoPercent);
+        }
+        keyTempo_->set(keyTempo);
     });
 }
 

@@ -22,11 +22,13 @@
 #include <string>
 
 #include "effects/effect_control.h"
+#include "effects/key_tempo_stage.h"
 #include "platform/audio_backend.h"
 #include "platform/audio_device.h"
 #include "playback/audio_source.h"
 #include "playback/block_observer.h"
 #include "playback/player_settings.h"
+#include "playback/song_clock.h"
 #include "playback/source_options.h"
 #include "playback/wave_buf.h"
 
@@ -109,6 +111,10 @@ class WaveCtl {
     void wavSetRoomSize(int32_t tenths);
     void wavSetDamping(int32_t tenths);
     void wavSetWidth(int32_t tenths);
+    // New key and tempo for a player set up with a key or tempo of its own;
+    // applied from the next block filled, without a gap. A player set up
+    // neutral has no stage and ignores it (it would need memory mid-run).
+    void wavSetKeyTempo(const KeyTempo& keyTempo);
     // Replaces the play-range block; the position of the block being played
     // (word 5) is the player's own and is kept.
     void wavSetPlayRange(const PlayRange& range);
@@ -118,6 +124,9 @@ class WaveCtl {
     uint32_t wavGetDevicePosition();
     // Where the device stood still in the current run; none without a device.
     OutputStalls wavGetDeviceStalls(uint32_t first);
+    // The same as bytes of the song: differs from the device's at a tempo
+    // other than 100 %. The time display and the slider follow it.
+    uint32_t wavGetSongPosition();
 
     // 1 when the audio backend offers at least one output device.
     int wavHasOutputDevice() const;
@@ -153,7 +162,15 @@ class WaveCtl {
     void allocateBuffers();
     uint32_t nextIndex(uint32_t index) const;
     bool slotFree() const;
-    uint32_t readIntoSlot(WaveBuf& slot, uint32_t& sourceEnded);
+    struct SlotRead {
+        uint32_t count = 0;     // bytes in the slot
+        uint32_t consumed = 0;  // bytes taken from the source
+        uint32_t ended = 0;     // nothing more will come
+    };
+    SlotRead readIntoSlot(WaveBuf& slot);
+    void startSourceRun();
+    // The play range's stop position, when enabled, at or before the fill.
+    bool rangeEndReached(const PlayRange& range, uint32_t positionAtFill) const;
     int commit(uint32_t count, uint32_t last);
     WaveBuf* takeFilled();
     void writeSlot(WaveBuf& slot);
@@ -196,6 +213,9 @@ class WaveCtl {
     uint32_t length_ = 0;
     uint32_t fileSource_ = 1;
     EffectControl ctl_;
+    // Present only for a player set up off the neutral key and tempo.
+    std::unique_ptr<KeyTempoStage> keyTempo_;
+    SongClock songClock_;
     uint32_t bytesPerSecond_ = kNativeBytesPerSecond;
     uint32_t baseSeconds_ = 0;
     mutable std::recursive_mutex lock_;

@@ -18,6 +18,31 @@ uint32_t permyriadOf(uint32_t position, uint32_t length) {
     return length == 0 ? 0 : static_cast<uint32_t>(uint64_t{position} * kSliderRange / length);
 }
 
+// The stage's input: the player's source, up to the length to play.
+class SourceInput final : public StageInput {
+  public:
+    SourceInput(AudioSource* source, uint32_t remaining) : source_(source), remaining_(remaining) {}
+
+    uint32_t readFrames(int16_t* into, uint32_t frames, bool& ended) override {
+        if (source_ == nullptr || consumed_ >= remaining_) {
+            ended = true;
+            return 0;
+        }
+        const uint32_t wanted = std::min(frames * kNativeFrameBytes, remaining_ - consumed_);
+        const SourceBlock block = source_->read(reinterpret_cast<uint8_t*>(into), wanted);
+        consumed_ += block.count;
+        ended = block.ended || consumed_ >= remaining_;
+        return block.count / kNativeFrameBytes;
+    }
+
+    uint32_t consumed() const { return consumed_; }
+
+  private:
+    AudioSource* const source_;
+    const uint32_t remaining_;
+    uint32_t consumed_ = 0;
+};
+
 }  // namespace
 
 void WaveCtl::setSourceOptions(const SourceOptions& options) {
@@ -41,6 +66,7 @@ int WaveCtl::wavOpenFile(const std::string& path, uint32_t start, uint32_t lengt
         seekSource(readPosition_, static_cast<uint32_t>(std::min(fraction, double(kSliderRange))));
     }
     length_ = length;
+    startSourceRun();
     prefill();
     fileSource_ = 1;
     return 1;
@@ -65,19 +91,34 @@ uint32_t WaveCtl::filledCount() {
     return (writeIndex_ + count - readIndex_) % count;
 }
 
-uint32_t WaveCtl::readIntoSlot(WaveBuf& slot, uint32_t& sourceEnded) {
-    uint32_t count = 0;
-    sourceEnded = 0;
-    ctl_.playRange[kBlockPosition] = readPosition_;
-    if (source_) {
-        const SourceBlock block = source_->read(slot.block.get(), bufferSize_);
-        count = block.count;
-        sourceEnded = block.ended ? 1 : 0;
-    } else {
-        sourceEnded = 1;
+// The stage's history belongs to the place the source stood: a new place
+// (open, seek) starts it afresh.
+void WaveCtl::startSourceRun() {
+    if (keyTempo_) {
+        keyTempo_->start();
     }
-    fltEffectChain(ctl_, reinterpret_cast<int16_t*>(slot.block.get()), count);
-    return count;
+}
+
+// Without the stage a slot holds exactly the bytes read, as far as the
+// source goes; with it, a slot of output and whatever that took, up to the
+// length, with the stage's tail played out before the end.
+WaveCtl::SlotRead WaveCtl::readIntoSlot(WaveBuf& slot) {
+    SlotRead read;
+    ctl_.playRange[kBlockPosition] = readPosition_;
+    if (keyTempo_) {
+        SourceInput input(source_.get(), length_ > readPosition_ ? length_ - readPosition_ : 0);
+        const StageOutput output = keyTempo_->render(
+            input, reinterpret_cast<int16_t*>(slot.block.get()), bufferSize_ / kNativeFrameBytes);
+        read = {output.frames * kNativeFrameBytes, input.consumed(), output.ended ? 1u : 0u};
+    } else if (source_) {
+        const SourceBlock block = source_->read(slot.block.get(), bufferSize_);
+        const bool reachedLength = uint64_t{readPosition_} + block.count >= length_;
+        read = {block.count, block.count, block.ended || reachedLength ? 1u : 0u};
+    } else {
+        read.ended = 1;
+    }
+    fltEffectChain(ctl_, reinterpret_cast<int16_t*>(slot.block.get()), read.count);
+    return read;
 }
 
 int WaveCtl::prefill() {
@@ -87,11 +128,10 @@ int WaveCtl::prefill() {
     }
     uint32_t last = 0;
     do {
-        uint32_t sourceEnded = 0;
-        const uint32_t count = readIntoSlot(waveBuf_[writeIndex_], sourceEnded);
-        last = uint64_t{readPosition_} + count >= length_ || sourceEnded == 1 ? 1 : 0;
-        readPosition_ += count;
-        if (!commit(count, last)) {
+        const SlotRead read = readIntoSlot(waveBuf_[writeIndex_]);
+        last = read.ended;
+        readPosition_ += read.consumed;
+        if (!commit(read.count, last)) {
             break;
         }
     } while (slotFree() && readPosition_ < length_ && last == 0);
@@ -116,11 +156,17 @@ int WaveCtl::fillNext() {
     if (!slotFree()) {
         return 0;
     }
-    uint32_t sourceEnded = 0;
-    uint32_t count = readIntoSlot(waveBuf_[writeIndex_], sourceEnded);
-    readPosition_ += count;
-    uint32_t last = sourceEnded;
-    if (wavIsAtEnd(readPosition_, length_, ctl_.playRange, ctl_.playRange[kBlockPosition])) {
+    const SlotRead read = readIntoSlot(waveBuf_[writeIndex_]);
+    readPosition_ += read.consumed;
+    uint32_t count = read.count;
+    uint32_t last = read.ended;
+    // The stage holds the source's end back behind its own delay: its last
+    // block, which says so, plays like any other.
+    const bool atEnd =
+        keyTempo_ ? last == 0 && rangeEndReached(ctl_.playRange, ctl_.playRange[kBlockPosition])
+                  : wavIsAtEnd(readPosition_, length_, ctl_.playRange,
+                               ctl_.playRange[kBlockPosition]) == 1;
+    if (atEnd) {
         // The block that reaches the end is not played: the end is cut at
         // buffer granularity, before the stop position rather than after it.
         last = 1;

@@ -219,11 +219,11 @@ void TakeController::refreshAccompaniment() {
         readout.trackbar = 0;
     } else {
         // Where the singer is: the start of this run plus what the device
-        // has played. The player's own clock rounds to whole seconds and so
+        // has played, as song time. The player's own clock rounds to whole seconds and so
         // reads up to a second ahead, which PAUSE would keep and PLAY skip.
         if (accompanimentPlayer_.state() != kPlayerStopped) {
             accompaniment_.position =
-                accompanimentRunStart_ + accompanimentPlayer_.wavGetDevicePosition();
+                accompanimentRunStart_ + accompanimentPlayer_.wavGetSongPosition();
         }
         if (accompaniment_.dragged == 0) {
             readout.trackbar = static_cast<int>(accompanimentPlayer_.wavGetSliderPos());

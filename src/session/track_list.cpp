@@ -8,7 +8,8 @@ void applyPreset(WaveCtl& player, const TrackEntry& entry) {
                     .centreRemovalFlag = entry.p1,
                     .reverbFlag = entry.p2,
                     .levelFlag = entry.p4,
-                    .playRange = entry.range});
+                    .playRange = entry.range,
+                    .keyTempo = entry.keyTempo});
     player.wavSetRoomSize(entry.tenths);
 }
 

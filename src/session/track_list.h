@@ -28,6 +28,7 @@ struct TrackEntry {
     int32_t p4 = 0;
     PlayRange range{};
     uint32_t length = 0;  // native-PCM bytes, from the probe
+    KeyTempo keyTempo{};
 };
 
 // Hands the entry's preset to a player, for a file source.

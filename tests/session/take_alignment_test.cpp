@@ -7,6 +7,7 @@
 #include "capture/sync_mx.h"
 #include "platform/settings.h"
 #include "playback/wav_repair.h"
+#include "session/accompaniment_player.h"
 #include "session/demo_tune.h"
 #include "session/synthetic_voice.h"
 #include "session/take_harness.h"
@@ -120,12 +121,37 @@ class TakeAlignmentTest : public TakeTest {
     TrackEntry track_;
 };
 
+// The key and tempo stage costs real time for every second of audio, which
+// a clock run much faster than real time on a loaded machine would not
+// leave it.
+class MovedKeyTakeTest : public TakeAlignmentTest {
+  protected:
+    void SetUp() override { startTake(4, {}); }
+};
+
 TEST_F(TakeAlignmentTest, MeasuredDelayAlignsEverySample) {
     ASSERT_TRUE(controller().rec({track_, 0, 0}).capturing);
     runToTheEnd();
     const SyncMx& mixer = controller().capture().syncMx();
     EXPECT_GE(mixer.alignedDelay(), static_cast<int32_t>(kOutputLatency));
     expectSampleExactTake();
+    expectVoiceFileLinedUp(0);
+}
+
+// With the key and tempo moved the accompaniment is what the stage made of
+// the file, which the same player renders again without a device: the take
+// is that and the voice, as exactly as a plain take is the file and the voice.
+TEST_F(MovedKeyTakeTest, AMovedKeyAndTempoLineUpAsThePlainTakeDoes) {
+    track_.keyTempo = {.semitones = 3, .tempoPercent = 90};
+    ASSERT_TRUE(controller().rec({track_, 0, 0}).capturing);
+    runToTheEnd();
+    EXPECT_GE(controller().capture().syncMx().alignedDelay(), static_cast<int32_t>(kOutputLatency));
+    const auto heard = renderAccompaniment(track_, 0, {});
+    ASSERT_TRUE(heard);
+    const auto take = takeSamples();
+    EXPECT_GT(take.size() * 2 + kEngineBlockBytes, heard->size());
+    EXPECT_GT(take.size(), accompaniment_.size());  // 90 %: longer than the file
+    expectMixOf(take, voice_, toSamples(*heard));
     expectVoiceFileLinedUp(0);
 }
 

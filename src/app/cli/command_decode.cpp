@@ -85,7 +85,7 @@ int decode(const DecodeOptions& options) {
         return refuse(options.input, openRefusal(options.input), kExitBadInput);
     }
     AudioSource& source = opened.source();
-    WavJob job{options.input, options.output, outputFormatOf(source, options.raw), {}};
+    WavJob job{options.input, options.output, outputFormatOf(source, options.raw), {}, {}};
     uint64_t written = 0;
     int status = 0;
     {

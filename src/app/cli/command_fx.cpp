@@ -11,12 +11,14 @@
 
 #include "app/cli/commands.h"
 #include "app/cli/input_checks.h"
+#include "app/cli/key_tempo_options.h"
 #include "app/cli/opened_source.h"
 #include "app/cli/overwrite_option.h"
 #include "app/cli/source_settings.h"
 #include "app/cli/source_to_wav.h"
 #include "core/wave_format.h"
 #include "effects/effect_chain.h"
+#include "effects/key_tempo_stage.h"
 #include "playback/wav_length.h"
 
 namespace tunebox::cli {
@@ -35,7 +37,38 @@ struct FxOptions {
     std::optional<int> level;
     bool centreCut = false;
     bool overwrite = false;
+    KeyTempo keyTempo;
 };
+
+// The opened file as the key and tempo stage's input.
+class FileInput final : public StageInput {
+  public:
+    explicit FileInput(OpenedSource& source) : source_(source) {}
+
+    uint32_t readFrames(int16_t* into, uint32_t frames, bool& ended) override {
+        const BlockRead read =
+            source_.read(reinterpret_cast<uint8_t*>(into), frames * kNativeFrameBytes);
+        failed_ = failed_ || read.failed;
+        ended = read.ended || read.failed;
+        return read.count / kNativeFrameBytes;
+    }
+
+    bool failed() const { return failed_; }
+
+  private:
+    OpenedSource& source_;
+    bool failed_ = false;
+};
+
+// The file moved in key and tempo, a block at a time; the stage's tail is
+// played out after the file's end.
+BlockMaker keyTempoBlocks(KeyTempoStage& stage, FileInput& input) {
+    return [&stage, &input](uint8_t* block, uint32_t capacity) {
+        const StageOutput output =
+            stage.render(input, reinterpret_cast<int16_t*>(block), capacity / kNativeFrameBytes);
+        return BlockRead{output.frames * kNativeFrameBytes, output.ended, input.failed()};
+    };
+}
 
 bool setUpChain(EffectControl& ctl, const FxOptions& options) {
     BandValues values;
@@ -111,9 +144,16 @@ int runFx(const FxOptions& options) {
     const BlockStep effects = [&ctl, &progress](uint8_t* bytes, uint32_t count) {
         progress.update(count, fltEffectChain(ctl, reinterpret_cast<int16_t*>(bytes), count));
     };
+    std::optional<KeyTempoStage> stage;
+    FileInput input(opened);
+    BlockMaker blocks;
+    if (!options.keyTempo.neutral()) {
+        stage.emplace(options.keyTempo, kNativeSampleRate);
+        blocks = keyTempoBlocks(*stage, input);
+    }
     uint64_t written = 0;
-    const int status =
-        writeSourceAsWav(opened, {options.input, options.output, kNativeFormat, effects}, written);
+    const int status = writeSourceAsWav(
+        opened, {options.input, options.output, kNativeFormat, effects, blocks}, written);
     if (status == 0) {
         progress.finish();
     }
@@ -140,6 +180,7 @@ void registerFxCommand(CLI::App& app, int& status) {
     command->add_option("--level", options->level, "Level in percent")->check(CLI::Range(0, 1000));
     command->add_flag("--centre-cut", options->centreCut,
                       "Remove what both channels share (a centred voice)");
+    addKeyTempoOptions(*command, options->keyTempo);
     addOverwriteOption(*command, options->overwrite);
     command->callback([&status, options] { status = runFx(*options); });
 }

@@ -61,6 +61,7 @@ int CommandLineTake::rec(const RecordingOptions& options) {
 // being played.
 bool CommandLineTake::accompanimentUsable(const RecordingOptions& options, TrackEntry& track) {
     track.path = options.accompaniment;
+    track.keyTempo = options.keyTempo;
     if (const auto problem = accompanimentRefusal(options.accompaniment, track.length)) {
         return failed(options.accompaniment + ": " + *problem);
     }

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <string>
 
+#include "effects/key_tempo.h"
 #include "platform/queue_dispatcher.h"
 #include "session/take_controller.h"
 
@@ -22,6 +23,7 @@ struct RecordingOptions {
     uint32_t startBytes = 0;  // where the accompaniment starts
     bool overwrite = false;   // an existing output may be replaced
     bool voiceFile = true;    // the voice alone beside a take over a track
+    KeyTempo keyTempo{};      // of the accompaniment
 };
 
 class CommandLineTake final : private TakeListener {

@@ -9,6 +9,7 @@
 #include "app/cli/commands.h"
 #include "app/cli/input_checks.h"
 #include "app/cli/interrupt_flag.h"
+#include "app/cli/key_tempo_options.h"
 #include "app/cli/lyric_prompt.h"
 #include "app/cli/play_progress.h"
 #include "app/cli/source_settings.h"
@@ -30,15 +31,17 @@ struct PlayOptions {
     double startSeconds = 0;
     bool echo = false;
     std::string lyrics;
+    KeyTempo keyTempo;
 };
 
 constexpr auto kPollInterval = std::chrono::milliseconds(100);
 
 // The track's preset as the dialog plays it, with the echo only when asked.
 // A plain player, not the recorder's: nothing takes copies of its blocks.
-void initAsTrack(WaveCtl& player, bool echo) {
+void initAsTrack(WaveCtl& player, const PlayOptions& options) {
     TrackEntry track;
-    track.p2 = echo ? 1 : 0;
+    track.p2 = options.echo ? 1 : 0;
+    track.keyTempo = options.keyTempo;
     applyPreset(player, track);
 }
 
@@ -60,7 +63,7 @@ int runPlayer(WaveCtl& player, PlayProgress& progress, std::optional<LyricPrompt
         std::cout << LyricPrompt::reserveRows();
     }
     for (;;) {
-        const uint32_t played = player.wavGetDevicePosition();
+        const uint32_t played = player.wavGetSongPosition();
         // The state is read after the position: a player that stopped in
         // between has closed its device, whose position reads 0.
         if (player.wavIsStopped() == 1) {
@@ -146,7 +149,7 @@ int playFile(const PlayOptions& options) {
         std::cerr << "tunebox: no audio output device\n";
         return kExitBadInput;
     }
-    initAsTrack(player, options.echo);
+    initAsTrack(player, options);
     const auto start = static_cast<uint32_t>(startFrames) * kNativeFrameBytes;
     player.setSourceOptions(sourceOptionsFromSettings());
     if (player.wavOpenFile(path, start, length) != 1) {
@@ -168,13 +171,16 @@ void registerPlayCommand(CLI::App& app, int& status) {
         "Play an accompaniment (WAV, MP3, FLAC, Ogg, ... or an UltraStar song's audio) with its "
         "lyrics; Space pauses, Ctrl-C stops");
     auto options = std::make_shared<PlayOptions>();
-    command->add_option("FILE", options->path, "The audio file (WAV, MP3, FLAC, Ogg, ...) or UltraStar .txt to play")
+    command
+        ->add_option("FILE", options->path,
+                     "The audio file (WAV, MP3, FLAC, Ogg, ...) or UltraStar .txt to play")
         ->required();
     addStartOption(*command, options->startSeconds, "Where to start, in seconds");
     command->add_flag("--echo", options->echo, "Play through the echo (reverb)");
     command->add_option("--lyrics", options->lyrics,
                         "The lyrics to show (.lrc or UltraStar .txt); by default the one "
                         "beside FILE under the same name");
+    addKeyTempoOptions(*command, options->keyTempo);
     command->callback([&status, options] { status = playFile(*options); });
 }
 

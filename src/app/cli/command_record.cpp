@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "app/cli/commands.h"
+#include "app/cli/key_tempo_options.h"
 #include "app/cli/overwrite_option.h"
 #include "app/cli/start_option.h"
 #include "app/cli/take_loop.h"
@@ -23,6 +24,7 @@ struct RecordArguments {
     double startSeconds = 0.0;
     bool overwrite = false;
     bool noVoiceFile = false;
+    KeyTempo keyTempo;
 };
 
 RecordingOptions optionsFrom(const RecordArguments& arguments) {
@@ -31,6 +33,7 @@ RecordingOptions optionsFrom(const RecordArguments& arguments) {
     options.output = arguments.output;
     options.echo = arguments.noEcho ? 0 : 1;
     options.overwrite = arguments.overwrite;
+    options.keyTempo = arguments.keyTempo;
     options.voiceFile = !arguments.noVoiceFile && readVoiceFileChoice() == 1;
     options.startBytes =
         static_cast<uint32_t>(std::llround(arguments.startSeconds * kNativeSampleRate)) *
@@ -99,6 +102,7 @@ void registerRecordCommand(CLI::App& app, int& status) {
     addStartOption(*command, arguments->startSeconds, "Where the accompaniment starts");
     command->add_flag("--no-voice-file", arguments->noVoiceFile,
                       "Do not write the voice alone beside the take (TAKE.voice.wav)");
+    addKeyTempoOptions(*command, arguments->keyTempo);
     addOverwriteOption(*command, arguments->overwrite);
     command->callback([&status, arguments] { status = record(*arguments); });
 }

@@ -16,7 +16,8 @@ constexpr int kExitFailure = 1;
 int pump(OpenedSource& source, const WavJob& job, WaveWriter& writer, uint64_t& written) {
     std::vector<uint8_t> block(kEngineBlockBytes);
     for (;;) {
-        const BlockRead read = source.read(block.data(), kEngineBlockBytes);
+        const BlockRead read = job.make ? job.make(block.data(), kEngineBlockBytes)
+                                        : source.read(block.data(), kEngineBlockBytes);
         if (read.count > 0) {
             if (job.step) {
                 job.step(block.data(), read.count);

@@ -14,12 +14,16 @@ namespace tunebox::cli {
 
 // Sees (and may change) each block before it is written.
 using BlockStep = std::function<void(uint8_t* bytes, uint32_t count)>;
+// Makes the next block out of the source, for a stage that reads more or
+// less than it gives.
+using BlockMaker = std::function<BlockRead(uint8_t* block, uint32_t capacity)>;
 
 struct WavJob {
     std::string input;   // for messages
     std::string output;  // "-": standard output
     WaveFormat format = kNativeFormat;
     BlockStep step;
+    BlockMaker make;  // none: the source's blocks as they are
 };
 
 // Returns 0 with `written` the data bytes, or the exit status after one line
