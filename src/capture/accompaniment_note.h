@@ -3,8 +3,9 @@
 // end of the take's voice file, so that the voice can be mixed with it again
 // later (a take that came out early or late is moved, not sung again).
 //
-// The chunk holds text: "start=N\nlength=N\nbuiltin=0|1\npath=" and the
-// path's bytes to the end of the chunk, so a path may hold any byte. It is
+// The chunk holds text: "start=N\nlength=N\nbuiltin=0|1\nkey=N\ncents=N\n
+// tempo=N\nformants=0|1\npath=" and the path's bytes to the end of the
+// chunk, so a path may hold any byte. It is
 // written before the voice, so that a take cut off by a crash keeps it.
 // Players and sox pass over a chunk they do not know.
 
@@ -12,6 +13,7 @@
 #include <optional>
 #include <string>
 
+#include "effects/key_tempo.h"
 #include "platform/riff_file.h"
 #include "playback/wav_writer.h"
 
@@ -26,6 +28,8 @@ struct AccompanimentNote {
     // Whether the built-in MPEG decoder was tried first: an MP3 decoded by
     // the other one differs in its last bits, and the mix with it too.
     bool builtinDecoderFirst = false;
+    // How the song was moved in key and tempo: the take holds it as heard.
+    KeyTempo keyTempo{};
 
     bool operator==(const AccompanimentNote&) const = default;
 };

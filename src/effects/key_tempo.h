@@ -19,6 +19,7 @@ struct KeyTempo {
     int tempoPercent = kFullTempo;
     bool preserveFormants = false;
 
+    bool operator==(const KeyTempo&) const = default;
     bool neutral() const { return semitones == 0 && cents == 0 && tempoPercent == kFullTempo; }
     double pitchScale() const { return std::exp2((semitones * 100 + cents) / 1200.0); }
     // Output over input length: a slower tempo makes more output.

@@ -45,7 +45,8 @@ void TakeController::chooseVoiceFile(const RecordRequest& request) {
     capture_.setVoiceFile(
         voiceFilePath(outputFile_),
         {error ? request.track->path : track.string(), accompaniment_.position,
-         request.track->length, accompanimentPlayer_.sourceOptions().builtinDecoderFirst});
+         request.track->length, accompanimentPlayer_.sourceOptions().builtinDecoderFirst,
+         request.track->keyTempo});
 }
 
 RecStart TakeController::rec(const RecordRequest& request) {
@@ -168,6 +169,11 @@ void TakeController::reportTakeSync() {
         return;
     }
     takeOverTrack_ = false;
+    // A take a fault cut short has said so; the positions of devices that
+    // went away say nothing about its timing.
+    if (capture_.fault() != CaptureFault::kNone) {
+        return;
+    }
     if (const auto from = capture_.syncMx().outOfSyncFrom()) {
         listener_.takeOutOfSync(*from);
     }

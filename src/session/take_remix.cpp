@@ -133,6 +133,7 @@ std::string remixTake(const RemixRequest& request) {
     TrackEntry track;
     track.path = parts.note.path;
     track.length = parts.note.length;
+    track.keyTempo = parts.note.keyTempo;
     // Decoded as it was for the take, whatever the settings say now.
     auto mixed =
         renderAccompaniment(track, parts.note.start, SourceOptions{parts.note.builtinDecoderFirst});

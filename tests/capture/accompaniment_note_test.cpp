@@ -18,19 +18,27 @@ std::string textOf(const NoteChunk& chunk) {
 
 TEST(AccompanimentNoteTest, AnyPathSurvivesTheRoundTrip) {
     for (const std::string path : {"/songs/a.wav", "/odd/start=1\nlength=2\npath=x.mp3", "/é ü"}) {
-        const AccompanimentNote note{path, 4 * 44100, 4294967292u, path.size() % 2 == 0};
+        const AccompanimentNote note{path, 4 * 44100, 4294967292u, path.size() % 2 == 0,
+                                     KeyTempo{-6, 50, 70, true}};
         EXPECT_EQ(decodeAccompanimentNote(textOf(encodeAccompanimentNote(note))), note) << path;
     }
 }
 
 TEST(AccompanimentNoteTest, TextsItDidNotWriteAreRefused) {
-    for (const std::string text :
-         {"", "start=1\nlength=2\nbuiltin=0\npath=", "start=1\nlength=2\nbuiltin=0\n",
-          "length=2\nstart=1\nbuiltin=0\npath=/a", "start=\nlength=2\nbuiltin=0\npath=/a",
-          "start=-1\nlength=2\nbuiltin=0\npath=/a",
-          "start=4294967296\nlength=2\nbuiltin=0\npath=/a",
-          "start=1x\nlength=2\nbuiltin=0\npath=/a", "start=1", "start=1\nlength=2\npath=/a",
-          "start=1\nlength=2\nbuiltin=2\npath=/a", "start=1\nlength=2\nbuiltin=0path=/a"}) {
+    const std::string written =
+        "start=1\nlength=2\nbuiltin=0\nkey=-3\ncents=0\ntempo=90\nformants=0\npath=/a";
+    ASSERT_TRUE(decodeAccompanimentNote(written));
+    const auto with = [&](const std::string& from, const std::string& to) {
+        std::string text = written;
+        return text.replace(text.find(from), from.size(), to);
+    };
+    for (const std::string& text :
+         {std::string(), with("/a", ""), with("path=/a", ""), with("start=1\n", ""),
+          with("start=1", "start="), with("start=1", "start=-1"),
+          with("start=1", "start=4294967296"), with("start=1", "start=1x"), with("builtin=0\n", ""),
+          with("builtin=0", "builtin=2"), with("key=-3", "key=-7"), with("cents=0", "cents=51"),
+          with("tempo=90", "tempo=69"), with("tempo=90", "tempo=131"), with("formants=0\n", ""),
+          with("0\npath", "0path")}) {
         EXPECT_FALSE(decodeAccompanimentNote(text)) << text;
     }
 }

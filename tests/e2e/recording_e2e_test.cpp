@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <iostream>
+#include <string_view>
 
 #include "capture/measurement_signal.h"
 #include "capture/offset_finder.h"
@@ -124,8 +126,10 @@ TEST_F(RecordingE2eTest, EveryStretchLinesUpOrTheTakeSaysWhereItWentOutOfSync) {
 
 // The whole program held up for 0.6 s mid-take, as a busy machine may hold
 // it: the server runs out of accompaniment and plays a gap while the
-// microphone runs on. The gap is placed where it was heard, the record line
-// counts it, and nothing is out of sync.
+// microphone runs on. The record line counts it. PulseAudio says where it
+// ran out, so the gap is placed where it was heard and nothing is out of
+// sync; PipeWire's reports need not say, and then the take must say from
+// where it is out of sync.
 TEST_F(RecordingE2eTest, AProgramHeldUpMidTakeKeepsTheGapWhereItWasHeard) {
     writeClicks(10);
     const auto result = runScript(
@@ -134,11 +138,17 @@ TEST_F(RecordingE2eTest, AProgramHeldUpMidTakeKeepsTheGapWhereItWasHeard) {
                    "wait $pid"));
     TUNEBOX_REQUIRE_SOUND_SERVER(result.status != 77);
     ASSERT_EQ(result.status, 0) << result.err;
-    EXPECT_EQ(result.err.find("out of sync"), std::string::npos) << result.err;
     EXPECT_EQ(result.out.find(" 0 playback underruns"), std::string::npos) << result.out;
     EXPECT_NE(result.out.find(" playback underruns"), std::string::npos) << result.out;
-    expectEveryStretchLinedUp();
-    std::cout << "[ take ] " << result.out;
+    const char* server = std::getenv("TUNEBOX_TEST_SERVER");
+    const bool placed = result.err.find("out of sync from") == std::string::npos;
+    if (server == nullptr || std::string_view(server) != "pipewire") {
+        EXPECT_TRUE(placed) << result.err;
+    }
+    if (placed) {
+        expectEveryStretchLinedUp();
+    }
+    std::cout << "[ take ] " << result.out << result.err;
 }
 
 // With the key and tempo moved the microphone hears the moved accompaniment,

@@ -153,6 +153,10 @@ TEST_F(MovedKeyTakeTest, AMovedKeyAndTempoLineUpAsThePlainTakeDoes) {
     EXPECT_GT(take.size(), accompaniment_.size());  // 90 %: longer than the file
     expectMixOf(take, voice_, toSamples(*heard));
     expectVoiceFileLinedUp(0);
+    // The voice file notes the key and tempo, so the remix moves the song alike.
+    const std::string same = (dir_.path() / "same.wav").string();
+    ASSERT_EQ(remix(same), "");
+    EXPECT_EQ(readBytes(same), readBytes(take_));
 }
 
 // A calibration saved for these devices moves every voice sample by what it
