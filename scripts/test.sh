@@ -32,6 +32,7 @@ echo "== Unit tests under AddressSanitizer and UndefinedBehaviorSanitizer"
 cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DTUNEBOX_SANITIZE=ON -DTUNEBOX_WERROR=ON -DTUNEBOX_BENCH=OFF >/dev/null
 cmake --build build-asan -j2
 ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
+    LSAN_OPTIONS=suppressions=$PWD/scripts/lsan-suppressions.txt \
     ctest --test-dir build-asan --output-on-failure -j2 -LE 'e2e|gui' --repeat until-pass:3
 
 echo "== Unit tests of an optimised (-O3) Clang build"
