@@ -211,12 +211,34 @@ CdgCensus countCdgPackets(std::span<const uint8_t> stream) {
     return census;
 }
 
-CdgScreen cdgScreenAt(std::span<const uint8_t> stream, double seconds) {
-    CdgDecoder decoder;
-    const std::size_t due = duePackets(stream.size() / kCdgPacketBytes, seconds);
-    for (std::size_t i = 0; i < due; ++i) {
+namespace {
+
+// Draws packets [first, last) of `stream`.
+void applyPackets(CdgDecoder& decoder, std::span<const uint8_t> stream, std::size_t first,
+                  std::size_t last) {
+    for (std::size_t i = first; i < last; ++i) {
         decoder.apply(stream.subspan(i * kCdgPacketBytes).first<kCdgPacketBytes>());
     }
+}
+
+}  // namespace
+
+bool CdgPlayback::advanceTo(double seconds) {
+    const std::size_t due = duePackets(stream_.size() / kCdgPacketBytes, seconds);
+    const bool restart = due < drawn_;
+    if (restart) {
+        decoder_ = CdgDecoder();
+        drawn_ = 0;
+    }
+    applyPackets(decoder_, stream_, drawn_, due);
+    const bool changed = restart || due != drawn_;
+    drawn_ = due;
+    return changed;
+}
+
+CdgScreen cdgScreenAt(std::span<const uint8_t> stream, double seconds) {
+    CdgDecoder decoder;
+    applyPackets(decoder, stream, 0, duePackets(stream.size() / kCdgPacketBytes, seconds));
     return decoder.screen();
 }
 

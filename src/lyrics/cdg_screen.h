@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace tunebox {
 
@@ -75,6 +77,24 @@ class CdgDecoder {
     void loadColours(std::span<const uint8_t> data, int first);
 
     CdgScreen screen_;
+};
+
+// A stream drawn as the song plays: each moment asked for draws only the
+// packets that came due since the last one, and a moment earlier than the
+// last starts again from the top, as the stream can only be drawn forward.
+class CdgPlayback {
+  public:
+    explicit CdgPlayback(std::vector<uint8_t> stream = {}) : stream_(std::move(stream)) {}
+
+    // Draws every packet due by `seconds`; true when any was drawn.
+    bool advanceTo(double seconds);
+
+    const CdgScreen& screen() const { return decoder_.screen(); }
+
+  private:
+    std::vector<uint8_t> stream_;
+    CdgDecoder decoder_;
+    std::size_t drawn_ = 0;  // packets
 };
 
 // How many packets a stream holds, and of what kind.

@@ -14,4 +14,19 @@ std::optional<std::size_t> dueLyricLine(const LyricSheet& sheet, double seconds)
     return static_cast<std::size_t>(after - sheet.lines.begin() - 1);
 }
 
+LyricProgress lyricProgress(const LyricLine& line, double seconds) {
+    LyricProgress progress;
+    for (const LyricSyllable& syllable : line.syllables) {
+        if (seconds >= syllable.end) {
+            ++progress.sung;
+            continue;
+        }
+        if (seconds > syllable.start) {
+            progress.partOfNext = (seconds - syllable.start) / (syllable.end - syllable.start);
+        }
+        break;
+    }
+    return progress;
+}
+
 }  // namespace tunebox

@@ -213,18 +213,22 @@ void TakeController::refresh(TakePlayer player) {
     }
 }
 
+// The start of this run plus what the device has played, as song time. The
+// player's own clock rounds to whole seconds and so reads up to a second
+// ahead, which PAUSE would keep and PLAY skip.
+uint32_t TakeController::accompanimentHeard() {
+    if (accompaniment_.state != kIdle && accompanimentPlayer_.state() != kPlayerStopped) {
+        return accompanimentRunStart_ + accompanimentPlayer_.wavGetSongPosition();
+    }
+    return accompaniment_.position;
+}
+
 void TakeController::refreshAccompaniment() {
     AccompanimentReadout readout;
     if (accompaniment_.state == kIdle) {
         readout.trackbar = 0;
     } else {
-        // Where the singer is: the start of this run plus what the device
-        // has played, as song time. The player's own clock rounds to whole seconds and so
-        // reads up to a second ahead, which PAUSE would keep and PLAY skip.
-        if (accompanimentPlayer_.state() != kPlayerStopped) {
-            accompaniment_.position =
-                accompanimentRunStart_ + accompanimentPlayer_.wavGetSongPosition();
-        }
+        accompaniment_.position = accompanimentHeard();
         if (accompaniment_.dragged == 0) {
             readout.trackbar = static_cast<int>(accompanimentPlayer_.wavGetSliderPos());
         }

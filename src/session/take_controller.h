@@ -102,6 +102,10 @@ class TakeController {
     void close();
 
     const PlayerStatus& accompaniment() const { return accompaniment_; }
+    // Where the singer is in the accompaniment, in bytes: while it plays,
+    // what the device has played of it, not what was read ahead; else where
+    // the next PLAY starts.
+    uint32_t accompanimentHeard();
     const PlayerStatus& recorded() const { return recorded_; }
     int monitorOn() const { return monitorFlag_; }
     int captureActive() const { return capture_.isActive(); }

@@ -142,7 +142,7 @@ TEST_F(MainDialogLayoutTest, UnsupportedAccompanimentIsRefusedWithAStopMessage) 
     EXPECT_TRUE(control<QLineEdit>(dialog, kKaraokeName)->text().isEmpty());
     const QString patterns = QStringLiteral(
         "*.wav;*.mp3;*.mp2;*.mpa;*.mp1;*.flac;*.ogg;*.oga;*.opus;*.aif;*.aiff;*.aifc;*.caf;*.w64;"
-        "*.rf64");
+        "*.rf64;*.txt");
     EXPECT_EQ(desktop_.requests[0].filter,
               patterns + QStringLiteral("|") + patterns + QStringLiteral("|All Files (*.*)|*.*||"));
     EXPECT_EQ(desktop_.requests[0].defaultSuffix, "WAV");

@@ -26,6 +26,7 @@
 #include "app/gui/export_dialog.h"
 #include "app/gui/image_button.h"
 #include "app/gui/level_meter.h"
+#include "app/gui/lyrics_dock.h"
 #include "platform/settings.h"
 #include "session/position_time.h"
 #include "session/take_remix.h"
@@ -177,6 +178,7 @@ void MainDialog::createControls() {
     meter_ = named(new LevelMeter(this), kMeterFrame);
     meter_->setToolTip(tr("Microphone level"));
     clipLight_ = named(new ClipLight(this), kClipLight);
+    setUpLyrics();
 
     setUpImageButtons();
 
@@ -244,6 +246,7 @@ void MainDialog::layOutControls() {
     auto* karaokeFile = new QHBoxLayout;
     karaokeFile->addWidget(karaokePick_);
     karaokeFile->addWidget(karaokeNameEdit_, 1);
+    karaokeFile->addWidget(lyricsPick_);
 
     auto* karaokeTransport = new QHBoxLayout;
     for (QWidget* widget :
@@ -312,6 +315,7 @@ void MainDialog::layOutControls() {
     page->addLayout(karaokeFile);
     page->addLayout(karaokeTransport);
     page->addWidget(karaokeTrackbar_);
+    page->addWidget(lyricsDock_, 3);
     page->addSpacing(6);
     page->addLayout(recordedFile);
     page->addLayout(recorderTransport);

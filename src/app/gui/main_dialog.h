@@ -6,6 +6,7 @@
 #include <QDialog>
 #include <QTimer>
 #include <cstdint>
+#include <optional>
 
 #include "app/gui/dialog_services.h"
 #include "app/gui/position_trackbar.h"
@@ -16,6 +17,7 @@
 class QCheckBox;
 class QLabel;
 class QLineEdit;
+class QPushButton;
 class QSpinBox;
 class QTreeWidget;
 
@@ -24,6 +26,8 @@ namespace tunebox::gui {
 class ClipLight;
 class ImageButton;
 class LevelMeter;
+class LyricsDock;
+struct SongLyrics;
 
 class MainDialog : public QDialog, private TakeListener {
     Q_OBJECT
@@ -39,6 +43,7 @@ class MainDialog : public QDialog, private TakeListener {
     LevelMeter& meter() const { return *meter_; }
     ClipLight& clipLight() const { return *clipLight_; }
     TakeController& controller() { return controller_; }
+    LyricsDock& lyricsDock() const { return *lyricsDock_; }
 
     // Ends a running take as STOP does; the desktop session is ending.
     void finishTake();
@@ -116,6 +121,15 @@ class MainDialog : public QDialog, private TakeListener {
     void takeOutOfSync(uint64_t fromBytes) override;
     void showTime(uint32_t position);
 
+    // The lyrics pane.
+    void setUpLyrics();
+    QString audioOfPick(const QString& picked) const;
+    void lookForLyrics(const QString& picked, const QString& audio);
+    void pickLyrics();
+    void showLyricsFile(const QString& path);
+    void showLyrics(std::optional<SongLyrics> lyrics);
+    void followLyrics();
+
     DialogServices services_;
     // Before the controller, whose capture engine posts to it until it goes.
     QtDispatcher dispatcher_;
@@ -142,6 +156,7 @@ class MainDialog : public QDialog, private TakeListener {
 
     QTimer karaokeTimer_;   // 101
     QTimer recordedTimer_;  // 102
+    QTimer lyricsTimer_;
 
     ImageButton* karaokePick_ = nullptr;
     ImageButton* karaokePlay_ = nullptr;
@@ -175,6 +190,8 @@ class MainDialog : public QDialog, private TakeListener {
     QLabel* playbackStartLabel_ = nullptr;
     LevelMeter* meter_ = nullptr;
     ClipLight* clipLight_ = nullptr;
+    LyricsDock* lyricsDock_ = nullptr;
+    QPushButton* lyricsPick_ = nullptr;
 };
 
 }  // namespace tunebox::gui

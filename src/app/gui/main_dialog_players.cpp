@@ -15,7 +15,7 @@ namespace {
 
 const QString kKaraokePatterns = QStringLiteral(
     "*.wav;*.mp3;*.mp2;*.mpa;*.mp1;*.flac;*.ogg;*.oga;*.opus;"
-    "*.aif;*.aiff;*.aifc;*.caf;*.w64;*.rf64");
+    "*.aif;*.aiff;*.aifc;*.caf;*.w64;*.rf64;*.txt");
 const QString kKaraokeFilter = kKaraokePatterns + QStringLiteral("|") + kKaraokePatterns +
                                QStringLiteral("|All Files (*.*)|*.*||");
 const QString kRecordedFilter = QStringLiteral("*.wav|*.wav|All Files (*.*)|*.*||");
@@ -36,12 +36,12 @@ void MainDialog::pickKaraoke() {
     if (picked.isEmpty() || picked.first().isEmpty()) {
         return;
     }
-    const QString path = picked.first();
+    const QString path = audioOfPick(picked.first());
     TrackEntry entry;
     entry.path = path.toStdString();
     if (wavGetLength(entry.path, entry.length) == 0) {
         services_.showStop(this, tr("File selection failed"),
-                           tr("Unsupported file format: ") + path);
+                           tr("Unsupported file format: ") + picked.first());
         return;
     }
     list_.remove(0);
@@ -53,6 +53,7 @@ void MainDialog::pickKaraoke() {
     karaokeName_ = path;
     pushToControls();
     writeFolder(FolderPicker::kKaraoke, entry.path);
+    lookForLyrics(picked.first(), path);
 }
 
 std::optional<TrackEntry> MainDialog::currentTrack() const {
