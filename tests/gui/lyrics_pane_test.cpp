@@ -7,6 +7,8 @@
 #include <QPushButton>
 #include <cmath>
 #include <fstream>
+#include <iostream>
+#include <random>
 
 #include "app/gui/lyrics_dock.h"
 #include "app/gui/lyrics_pane.h"
@@ -150,6 +152,32 @@ TEST_F(LyricsPaneTest, LyricsComeWithTheAccompanimentOrArePickedAndBadOnesAreSai
     click(kKaraokePlay);
     EXPECT_EQ(karaoke().state, kPlaying);
     click(kKaraokeStop);
+}
+
+// Too large to be lyrics: refused before it is read. Random bytes as CD+G
+// draw noise while the song plays to its end.
+TEST_F(LyricsPaneTest, HostileLyricsNeitherHoldUpThePickNorStopTheSong) {
+    std::ofstream(configDir() / "song.lrc") << "[00:01.00]" << std::string(5 << 20, 'a');
+    QElapsedTimer clock;
+    clock.start();
+    start(2, 4);
+    std::cout << "picked beside a 5 MB one-line LRC in " << clock.elapsed() << " ms\n";
+    ASSERT_EQ(desktop_.messages.size(), 1);
+    EXPECT_TRUE(desktop_.messages[0].endsWith("too large to be lyrics"));
+
+    std::filesystem::remove(configDir() / "song.lrc");
+    std::mt19937 random(7);
+    std::ofstream noise(configDir() / "song.cdg", std::ios::binary);
+    for (int i = 0; i < (1 << 20); ++i) {
+        noise.put(static_cast<char>(random()));
+    }
+    noise.close();
+    desktop_.openAnswer = {QString::fromStdString(song_)};
+    click(kKaraokePick);
+    EXPECT_TRUE(pane().hasLyrics());
+    click(kKaraokePlay);
+    ASSERT_TRUE(waitFor([&] { return karaoke().state == kIdle; }, 10000));
+    EXPECT_EQ(desktop_.messages.size(), 1);
 }
 
 // The sung part of the line is painted in another colour than the rest.

@@ -7,23 +7,39 @@
 #include "lyrics/lyric_format.h"
 
 namespace tunebox::gui {
+namespace {
+
+// Larger files are not lyrics, and reading them would hold the window up
+// (100 MB of text takes about a second to parse). The largest lyrics text
+// runs to tens of kilobytes; CD+G takes 7,200 bytes a second, so a two-hour
+// stream fits.
+constexpr qint64 kLargestLyricsText = 4 << 20;
+constexpr qint64 kLargestCdg = 64 << 20;
+
+}  // namespace
+
 LyricsReading readSongLyrics(const QString& path) {
+    const auto said = [](const char* text) {
+        return LyricsReading{std::nullopt, QCoreApplication::translate("SongLyrics", text)};
+    };
     const auto format = lyricFormatOf(path.toStdString());
     if (!format) {
-        return {std::nullopt,
-                QCoreApplication::translate("SongLyrics",
-                                            "Not a lyrics file (.lrc, UltraStar .txt or .cdg)")};
+        return said(
+            QT_TRANSLATE_NOOP("SongLyrics", "Not a lyrics file (.lrc, UltraStar .txt or .cdg)"));
     }
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        return {std::nullopt,
-                QCoreApplication::translate("SongLyrics", "The lyrics file cannot be read")};
+        return said(QT_TRANSLATE_NOOP("SongLyrics", "The lyrics file cannot be read"));
+    }
+    if (file.size() > (*format == LyricFormat::kCdg ? kLargestCdg : kLargestLyricsText)) {
+        return said(QT_TRANSLATE_NOOP("SongLyrics", "The file is too large to be lyrics"));
     }
     const QByteArray bytes = file.readAll();
     if (*format == LyricFormat::kCdg) {
         return {SongLyrics{std::nullopt, std::vector<uint8_t>(bytes.begin(), bytes.end())}, {}};
     }
-    LyricReading reading = parseLyricText(*format, {bytes.constData(), size_t(bytes.size())});
+    LyricReading reading =
+        parseLyricText(*format, {bytes.constData(), static_cast<std::size_t>(bytes.size())});
     if (!reading.sheet) {
         return {std::nullopt, QString::fromStdString(reading.problem)};
     }
