@@ -8,6 +8,7 @@
 #include <QScreen>
 #include <QVBoxLayout>
 #include <functional>
+#include <utility>
 
 #include "app/gui/lyrics_pane.h"
 
@@ -17,7 +18,8 @@ namespace {
 // The pane's window: closing it, or Escape, gives the pane back.
 class LyricsWindow : public QWidget {
   public:
-    explicit LyricsWindow(std::function<void()> closing) : closing_(std::move(closing)) {
+    LyricsWindow(QWidget* dialog, std::function<void()> closing)
+        : QWidget(dialog, Qt::Window), closing_(std::move(closing)) {
         new QVBoxLayout(this);
         layout()->setContentsMargins(0, 0, 0, 0);
     }
@@ -25,7 +27,7 @@ class LyricsWindow : public QWidget {
   protected:
     void closeEvent(QCloseEvent* event) override {
         event->ignore();
-        // Later: the window goes away inside attach().
+        // Later: attach() lets the window go.
         QMetaObject::invokeMethod(this, closing_, Qt::QueuedConnection);
     }
     void keyPressEvent(QKeyEvent* event) override {
@@ -75,13 +77,11 @@ LyricsDock::LyricsDock(QWidget* parent) : QWidget(parent) {
     lyricsChanged();
 }
 
-LyricsDock::~LyricsDock() = default;
-
 void LyricsDock::detach() {
     if (window_) {
         return;
     }
-    window_ = std::make_unique<LyricsWindow>([this] { detachButton_->setChecked(false); });
+    window_ = new LyricsWindow(window(), [this] { detachButton_->setChecked(false); });
     window_->setWindowTitle(tr("Tunebox lyrics"));
     window_->setWindowIcon(window()->windowIcon());
     window_->layout()->addWidget(pane_);
@@ -101,7 +101,7 @@ void LyricsDock::attach() {
     }
     layout_->insertWidget(0, pane_, 1);
     pane_->show();
-    window_.reset();
+    std::exchange(window_, nullptr)->deleteLater();
     detachButton_->setChecked(false);
 }
 

@@ -5,7 +5,6 @@
 // back into the dialog.
 
 #include <QWidget>
-#include <memory>
 
 class QPushButton;
 class QVBoxLayout;
@@ -19,11 +18,10 @@ class LyricsDock : public QWidget {
 
   public:
     explicit LyricsDock(QWidget* parent = nullptr);
-    ~LyricsDock() override;
 
     LyricsPane& pane() const { return *pane_; }
     // The pane's own window while it is detached, else null.
-    QWidget* lyricsWindow() const { return window_.get(); }
+    QWidget* lyricsWindow() const { return window_; }
 
     void detach();
     void attach();
@@ -34,7 +32,9 @@ class LyricsDock : public QWidget {
     LyricsPane* pane_ = nullptr;
     QVBoxLayout* layout_ = nullptr;
     QPushButton* detachButton_ = nullptr;
-    std::unique_ptr<QWidget> window_;
+    // A window of the dialog's own, so that the dialog, modal as it runs,
+    // does not shut it out.
+    QWidget* window_ = nullptr;
 };
 
 }  // namespace tunebox::gui

@@ -70,6 +70,9 @@ void MainDialog::showLyricsFile(const QString& path) {
     showLyrics(std::move(reading.lyrics));
 }
 
+// The pane follows the song also while it is stopped, so that it shows the
+// line at the start position as the trackbar moves; a look that changes
+// nothing costs next to nothing.
 void MainDialog::showLyrics(std::optional<SongLyrics> lyrics) {
     lyricsDock_->pane().setLyrics(std::move(lyrics));
     lyricsDock_->lyricsChanged();
