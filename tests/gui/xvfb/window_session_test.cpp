@@ -5,6 +5,7 @@
 // xcb-<language>-<scale>x-<step>.png (the scale is QT_SCALE_FACTOR's).
 
 #include <QGuiApplication>
+#include <fstream>
 
 #include "app/gui/language.h"
 #include "app/gui/level_meter.h"
@@ -48,6 +49,10 @@ class WindowSessionTest : public SessionTest {
     void runSession(Language language) {
         language_ = language == Language::kJapanese ? "ja" : "en";
         const Translations translations(language);
+        // Words timed one by one beside the song: the lyrics pane wipes them.
+        std::ofstream(configDir() / "song.lrc")
+            << "[00:00.50]<00:00.50>Sing <00:01.50>along <00:02.50>now\n"
+               "[00:03.50]<00:03.50>and <00:04.50>once <00:05.50>more\n";
         // A singer who stays below full scale: the session ends with no note.
         startWith(8, 4, {.voice = tone(60, 220, 16000, 12000)});
         ASSERT_EQ(QGuiApplication::platformName(), "xcb");
