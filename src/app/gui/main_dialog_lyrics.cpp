@@ -11,6 +11,7 @@
 #include "app/gui/song_lyrics.h"
 #include "core/wave_format.h"
 #include "lyrics/lyric_finder.h"
+#include "lyrics/lyric_format.h"
 
 namespace tunebox::gui {
 namespace {
@@ -36,13 +37,15 @@ void MainDialog::setUpLyrics() {
 
 // An UltraStar song picked as the accompaniment plays the audio it names.
 QString MainDialog::audioOfPick(const QString& picked) const {
-    if (!picked.endsWith(QStringLiteral(".txt"), Qt::CaseInsensitive)) {
+    if (lyricFormatOf(picked.toStdString()) != LyricFormat::kUltraStar) {
         return picked;
     }
     const auto audio = ultraStarAudioFile(picked.toStdString());
     return audio ? QString::fromStdString(*audio) : picked;
 }
 
+// An UltraStar song brings its own words; any other accompaniment, those
+// kept beside it.
 void MainDialog::lookForLyrics(const QString& picked, const QString& audio) {
     const QString beside = picked != audio ? picked : lyricsBeside(audio);
     if (beside.isEmpty()) {
