@@ -86,12 +86,11 @@ std::string LyricPrompt::follow(WaveCtl& player, uint32_t runStart) {
 
 bool openLyricPrompt(const SongFiles& files, std::optional<LyricPrompt>& prompt) {
     LyricChoice lyrics = chooseLyrics(files.audio, files.givenLyrics, files.songLyrics);
-    if (lyrics.refused) {
+    if (lyrics.refused || lyrics.warning) {
         std::cerr << "tunebox: " << lyrics.note << "\n";
-        return false;
-    }
-    if (lyrics.warning) {
-        std::cerr << "tunebox: " << lyrics.note << "\n";
+        if (lyrics.refused) {
+            return false;
+        }
     } else if (!lyrics.note.empty() && isatty(STDOUT_FILENO) == 1) {
         std::cout << lyrics.note << "\n";
     }

@@ -11,6 +11,11 @@ std::optional<SongFiles> songFiles(const std::string& picked, const std::string&
     if (lyricFormatOf(picked) != LyricFormat::kUltraStar) {
         return SongFiles{picked, givenLyrics, {}};
     }
+    // Asked before the song is read: a pipe would block the read for ever.
+    if (const auto problem = inputRefusal(picked)) {
+        refuse(picked, *problem, kExitBadInput);
+        return std::nullopt;
+    }
     const auto audio = ultraStarAudioFile(picked);
     if (!audio) {
         refuse(picked, "an UltraStar song that names no audio file (#MP3)", kExitBadInput);

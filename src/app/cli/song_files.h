@@ -14,7 +14,7 @@ struct SongFiles {
 };
 
 // The files for `picked`. Nothing, after one line on stderr, for an
-// UltraStar song that names no audio file.
+// UltraStar song that cannot be read or names no audio file.
 std::optional<SongFiles> songFiles(const std::string& picked, const std::string& givenLyrics);
 
 }  // namespace tunebox::cli
