@@ -101,18 +101,25 @@ class LyricPromptTiming : public ::testing::Test {
                 current = currentRow(seen.printed);
                 shown.insert(current);
             }
-            expectDue(current, seen.playedSeconds);
+            // The first fault says enough.
+            const ::testing::AssertionResult due = showsTheDueLine(current, seen.playedSeconds);
+            EXPECT_TRUE(due);
+            if (!due) {
+                break;
+            }
             between();
         }
         return shown;
     }
 
-    void expectDue(const std::string& current, double seconds) {
+    ::testing::AssertionResult showsTheDueLine(const std::string& current, double seconds) const {
         const std::string early = textOf(sheet_, dueLyricLine(sheet_, seconds - kTolerance));
         const std::string late = textOf(sheet_, dueLyricLine(sheet_, seconds + kTolerance));
-        EXPECT_TRUE(current == early || current == late)
-            << "at " << seconds << " s the rows show \"" << current << "\", not \"" << early
-            << "\"";
+        if (current == early || current == late) {
+            return ::testing::AssertionSuccess();
+        }
+        return ::testing::AssertionFailure() << "at " << seconds << " s the rows show \"" << current
+                                             << "\", not \"" << early << "\"";
     }
 
     // The lines due from `fromSeconds` to the end.
