@@ -9,10 +9,6 @@
 namespace tunebox {
 namespace {
 
-// The header of a song is at its top; a lyrics file this big is damaged
-// anyway, and the search must not stall on one.
-constexpr std::streamsize kMaxSongBytes = 16 * 1024 * 1024;
-
 std::optional<std::filesystem::path> existingBeside(const std::filesystem::path& file,
                                                     const std::string& extension) {
     std::string upper = extension;
@@ -30,10 +26,12 @@ std::optional<std::filesystem::path> existingBeside(const std::filesystem::path&
     return std::nullopt;
 }
 
+// The header of a song is at its top; a bigger file is damaged anyway, and
+// the search must not stall on one.
 std::string fileStart(const std::filesystem::path& path) {
     std::ifstream in(path, std::ios::binary);
-    std::string bytes(static_cast<std::size_t>(kMaxSongBytes), '\0');
-    in.read(bytes.data(), kMaxSongBytes);
+    std::string bytes(kMaxLyricTextBytes, '\0');
+    in.read(bytes.data(), static_cast<std::streamsize>(kMaxLyricTextBytes));
     bytes.resize(static_cast<std::size_t>(in.gcount()));
     return bytes;
 }

@@ -2,6 +2,7 @@
 // Which kind of lyrics a file holds, told by its name as singers' folders
 // name them: "Song.lrc", "Song.txt" (UltraStar), "Song.cdg" (beside Song.mp3).
 
+#include <cstddef>
 #include <optional>
 #include <string_view>
 
@@ -13,6 +14,11 @@ enum class LyricFormat { kLrc, kUltraStar, kCdg };
 
 // By the file name's extension, in any case; nothing for other files.
 std::optional<LyricFormat> lyricFormatOf(std::string_view path);
+
+// More than any timed-text lyrics file holds (a song's words and times take
+// tens of kilobytes): a bigger one is damaged or something else, and is not
+// read, since reading one of many megabytes takes seconds.
+inline constexpr std::size_t kMaxLyricTextBytes = 1024 * 1024;
 
 // Reads the bytes of a file of one of the timed-text formats (LRC or UltraStar).
 LyricReading parseLyricText(LyricFormat format, std::string_view bytes);

@@ -3,6 +3,7 @@
 #include "app/cli/input_checks.h"
 #include "app/cli/overwrite_option.h"
 #include "app/cli/source_settings.h"
+#include "core/playback_clock.h"
 #include "session/sync_note.h"
 #include "session/voice_file.h"
 
@@ -23,6 +24,7 @@ int CommandLineTake::rec(const RecordingOptions& options) {
         }
         request.track = track;
         controller_.setAccompanimentStart(options.startBytes);
+        accompanimentRunStart_ = adjustStartPosition(options.startBytes);
     }
     if (const auto problem = overwriteRefusal(options.output, options.overwrite)) {
         return failed(options.output + ": " + *problem);

@@ -46,6 +46,8 @@ class CommandLineTake final : private TakeListener {
     TakeController& controller() { return controller_; }
     CRecWav& capture() { return controller_.capture(); }
     const std::string& error() const { return error_; }
+    // Where in its file the accompaniment's run began, in bytes.
+    uint32_t accompanimentRunStart() const { return accompanimentRunStart_; }
     // The file the take records into; empty for the monitor.
     const std::string& output() const { return output_; }
     // Where the take's delay comes from, when a calibration adds to it.
@@ -67,6 +69,7 @@ class CommandLineTake final : private TakeListener {
     TakeController controller_;
     std::string error_;
     std::string output_;
+    uint32_t accompanimentRunStart_ = 0;
     std::string delayNote_;
     std::string syncNote_;
     int32_t firstLevel_ = 0;

@@ -12,12 +12,11 @@
 #include "app/cli/key_tempo_options.h"
 #include "app/cli/lyric_prompt.h"
 #include "app/cli/play_progress.h"
+#include "app/cli/song_files.h"
 #include "app/cli/source_settings.h"
 #include "app/cli/start_option.h"
 #include "app/cli/terminal_keys.h"
 #include "core/playback_clock.h"
-#include "lyrics/lyric_finder.h"
-#include "lyrics/lyric_format.h"
 #include "playback/wav_length.h"
 #include "playback/wav_refusal.h"
 #include "playback/wave_ctl.h"
@@ -34,7 +33,10 @@ struct PlayOptions {
     KeyTempo keyTempo;
 };
 
-constexpr auto kPollInterval = std::chrono::milliseconds(100);
+// The lyrics are looked at this often, so that a line changes within a
+// turn of when it is heard; the clock is rewritten every few turns.
+constexpr auto kTurn = std::chrono::milliseconds(20);
+constexpr int kTurnsPerClock = 5;
 
 // The track's preset as the dialog plays it, with the echo only when asked.
 // A plain player, not the recorder's: nothing takes copies of its blocks.
@@ -45,16 +47,13 @@ void initAsTrack(WaveCtl& player, const PlayOptions& options) {
     applyPreset(player, track);
 }
 
-// The lyrics follow the position the device has played, like the clock, so
-// they keep time with what is heard through a start position and pauses.
-void showProgress(const PlayProgress& progress, bool paused, std::optional<LyricPrompt>& lyrics) {
-    if (lyrics) {
-        std::cout << lyrics->update(double(progress.position()) / kNativeFormat.avgBytesPerSec);
-    }
+void showProgress(const PlayProgress& progress, bool paused) {
     std::cout << "\r" << progress.line(paused) << std::flush;
 }
 
 // Runs until the file ends or an interrupt comes; Space pauses and resumes.
+// The lyrics follow what the device has played, like the clock, so they keep
+// time with what is heard through a start position and pauses.
 int runPlayer(WaveCtl& player, PlayProgress& progress, std::optional<LyricPrompt>& lyrics,
               const InterruptFlag& interrupt) {
     TerminalKeys keys;
@@ -62,7 +61,7 @@ int runPlayer(WaveCtl& player, PlayProgress& progress, std::optional<LyricPrompt
     if (onTerminal && lyrics) {
         std::cout << LyricPrompt::reserveRows();
     }
-    for (;;) {
+    for (int turn = 0;; ++turn) {
         const uint32_t played = player.wavGetSongPosition();
         // The state is read after the position: a player that stopped in
         // between has closed its device, whose position reads 0.
@@ -77,10 +76,13 @@ int runPlayer(WaveCtl& player, PlayProgress& progress, std::optional<LyricPrompt
             }
             return signalExitStatus(interrupt.signal());
         }
-        if (onTerminal) {
-            showProgress(progress, player.state() == kPlayerPaused, lyrics);
+        if (onTerminal && lyrics) {
+            std::cout << lyrics->follow(player, progress.start()) << std::flush;
         }
-        if (keys.nextKey(kPollInterval) == ' ') {
+        if (onTerminal && turn % kTurnsPerClock == 0) {
+            showProgress(progress, player.state() == kPlayerPaused);
+        }
+        if (keys.nextKey(kTurn) == ' ') {
             player.wavPause(player.state() == kPlayerPlaying ? 1 : 0);
         }
     }
@@ -88,35 +90,19 @@ int runPlayer(WaveCtl& player, PlayProgress& progress, std::optional<LyricPrompt
     // short of the length; the file has been played through all the same.
     progress.finish();
     if (onTerminal) {
-        showProgress(progress, false, lyrics);
+        if (lyrics) {
+            std::cout << lyrics->update(double(progress.position()) / kNativeBytesPerSecond);
+        }
+        showProgress(progress, false);
         std::cout << "\n";
     }
     return 0;
 }
 
-// An UltraStar song picked to play stands for the audio file it names, and
-// brings its own lyrics.
-struct PlayedFiles {
-    std::string audio;
-    std::string lyrics;
-};
-
-std::optional<PlayedFiles> playedFiles(const PlayOptions& options) {
-    if (lyricFormatOf(options.path) != LyricFormat::kUltraStar) {
-        return PlayedFiles{options.path, options.lyrics};
-    }
-    const auto audio = ultraStarAudioFile(options.path);
-    if (!audio) {
-        refuse(options.path, "an UltraStar song that names no audio file (#MP3)", kExitBadInput);
-        return std::nullopt;
-    }
-    return PlayedFiles{*audio, options.lyrics.empty() ? options.path : options.lyrics};
-}
-
 int playFile(const PlayOptions& options) {
     // Caught from the start: a Ctrl-C while the file opens stops it too.
     const InterruptFlag interrupt;
-    const auto files = playedFiles(options);
+    const auto files = songFiles(options.path, options.lyrics);
     if (!files) {
         return kExitBadInput;
     }
@@ -131,17 +117,9 @@ int playFile(const PlayOptions& options) {
                   << " (" << formatSectorTime(length) << ")\n";
         return kExitBadInput;
     }
-    LyricChoice lyrics = chooseLyrics(path, files->lyrics);
-    if (lyrics.refused) {
-        std::cerr << "tunebox: " << lyrics.note << "\n";
-        return kExitBadInput;
-    }
-    if (!lyrics.note.empty() && isatty(STDOUT_FILENO) == 1) {
-        std::cout << lyrics.note << "\n";
-    }
     std::optional<LyricPrompt> prompt;
-    if (lyrics.sheet) {
-        prompt.emplace(std::move(*lyrics.sheet));
+    if (!openLyricPrompt(*files, prompt)) {
+        return kExitBadInput;
     }
     const std::shared_ptr<AudioBackend> backend = makeAudioBackendFromEnvironment();
     WaveCtl player(*backend);

@@ -5,7 +5,9 @@
 
 #include "app/cli/commands.h"
 #include "app/cli/key_tempo_options.h"
+#include "app/cli/lyric_prompt.h"
 #include "app/cli/overwrite_option.h"
+#include "app/cli/song_files.h"
 #include "app/cli/start_option.h"
 #include "app/cli/take_loop.h"
 #include "core/wave_format.h"
@@ -18,6 +20,7 @@ namespace {
 
 struct RecordArguments {
     std::string accompaniment;
+    std::string lyrics;
     std::string output;
     std::optional<int32_t> manualDelay;
     bool noEcho = false;
@@ -27,9 +30,9 @@ struct RecordArguments {
     KeyTempo keyTempo;
 };
 
-RecordingOptions optionsFrom(const RecordArguments& arguments) {
+RecordingOptions optionsFrom(const RecordArguments& arguments, const std::string& accompaniment) {
     RecordingOptions options;
-    options.accompaniment = arguments.accompaniment;
+    options.accompaniment = accompaniment;
     options.output = arguments.output;
     options.echo = arguments.noEcho ? 0 : 1;
     options.overwrite = arguments.overwrite;
@@ -52,16 +55,27 @@ RecordingOptions optionsFrom(const RecordArguments& arguments) {
 
 int record(const RecordArguments& arguments) {
     const InterruptFlag interrupt;
+    // An UltraStar song sung over plays its audio file; the lyrics are chosen
+    // (or refused) before anything starts, and only ever shown.
+    std::optional<SongFiles> files = SongFiles{};
+    std::optional<LyricPrompt> lyrics;
+    if (!arguments.accompaniment.empty()) {
+        files = songFiles(arguments.accompaniment, arguments.lyrics);
+        if (!files || !openLyricPrompt(*files, lyrics)) {
+            return kExitBadInput;
+        }
+    }
     const std::shared_ptr<AudioBackend> backend = makeAudioBackendFromEnvironment();
     CommandLineTake take(*backend);
-    if (!take.rec(optionsFrom(arguments))) {
+    if (!take.rec(optionsFrom(arguments, files->audio))) {
         std::cerr << "tunebox: " << take.error() << '\n';
         return kExitBadInput;
     }
     if (!take.delayNote().empty()) {
         std::cout << "tunebox: " << take.delayNote() << std::endl;
     }
-    const int status = runTake(take, !arguments.accompaniment.empty(), interrupt);
+    const int status =
+        runTake(take, !arguments.accompaniment.empty(), interrupt, lyrics ? &*lyrics : nullptr);
     uint32_t length = 0;
     if (wavGetLength(arguments.output, length) == 1) {
         std::cout << arguments.output << ": " << formatSectorTime(length) << " recorded";
@@ -92,9 +106,15 @@ void registerRecordCommand(CLI::App& app, int& status) {
     auto* command =
         app.add_subcommand("record", "Record the voice over an accompaniment (Ctrl-C stops)");
     auto arguments = std::make_shared<RecordArguments>();
-    command->add_option("--accompaniment", arguments->accompaniment,
-                        "Audio file to sing over (WAV, MP3, FLAC, Ogg, ...); without it the voice "
-                        "is recorded alone");
+    auto* accompaniment = command->add_option(
+        "--accompaniment", arguments->accompaniment,
+        "Audio file (WAV, MP3, FLAC, Ogg, ...) or UltraStar .txt to sing over; without it the "
+        "voice is recorded alone");
+    command
+        ->add_option("--lyrics", arguments->lyrics,
+                     "The lyrics to show (.lrc or UltraStar .txt); by default the one beside the "
+                     "accompaniment under the same name")
+        ->needs(accompaniment);
     command->add_option("--output", arguments->output, "The take, a WAV file")->required();
     command->add_option("--manual-delay", arguments->manualDelay,
                         "Voice bytes to drop instead of the measured delay");

@@ -1,11 +1,17 @@
 #include "app/cli/lyric_prompt.h"
 
+#include <unistd.h>
+
+#include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 
+#include "app/cli/input_checks.h"
 #include "lyrics/lyric_finder.h"
 #include "lyrics/lyric_format.h"
 #include "lyrics/lyric_timing.h"
+#include "playback/heard_position.h"
 
 namespace tunebox::cli {
 namespace {
@@ -16,11 +22,16 @@ constexpr const char* kClearRow = "\033[K";
 constexpr const char* kDim = "\033[2m";
 constexpr const char* kPlain = "\033[0m";
 
+constexpr std::size_t kMegabyte = 1024 * 1024;
+
 }  // namespace
 
-LyricChoice chooseLyrics(const std::string& accompaniment, const std::string& explicitPath) {
-    const bool given = !explicitPath.empty();
-    const std::optional<std::string> path = given ? explicitPath : findLyricsFor(accompaniment);
+LyricChoice chooseLyrics(const std::string& accompaniment, const std::string& givenPath,
+                         const std::string& songPath) {
+    const bool given = !givenPath.empty();
+    const std::optional<std::string> path = given              ? givenPath
+                                            : songPath.empty() ? findLyricsFor(accompaniment)
+                                                               : songPath;
     if (!path) {
         return {};
     }
@@ -30,6 +41,18 @@ LyricChoice chooseLyrics(const std::string& accompaniment, const std::string& ex
     }
     if (*format == LyricFormat::kCdg) {
         return {std::nullopt, *path + ": CD+G graphics are not drawn on a terminal", false};
+    }
+    // A pipe or a device named with --lyrics would block the read for ever.
+    if (const auto problem = given ? inputRefusal(*path) : std::nullopt) {
+        return {std::nullopt, *path + ": " + *problem, true};
+    }
+    std::error_code error;
+    const auto size = std::filesystem::file_size(*path, error);
+    if (!error && size > kMaxLyricTextBytes) {
+        return {std::nullopt,
+                *path + ": too big for lyrics (over " +
+                    std::to_string(kMaxLyricTextBytes / kMegabyte) + " MB); playing without them",
+                false, true};
     }
     std::ifstream in(*path, std::ios::binary);
     if (!in) {
@@ -54,6 +77,27 @@ std::string LyricPrompt::update(double seconds) {
     const std::string after = next < sheet_.lines.size() ? sheet_.lines[next].text : "";
     return std::string(kUpTwoRows) + kClearRow + current + "\n" + kClearRow + kDim + after +
            kPlain + "\n";
+}
+
+std::string LyricPrompt::follow(WaveCtl& player, uint32_t runStart) {
+    const std::optional<double> heard = heardSongSeconds(player, runStart);
+    return heard ? update(*heard) : std::string{};
+}
+
+bool openLyricPrompt(const SongFiles& files, std::optional<LyricPrompt>& prompt) {
+    LyricChoice lyrics = chooseLyrics(files.audio, files.givenLyrics, files.songLyrics);
+    if (lyrics.refused || lyrics.warning) {
+        std::cerr << "tunebox: " << lyrics.note << "\n";
+        if (lyrics.refused) {
+            return false;
+        }
+    } else if (!lyrics.note.empty() && isatty(STDOUT_FILENO) == 1) {
+        std::cout << lyrics.note << "\n";
+    }
+    if (lyrics.sheet) {
+        prompt.emplace(std::move(*lyrics.sheet));
+    }
+    return true;
 }
 
 }  // namespace tunebox::cli

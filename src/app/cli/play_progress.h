@@ -22,6 +22,9 @@ class PlayProgress {
     // The whole file has been played.
     void finish() { position_ = length_; }
 
+    // Where in the file the run began, in native-PCM bytes.
+    uint32_t start() const { return start_; }
+
     // Where in the file the device is, in native-PCM bytes.
     uint32_t position() const { return position_; }
 

@@ -60,10 +60,20 @@ std::string levelBars(int32_t first, int32_t second) {
     return "L " + bar(first) + "  R " + bar(second);
 }
 
-int runTake(CommandLineTake& take, bool showDelay, const InterruptFlag& interrupt) {
+int runTake(CommandLineTake& take, bool showDelay, const InterruptFlag& interrupt,
+            LyricPrompt* lyrics) {
     const bool terminal = ::isatty(STDOUT_FILENO) == 1;
+    if (terminal && lyrics) {
+        std::cout << LyricPrompt::reserveRows();
+    }
     for (int turn = 1; keepsRunning(take, interrupt); ++turn) {
         take.runFor(kTurn);
+        // Every turn, so that a line changes within a turn of being heard.
+        if (terminal && lyrics) {
+            std::cout << lyrics->follow(take.controller().accompanimentPlayer(),
+                                        take.accompanimentRunStart())
+                      << std::flush;
+        }
         if (turn % kTurnsPerTick != 0) {
             continue;
         }

@@ -1,0 +1,20 @@
+#pragma once
+// Where in the song the singer is. The player reads its file a ring of
+// buffers ahead of what the device plays, so anything that must keep time
+// with what is heard (lyrics, above all) asks the device how much it has
+// played, never the player where it has read to.
+
+#include <cstdint>
+#include <optional>
+
+#include "playback/wave_ctl.h"
+
+namespace tunebox {
+
+// Seconds from the start of the accompaniment of the sound `player` plays
+// now, its current run having begun at byte `runStart` of the file (as
+// adjustStartPosition gives it). It holds still through a pause. Nothing
+// once the player has stopped: its closed device no longer knows.
+std::optional<double> heardSongSeconds(WaveCtl& player, uint32_t runStart);
+
+}  // namespace tunebox
