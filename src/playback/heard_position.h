@@ -11,10 +11,13 @@
 
 namespace tunebox {
 
-// Seconds from the start of the accompaniment of the sound `player` plays
-// now, its current run having begun at byte `runStart` of the file (as
-// adjustStartPosition gives it). It holds still through a pause. Nothing
-// once the player has stopped: its closed device no longer knows.
+// The byte of the accompaniment whose sound `player` plays now, its current
+// run having begun at byte `runStart` of the file (as adjustStartPosition
+// gives it). It holds still through a pause. Nothing once the player has
+// stopped: its closed device no longer knows.
+std::optional<uint32_t> heardSongPosition(WaveCtl& player, uint32_t runStart);
+
+// The same in seconds from the start of the accompaniment.
 std::optional<double> heardSongSeconds(WaveCtl& player, uint32_t runStart);
 
 }  // namespace tunebox

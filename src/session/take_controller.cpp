@@ -5,6 +5,7 @@
 #include "core/ling_buffer.h"
 #include "core/playback_clock.h"
 #include "core/wave_format.h"
+#include "playback/heard_position.h"
 #include "playback/wav_length.h"
 #include "session/accompaniment_player.h"
 #include "session/position_time.h"
@@ -217,8 +218,10 @@ void TakeController::refresh(TakePlayer player) {
 // player's own clock rounds to whole seconds and so reads up to a second
 // ahead, which PAUSE would keep and PLAY skip.
 uint32_t TakeController::accompanimentHeard() {
-    if (accompaniment_.state != kIdle && accompanimentPlayer_.state() != kPlayerStopped) {
-        return accompanimentRunStart_ + accompanimentPlayer_.wavGetSongPosition();
+    if (accompaniment_.state != kIdle) {
+        if (const auto heard = heardSongPosition(accompanimentPlayer_, accompanimentRunStart_)) {
+            return *heard;
+        }
     }
     return accompaniment_.position;
 }

@@ -9,11 +9,8 @@
 namespace tunebox::gui {
 namespace {
 
-// Larger files are not lyrics, and reading them would hold the window up
-// (100 MB of text takes about a second to parse). The largest lyrics text
-// runs to tens of kilobytes; CD+G takes 7,200 bytes a second, so a two-hour
-// stream fits.
-constexpr qint64 kLargestLyricsText = 4 << 20;
+// Larger CD+G files are not lyrics, and reading them would hold the window
+// up. CD+G takes 7,200 bytes a second, so a two-hour stream fits.
 constexpr qint64 kLargestCdg = 64 << 20;
 
 }  // namespace
@@ -31,7 +28,7 @@ LyricsReading readSongLyrics(const QString& path) {
     if (!file.open(QIODevice::ReadOnly)) {
         return said(QT_TRANSLATE_NOOP("SongLyrics", "The lyrics file cannot be read"));
     }
-    if (file.size() > (*format == LyricFormat::kCdg ? kLargestCdg : kLargestLyricsText)) {
+    if (file.size() > (*format == LyricFormat::kCdg ? kLargestCdg : qint64{kMaxLyricTextBytes})) {
         return said(QT_TRANSLATE_NOOP("SongLyrics", "The file is too large to be lyrics"));
     }
     const QByteArray bytes = file.readAll();
