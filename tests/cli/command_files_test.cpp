@@ -1,7 +1,8 @@
 // Files in and files out as a user meets them: a command never writes over
 // its own input, never leaves a half-written file in place of a good one,
 // refuses what it cannot read (a pipe without a writer, a missing file, a
-// file without audio) in one line, and writes a WAV to standard output.
+// file without audio) in one line, and writes a WAV to standard output or a
+// device without asking for --overwrite.
 
 #include <gtest/gtest.h>
 
@@ -147,6 +148,8 @@ TEST_F(CommandFilesTest, StandardOutputGetsTheWaveAndStderrTheStatus) {
         EXPECT_EQ(test::loadLe32At(wav, 40), wav.size() - 44);
     }
     expectOnly({"song.wav", "song.mp3", "out.wav"});
+    // A device is written to, not refused as an existing file.
+    EXPECT_EQ(runScript("exec \"$TUNEBOX\" decode song.mp3 /dev/null").status, 0);
 }
 
 }  // namespace
