@@ -4,11 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 
 #include "mp3/decoder/mpeg_audio_decoder.h"
-#include "support/pcm_comparison.h"
 #include "support/mpg123_reference.h"
+#include "support/pcm_comparison.h"
 #include "support/temp_dir.h"
 #include "support/tool_fixture.h"
 
@@ -41,6 +42,10 @@ struct EncodedCase {
     const char* material = kLayer3Material;
     double rmsBound = 0.05;
 };
+
+void PrintTo(const EncodedCase& c, std::ostream* out) {
+    *out << c.name;
+}
 
 // Layer II is held to its 1 LSB bound alone.
 constexpr double kNoRmsBound = 1.0;
