@@ -102,7 +102,9 @@ TEST_F(CommandFilesTest, APipeWithoutAWriterIsRefusedAtOnce) {
 
 TEST_F(CommandFilesTest, DecodeAndFxNameTheSameCauseAsInfo) {
     ASSERT_EQ(runScript("echo not audio >junk.wav; mkdir folder.wav").status, 0);
-    for (const std::string input : {"missing.wav", "junk.wav", "folder.wav"}) {
+    const test::Bytes whole = test::nativeWave(test::Bytes(400));
+    test::writeFile(dir() / "cut.wav", test::Bytes(whole.begin(), whole.end() - 3));
+    for (const std::string input : {"missing.wav", "junk.wav", "folder.wav", "cut.wav"}) {
         SCOPED_TRACE(input);
         const auto info = runScript("exec \"$TUNEBOX\" info " + input);
         const auto decode = runScript("exec \"$TUNEBOX\" decode " + input + " out.wav");
@@ -118,6 +120,7 @@ TEST_F(CommandFilesTest, DecodeAndFxNameTheSameCauseAsInfo) {
                                   "--output take.wav");
     EXPECT_EQ(record.status, 2);
     EXPECT_EQ(record.err, "tunebox: missing.wav: no such file\n");
+    expectOnly({"junk.wav", "folder.wav", "cut.wav"});
 }
 
 TEST_F(CommandFilesTest, AFileWithoutAudioIsRefusedByEveryCommandThatPlaysIt) {
