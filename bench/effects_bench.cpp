@@ -10,35 +10,16 @@
 #include <iterator>
 #include <vector>
 
-#include "effects/effect_chain.h"
-#include "effects/equalizer_stage.h"
-#include "core/wave_format.h"
+#include "bench_signals.h"
 
 namespace tunebox {
 namespace {
 
-constexpr int kRate = 44100;
 constexpr uint32_t kBlockBytes = kEngineBlockBytes;
 constexpr BandValues kShapedBands{16, 20, 24, 28, 30, 26, 22, 18, 14, 24};
 
-std::vector<int16_t> noise(std::size_t samples) {
-    std::vector<int16_t> result(samples);
-    uint32_t seed = 12345;
-    for (auto& sample : result) {
-        seed = seed * 1664525u + 1013904223u;
-        sample = static_cast<int16_t>(static_cast<int32_t>(seed >> 16) % 16001 - 8000);
-    }
-    return result;
-}
-
 EffectControl makeControl(bool equaliser, bool reverb) {
-    EffectControl ctl;
-    ctl.blockSize = kBlockBytes;
-    ctl.level = 100;
-    fltEqualizerInit(ctl, kShapedBands, kRate);
-    ctl.equaliserFlag = equaliser ? 1 : 0;
-    ctl.reverbFlag = reverb ? 1 : 0;
-    return ctl;
+    return bench::chainControl(kShapedBands, equaliser, reverb);
 }
 
 void setRealTimeCounter(benchmark::State& state, std::size_t bytesPerIteration) {
@@ -67,7 +48,7 @@ void runOverBlocks(benchmark::State& state, const std::vector<int16_t>& source, 
 }
 
 const std::vector<int16_t>& tenSecondsOfNoise() {
-    static const std::vector<int16_t> samples = noise(10 * kNativeBytesPerSecond / 2);
+    static const std::vector<int16_t> samples = bench::noise(10 * kNativeBytesPerSecond / 2);
     return samples;
 }
 

@@ -10,8 +10,7 @@
 #include <chrono>
 #include <vector>
 
-#include "core/wave_format.h"
-#include "effects/effect_chain.h"
+#include "bench_signals.h"
 #include "effects/key_tempo_stage.h"
 
 namespace tunebox {
@@ -20,19 +19,9 @@ namespace {
 constexpr uint32_t kSeconds = 10;
 constexpr uint32_t kBlockFrames = kEngineBlockBytes / kNativeFrameBytes;
 
-std::vector<int16_t> noise(std::size_t samples) {
-    std::vector<int16_t> result(samples);
-    uint32_t seed = 12345;
-    for (auto& sample : result) {
-        seed = seed * 1664525u + 1013904223u;
-        sample = static_cast<int16_t>(static_cast<int32_t>(seed >> 16) % 16001 - 8000);
-    }
-    return result;
-}
-
 const std::vector<int16_t>& song() {
     static const std::vector<int16_t> samples =
-        noise(std::size_t{kSeconds} * kNativeSampleRate * 2);
+        bench::noise(std::size_t{kSeconds} * kNativeSampleRate * 2);
     return samples;
 }
 
@@ -97,13 +86,9 @@ BENCHMARK(StageOverSong)
 
 // The peer: the echo and equaliser over the same song in engine blocks.
 void ChainOverSong(benchmark::State& state) {
-    EffectControl ctl;
-    ctl.blockSize = kEngineBlockBytes;
-    ctl.level = 100;
     BandValues bands;
     bands.fill(kFlatBandValue);
-    fltEqualizerInit(ctl, bands, kNativeSampleRate);
-    ctl.equaliserFlag = ctl.reverbFlag = 1;
+    EffectControl ctl = bench::chainControl(bands, true, true);
     std::vector<int16_t> work = song();
     const auto began = std::chrono::steady_clock::now();
     for (auto _ : state) {

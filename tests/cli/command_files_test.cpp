@@ -1,7 +1,8 @@
 // Files in and files out as a user meets them: a command never writes over
 // its own input, never leaves a half-written file in place of a good one,
 // refuses what it cannot read (a pipe without a writer, a missing file, a
-// file without audio) in one line, and writes a WAV to standard output.
+// file without audio) in one line, and writes a WAV to standard output or a
+// device without asking for --overwrite.
 
 #include <gtest/gtest.h>
 
@@ -101,7 +102,9 @@ TEST_F(CommandFilesTest, APipeWithoutAWriterIsRefusedAtOnce) {
 
 TEST_F(CommandFilesTest, DecodeAndFxNameTheSameCauseAsInfo) {
     ASSERT_EQ(runScript("echo not audio >junk.wav; mkdir folder.wav").status, 0);
-    for (const std::string input : {"missing.wav", "junk.wav", "folder.wav"}) {
+    const test::Bytes whole = test::nativeWave(test::Bytes(400));
+    test::writeFile(dir() / "cut.wav", test::Bytes(whole.begin(), whole.end() - 3));
+    for (const std::string input : {"missing.wav", "junk.wav", "folder.wav", "cut.wav"}) {
         SCOPED_TRACE(input);
         const auto info = runScript("exec \"$TUNEBOX\" info " + input);
         const auto decode = runScript("exec \"$TUNEBOX\" decode " + input + " out.wav");
@@ -117,6 +120,7 @@ TEST_F(CommandFilesTest, DecodeAndFxNameTheSameCauseAsInfo) {
                                   "--output take.wav");
     EXPECT_EQ(record.status, 2);
     EXPECT_EQ(record.err, "tunebox: missing.wav: no such file\n");
+    expectOnly({"junk.wav", "folder.wav", "cut.wav"});
 }
 
 TEST_F(CommandFilesTest, AFileWithoutAudioIsRefusedByEveryCommandThatPlaysIt) {
@@ -147,6 +151,8 @@ TEST_F(CommandFilesTest, StandardOutputGetsTheWaveAndStderrTheStatus) {
         EXPECT_EQ(test::loadLe32At(wav, 40), wav.size() - 44);
     }
     expectOnly({"song.wav", "song.mp3", "out.wav"});
+    // A device is written to, not refused as an existing file.
+    EXPECT_EQ(runScript("exec \"$TUNEBOX\" decode song.mp3 /dev/null").status, 0);
 }
 
 }  // namespace

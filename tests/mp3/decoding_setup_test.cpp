@@ -10,7 +10,7 @@
 #include <string>
 
 #include "mp3/decoder/mpeg_audio_decoder.h"
-#include "pcm_comparison.h"
+#include "support/pcm_comparison.h"
 #include "support/signal_measure.h"
 #include "support/temp_dir.h"
 #include "support/tool_fixture.h"

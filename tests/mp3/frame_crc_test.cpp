@@ -10,8 +10,8 @@
 #include "mp3/decoder/frame_crc.h"
 #include "mp3/decoder/layer3_side_info.h"
 #include "mp3/decoder/mpeg_audio_decoder.h"
-#include "pcm_comparison.h"
 #include "stream_frames.h"
+#include "support/pcm_comparison.h"
 #include "support/temp_dir.h"
 #include "support/tool_fixture.h"
 

@@ -8,9 +8,9 @@
 #include <string>
 
 #include "mp3/decoder/mpeg_audio_decoder.h"
-#include "pcm_comparison.h"
 #include "support/layer1_stream_writer.h"
 #include "support/mpg123_reference.h"
+#include "support/pcm_comparison.h"
 
 namespace tunebox {
 namespace {

@@ -7,8 +7,8 @@
 #include <string>
 
 #include "mp3/decoder/mpeg_audio_decoder.h"
-#include "pcm_comparison.h"
 #include "stream_frames.h"
+#include "support/pcm_comparison.h"
 
 namespace tunebox {
 namespace {

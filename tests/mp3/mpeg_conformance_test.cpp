@@ -6,7 +6,7 @@
 #include <string>
 
 #include "mp3/decoder/mpeg_audio_decoder.h"
-#include "pcm_comparison.h"
+#include "support/pcm_comparison.h"
 
 namespace tunebox {
 namespace {

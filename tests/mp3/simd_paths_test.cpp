@@ -9,7 +9,7 @@
 
 #include "mp3/decoder/mpeg_audio_decoder.h"
 #include "mp3/decoder/simd_path.h"
-#include "pcm_comparison.h"
+#include "support/pcm_comparison.h"
 #include "support/temp_dir.h"
 #include "support/tool_fixture.h"
 

@@ -7,8 +7,8 @@
 
 #include <string>
 
-#include "pcm_comparison.h"
 #include "support/mpg123_reference.h"
+#include "support/pcm_comparison.h"
 #include "support/scoped_environment.h"
 #include "support/source_reading.h"
 #include "support/temp_dir.h"

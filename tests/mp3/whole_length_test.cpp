@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "mp3/pcm_comparison.h"
 #include "support/command_runner.h"
+#include "support/pcm_comparison.h"
 #include "support/riff_bytes.h"
 #include "support/scoped_environment.h"
 #include "support/source_reading.h"
