@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <filesystem>
 
 #include "support/command_runner.h"
@@ -21,16 +20,15 @@ class RefusedInputTest : public ::testing::Test {
     void SetUp() override { setenv("TUNEBOX_AUDIO", "virtual", 1); }
     void TearDown() override { unsetenv("TUNEBOX_AUDIO"); }
 
-    // Runs each command on `path`, expecting the refusal within a second.
+    // Runs each command on `path`, expecting the same one-line refusal and
+    // nothing written.
     void expectRefusedEverywhere(const std::string& path, const std::string& reason) {
         const std::string quoted = "'" + path + "'";
         const std::string output = (dir_ / "out.wav").string();
         for (const std::string& command :
              {"info " + quoted, "decode " + quoted + " '" + output + "'", "play " + quoted}) {
             SCOPED_TRACE(command);
-            const auto started = std::chrono::steady_clock::now();
             const test::RunResult run = test::runTunebox(dir_, command);
-            EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(1));
             EXPECT_EQ(run.status, 2);
             EXPECT_EQ(run.out, "");
             EXPECT_EQ(run.err, "tunebox: " + path + ": " + reason + "\n");
