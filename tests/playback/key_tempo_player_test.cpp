@@ -12,6 +12,7 @@
 #include "playback/wave_ctl.h"
 #include "support/loopback_listener.h"
 #include "support/player_support.h"
+#include "support/signal_measure.h"
 #include "support/temp_dir.h"
 #include "support/test_files.h"
 #include "support/tone.h"
@@ -50,19 +51,6 @@ std::vector<int16_t> samplesOf(const std::vector<uint8_t>& bytes, std::size_t fr
     return samples;
 }
 
-std::size_t longestSilence(const std::vector<uint8_t>& bytes) {
-    std::size_t longest = 0;
-    std::size_t run = 0;
-    for (std::size_t at = 0; at + 4 <= bytes.size(); at += 4) {
-        const bool silent = std::all_of(bytes.begin() + static_cast<std::ptrdiff_t>(at),
-                                        bytes.begin() + static_cast<std::ptrdiff_t>(at + 4),
-                                        [](uint8_t byte) { return byte == 0; });
-        run = silent ? run + 1 : 0;
-        longest = std::max(longest, run);
-    }
-    return longest;
-}
-
 // Two semitones up, then three down while the device plays: the stream
 // never falls silent, and each part is at its own pitch.
 TEST_F(KeyTempoPlayerTest, MovingTheKeyWhilePlayingLeavesNoGap) {
@@ -79,7 +67,7 @@ TEST_F(KeyTempoPlayerTest, MovingTheKeyWhilePlayingLeavesNoGap) {
     ASSERT_TRUE(waitUntil([&] { return player.wavIsStopped() == 1; }));
     const auto heard = listener.heard();
     ASSERT_GT(heard.size(), 5 * kNativeBytesPerSecond);
-    EXPECT_LE(longestSilence(heard), kOneMs);
+    EXPECT_LE(test::longestSilence(heard), kOneMs);
     EXPECT_NEAR(test::leftFrequency(samplesOf(heard, kNativeSampleRate / 2, kNativeSampleRate)),
                 493.88, 2.5);
     EXPECT_NEAR(test::leftFrequency(samplesOf(heard, 4 * kNativeSampleRate, kNativeSampleRate / 2)),
@@ -152,9 +140,9 @@ TEST_F(KeyTempoPlayerTest, LeavingNeutralAndComingBackLeavesNoGapAndEndsBitExact
     player.wavSetKeyTempo({});
     ASSERT_TRUE(waitUntil([&] { return player.wavIsStopped() == 1; }));
 
-    EXPECT_LE(longestSilence(listener.heard()), kOneMs);
+    EXPECT_LE(test::longestSilence(listener.heard()), kOneMs);
     const auto given = device.bytes();
-    EXPECT_LE(longestSilence(given), kOneMs);
+    EXPECT_LE(test::longestSilence(given), kOneMs);
     // The first block went out before any move, the last long after the
     // tail: both are the file's own bytes.
     const auto blocks = device.blocks();

@@ -25,6 +25,7 @@
 #include "app/gui/control_ids.h"
 #include "app/gui/export_dialog.h"
 #include "app/gui/image_button.h"
+#include "app/gui/key_tempo_controls.h"
 #include "app/gui/level_meter.h"
 #include "platform/settings.h"
 #include "session/position_time.h"
@@ -177,6 +178,7 @@ void MainDialog::createControls() {
     meter_ = named(new LevelMeter(this), kMeterFrame);
     meter_->setToolTip(tr("Microphone level"));
     clipLight_ = named(new ClipLight(this), kClipLight);
+    createKeyTempoControls();
 
     setUpImageButtons();
 
@@ -312,6 +314,7 @@ void MainDialog::layOutControls() {
     page->addLayout(karaokeFile);
     page->addLayout(karaokeTransport);
     page->addWidget(karaokeTrackbar_);
+    page->addWidget(keyTempoControls_);
     page->addSpacing(6);
     page->addLayout(recordedFile);
     page->addLayout(recorderTransport);

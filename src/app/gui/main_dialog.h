@@ -23,6 +23,7 @@ namespace tunebox::gui {
 
 class ClipLight;
 class ImageButton;
+class KeyTempoControls;
 class LevelMeter;
 
 class MainDialog : public QDialog, private TakeListener {
@@ -87,6 +88,10 @@ class MainDialog : public QDialog, private TakeListener {
     void showAbout();
     void showHelp();
     void trackbarScrolled(TakePlayer player, TrackbarScroll kind, int value);
+    void createKeyTempoControls();
+    void keyTempoMoved();
+    void recallKeyTempoFor(const std::string& path);
+    void moveKeyTempo(TrackEntry& entry) const;
     std::optional<TrackEntry> currentTrack() const;
     bool playersIdle() const;
     bool takeRunning() const;
@@ -175,6 +180,9 @@ class MainDialog : public QDialog, private TakeListener {
     QLabel* playbackStartLabel_ = nullptr;
     LevelMeter* meter_ = nullptr;
     ClipLight* clipLight_ = nullptr;
+    KeyTempoControls* keyTempoControls_ = nullptr;
+    // The settings' switch: each song keeps the key and tempo it was sung in.
+    bool rememberKeyTempo_ = true;
 };
 
 }  // namespace tunebox::gui
