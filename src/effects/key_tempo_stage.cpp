@@ -10,6 +10,15 @@ constexpr uint32_t kChunkFrames = 1024;
 constexpr uint32_t kChannels = 2;
 constexpr float kFullScale = 32768.0f;
 
+// A source that has ended: the stretcher is told so and lets go of its tail.
+class EndedInput final : public StageInput {
+  public:
+    uint32_t readFrames(int16_t*, uint32_t, bool& ended) override {
+        ended = true;
+        return 0;
+    }
+};
+
 int16_t toSample(float value) {
     const float scaled = std::nearbyint(value * kFullScale);
     return static_cast<int16_t>(std::clamp(scaled, -kFullScale, kFullScale - 1.0f));
@@ -100,6 +109,11 @@ StageOutput KeyTempoStage::render(StageInput& input, int16_t* out, uint32_t fram
     // The final chunk may leave the tail in the stretcher: it comes out with
     // the next call, and the run ends only once that is drained.
     return {written, inputEnded_ && stretcher_.available() == 0};
+}
+
+StageOutput KeyTempoStage::finish(int16_t* out, uint32_t frames) {
+    EndedInput ended;
+    return render(ended, out, frames);
 }
 
 }  // namespace tunebox

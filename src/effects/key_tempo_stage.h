@@ -46,6 +46,11 @@ class KeyTempoStage {
     // Fills `out` with `frames` frames unless the input ends first.
     StageOutput render(StageInput& input, int16_t* out, uint32_t frames);
 
+    // Ends the run where the source stands: what the stretcher still holds
+    // comes out, up to `frames` frames a call, as at the source's end; ended
+    // once all of it is out. The source can then be read past the stage.
+    StageOutput finish(int16_t* out, uint32_t frames);
+
     // Output frames the stretcher holds back behind its input.
     uint32_t delayFrames() const { return stretcher_.startDelay(); }
 

@@ -35,6 +35,10 @@ struct PlayerSettings {
     WaveFormat format = kNativeFormat;
     // Anything but neutral puts the key and tempo stage before the effects.
     KeyTempo keyTempo{};
+    // The key and tempo will be moved while playing: the stage is made now
+    // even for a neutral start, as no memory may be taken once audio flows.
+    // At neutral it is bypassed all the same.
+    bool keyTempoMayMove = false;
 };
 
 }  // namespace tunebox

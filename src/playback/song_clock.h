@@ -1,46 +1,46 @@
 #pragma once
 // Song time from device time. At a tempo other than 100 % a second of the
 // device is not a second of the song: at 80 % the device plays 75 s while
-// the song moves on by 60. The clock counts device bytes of each stretch of
-// constant tempo at that tempo. A change of tempo is counted from the moment
-// it is made, though the device plays the blocks already filled (under a
-// second) at the old one: the display is off by that little until the run
-// restarts.
+// the song moves on by 60. Each block handed to the device is noted with the
+// tempo it was made at, so a played byte maps to the song position it came
+// from even while blocks made before a change of tempo are still playing.
+//
+// The notes live in a fixed ring: nothing is allocated while audio flows.
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
-
-#include "effects/key_tempo.h"
 
 namespace tunebox {
 
 class SongClock {
   public:
-    // A device run begins at device byte 0.
-    void startRun(int tempoPercent) {
-        deviceAnchor_ = 0;
-        songAnchor_ = 0;
-        tempoPercent_ = tempoPercent;
-    }
+    // A device run begins at device byte 0, before its first block.
+    void startRun();
 
-    void changeTempo(uint32_t deviceBytes, int tempoPercent) {
-        songAnchor_ = songBytes(deviceBytes);
-        deviceAnchor_ = deviceBytes;
-        tempoPercent_ = tempoPercent;
-    }
+    // The next block of the run: `deviceBytes` long, made at `tempoPercent`.
+    void addBlock(uint32_t deviceBytes, int tempoPercent);
 
     // Song bytes played in this run for `deviceBytes` played by the device.
-    uint32_t songBytes(uint32_t deviceBytes) const {
-        if (deviceBytes < deviceAnchor_) {
-            return songAnchor_;
-        }
-        const uint64_t sinceChange = deviceBytes - deviceAnchor_;
-        return songAnchor_ + static_cast<uint32_t>(sinceChange * tempoPercent_ / kFullTempo);
-    }
+    uint32_t songBytes(uint32_t deviceBytes) const;
 
   private:
-    uint32_t deviceAnchor_ = 0;
-    uint32_t songAnchor_ = 0;
-    int tempoPercent_ = kFullTempo;
+    struct Block {
+        uint64_t deviceStart = 0;
+        // Song bytes before the block, times 100, so that no rounding adds up.
+        uint64_t songStartHundredths = 0;
+        uint32_t bytes = 0;
+        int tempoPercent = 0;
+    };
+
+    // Far more than the device ever holds at once: the oldest are long
+    // played when they are overwritten.
+    static constexpr std::size_t kBlocks = 64;
+
+    std::array<Block, kBlocks> blocks_{};
+    std::size_t count_ = 0;  // blocks noted in this run, overwritten ones too
+    uint64_t deviceEnd_ = 0;
+    uint64_t songEndHundredths_ = 0;
 };
 
 }  // namespace tunebox

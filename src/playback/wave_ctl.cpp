@@ -57,7 +57,8 @@ void WaveCtl::wavInit(const PlayerSettings& settings) {
     ctl_.levelFlag = settings.levelFlag;
     ctl_.playRange = settings.playRange;
     fltEqualizerInit(ctl_, settings.bands, static_cast<int>(outputFormat_.samplesPerSec));
-    if (!settings.keyTempo.neutral()) {
+    keyTempoWanted_ = settings.keyTempo;
+    if (!settings.keyTempo.neutral() || settings.keyTempoMayMove) {
         keyTempo_ = std::make_unique<KeyTempoStage>(settings.keyTempo, outputFormat_.samplesPerSec);
     }
 }
@@ -70,6 +71,7 @@ void WaveCtl::releaseResources() {
     bufferCount_ = 0;
     fltEqualizerFree(ctl_);
     keyTempo_.reset();
+    stageInUse_ = stageDraining_ = false;
 }
 
 void WaveCtl::resetBlock() {
@@ -84,6 +86,8 @@ void WaveCtl::resetBlock() {
     runStartPosition_ = seekPosition_ = readPosition_ = 0;
     length_ = 0;
     baseSeconds_ = 0;
+    keyTempoWanted_ = KeyTempo{};
+    songClock_.startRun();
 }
 
 // A failed block leaves the player with the buffers it got: with fewer than
@@ -134,7 +138,6 @@ int WaveCtl::wavPlay() {
         writeSlot(*slot);
     }
     baseSeconds_ = 0;
-    songClock_.startRun(keyTempo_ ? keyTempo_->settings().tempoPercent : kFullTempo);
     drained_ = 0;
     state_ = kPlayerPlaying;
     device_->restart();
@@ -397,16 +400,37 @@ void WaveCtl::wavSetPlayRange(const PlayRange& range) {
     });
 }
 
+// The stage is started afresh only where the source stands and nothing of
+// it is held back; a tail still playing out keeps its neutral settings and
+// the new ones wait for it.
 void WaveCtl::wavSetKeyTempo(const KeyTempo& keyTempo) {
     whileRunning([&] {
         if (!keyTempo_) {
             return;
         }
-        if (keyTempo.tempoPercent != keyTempo_->settings().tempoPercent) {
-            songClock_.changeTempo(wavGetDevicePosition(), keyTempo.tempoPercent);
+        keyTempoWanted_ = keyTempo;
+        if (stageDraining_) {
+            return;
+        }
+        if (keyTempo.neutral()) {
+            if (stageInUse_) {
+                keyTempo_->set(keyTempo);
+                stageInUse_ = false;
+                stageDraining_ = true;
+            }
+            return;
         }
         keyTempo_->set(keyTempo);
+        if (!stageInUse_) {
+            keyTempo_->start();
+            stageInUse_ = true;
+        }
     });
+}
+
+KeyTempo WaveCtl::wavGetKeyTempo() const {
+    std::lock_guard guard(lock_);
+    return keyTempo_ ? keyTempoWanted_ : KeyTempo{};
 }
 
 int WaveCtl::wavHasOutputDevice() const {

@@ -111,10 +111,13 @@ class WaveCtl {
     void wavSetRoomSize(int32_t tenths);
     void wavSetDamping(int32_t tenths);
     void wavSetWidth(int32_t tenths);
-    // New key and tempo for a player set up with a key or tempo of its own;
-    // applied from the next block filled, without a gap. A player set up
-    // neutral has no stage and ignores it (it would need memory mid-run).
+    // New key and tempo, applied from the next block filled, without a gap.
+    // Only a player set up with a key or tempo of its own, or told they may
+    // move, has the stage; one set up neutral ignores it (the stage would
+    // need memory mid-run). Back at neutral the stretcher plays out what it
+    // holds and the source is then played as it is, bit for bit.
     void wavSetKeyTempo(const KeyTempo& keyTempo);
+    KeyTempo wavGetKeyTempo() const;
     // Replaces the play-range block; the position of the block being played
     // (word 5) is the player's own and is kept.
     void wavSetPlayRange(const PlayRange& range);
@@ -166,12 +169,19 @@ class WaveCtl {
         uint32_t count = 0;     // bytes in the slot
         uint32_t consumed = 0;  // bytes taken from the source
         uint32_t ended = 0;     // nothing more will come
+        bool viaStage = false;  // the stage holds the source's end back
+        // The first bytes may be the stage's tail at full tempo; the rest
+        // were made at `tempoPercent`.
+        uint32_t tailBytes = 0;
+        int tempoPercent = kFullTempo;
     };
     SlotRead readIntoSlot(WaveBuf& slot);
+    SlotRead readThroughStage(uint8_t* into, uint32_t bytes);
+    SlotRead readFromSource(uint8_t* into, uint32_t bytes);
     void startSourceRun();
     // The play range's stop position, when enabled, at or before the fill.
     bool rangeEndReached(const PlayRange& range, uint32_t positionAtFill) const;
-    int commit(uint32_t count, uint32_t last);
+    int commit(const SlotRead& read, uint32_t count, uint32_t last);
     WaveBuf* takeFilled();
     void writeSlot(WaveBuf& slot);
     void seekSource(uint32_t position, uint32_t permyriad);
@@ -213,8 +223,15 @@ class WaveCtl {
     uint32_t length_ = 0;
     uint32_t fileSource_ = 1;
     EffectControl ctl_;
-    // Present only for a player set up off the neutral key and tempo.
+    // Present only for a player set up off the neutral key and tempo, or
+    // told they may move.
     std::unique_ptr<KeyTempoStage> keyTempo_;
+    KeyTempo keyTempoWanted_;
+    // The stage renders the source; or it plays out its tail, after which
+    // the source is read directly (or through a fresh stage when the key or
+    // tempo moved again meanwhile).
+    bool stageInUse_ = false;
+    bool stageDraining_ = false;
     SongClock songClock_;
     uint32_t bytesPerSecond_ = kNativeBytesPerSecond;
     uint32_t baseSeconds_ = 0;

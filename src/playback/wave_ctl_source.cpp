@@ -91,34 +91,73 @@ uint32_t WaveCtl::filledCount() {
     return (writeIndex_ + count - readIndex_) % count;
 }
 
-// The stage's history belongs to the place the source stood: a new place
-// (open, seek) starts it afresh.
+// The stage's history and the song clock belong to the place the source
+// stood: a new place (open, seek) starts them afresh.
 void WaveCtl::startSourceRun() {
-    if (keyTempo_) {
+    songClock_.startRun();
+    stageDraining_ = false;
+    stageInUse_ = keyTempo_ && !keyTempoWanted_.neutral();
+    if (stageInUse_) {
+        keyTempo_->set(keyTempoWanted_);
         keyTempo_->start();
     }
 }
 
-// Without the stage a slot holds exactly the bytes read, as far as the
-// source goes; with it, a slot of output and whatever that took, up to the
-// length, with the stage's tail played out before the end.
+// A slot holds the stage's output and whatever that took, up to the length,
+// with the stage's tail played out before the end; without the stage it
+// holds exactly the bytes read, as far as the source goes. On the way back
+// to neutral the stage's tail comes first and the source goes on right
+// after it, in the same slot, so the sound has no gap.
 WaveCtl::SlotRead WaveCtl::readIntoSlot(WaveBuf& slot) {
-    SlotRead read;
     ctl_.playRange[kBlockPosition] = readPosition_;
-    if (keyTempo_) {
-        SourceInput input(source_.get(), length_ > readPosition_ ? length_ - readPosition_ : 0);
-        const StageOutput output = keyTempo_->render(
-            input, reinterpret_cast<int16_t*>(slot.block.get()), bufferSize_ / kNativeFrameBytes);
-        read = {output.frames * kNativeFrameBytes, input.consumed(), output.ended ? 1u : 0u};
-    } else if (source_) {
-        const SourceBlock block = source_->read(slot.block.get(), bufferSize_);
-        const bool reachedLength = uint64_t{readPosition_} + block.count >= length_;
-        read = {block.count, block.count, block.ended || reachedLength ? 1u : 0u};
-    } else {
-        read.ended = 1;
+    SlotRead read;
+    if (stageDraining_) {
+        const StageOutput tail = keyTempo_->finish(reinterpret_cast<int16_t*>(slot.block.get()),
+                                                   bufferSize_ / kNativeFrameBytes);
+        read.count = read.tailBytes = tail.frames * kNativeFrameBytes;
+        if (tail.ended) {
+            stageDraining_ = false;
+            if (!keyTempoWanted_.neutral()) {
+                keyTempo_->set(keyTempoWanted_);
+                keyTempo_->start();
+                stageInUse_ = true;
+            }
+        }
+        read.ended = tail.ended && readPosition_ >= length_ ? 1 : 0;
+        read.viaStage = read.ended == 1;
+    }
+    if (read.count < bufferSize_ && read.ended == 0) {
+        uint8_t* const rest = slot.block.get() + read.count;
+        const uint32_t room = bufferSize_ - read.count;
+        const SlotRead more =
+            stageInUse_ ? readThroughStage(rest, room) : readFromSource(rest, room);
+        read = {read.count + more.count, more.consumed,  more.ended,
+                more.viaStage,           read.tailBytes, more.tempoPercent};
     }
     fltEffectChain(ctl_, reinterpret_cast<int16_t*>(slot.block.get()), read.count);
     return read;
+}
+
+WaveCtl::SlotRead WaveCtl::readThroughStage(uint8_t* into, uint32_t bytes) {
+    SourceInput input(source_.get(), length_ > readPosition_ ? length_ - readPosition_ : 0);
+    const StageOutput output =
+        keyTempo_->render(input, reinterpret_cast<int16_t*>(into), bytes / kNativeFrameBytes);
+    return {.count = output.frames * kNativeFrameBytes,
+            .consumed = input.consumed(),
+            .ended = output.ended ? 1u : 0u,
+            .viaStage = true,
+            .tempoPercent = keyTempo_->settings().tempoPercent};
+}
+
+WaveCtl::SlotRead WaveCtl::readFromSource(uint8_t* into, uint32_t bytes) {
+    if (!source_) {
+        return {.ended = 1};
+    }
+    const SourceBlock block = source_->read(into, bytes);
+    const bool reachedLength = uint64_t{readPosition_} + block.count >= length_;
+    return {.count = block.count,
+            .consumed = block.count,
+            .ended = block.ended || reachedLength ? 1u : 0u};
 }
 
 int WaveCtl::prefill() {
@@ -131,7 +170,7 @@ int WaveCtl::prefill() {
         const SlotRead read = readIntoSlot(waveBuf_[writeIndex_]);
         last = read.ended;
         readPosition_ += read.consumed;
-        if (!commit(read.count, last)) {
+        if (!commit(read, read.count, last)) {
             break;
         }
     } while (slotFree() && readPosition_ < length_ && last == 0);
@@ -163,19 +202,20 @@ int WaveCtl::fillNext() {
     // The stage holds the source's end back behind its own delay: its last
     // block, which says so, plays like any other.
     const bool atEnd =
-        keyTempo_ ? last == 0 && rangeEndReached(ctl_.playRange, ctl_.playRange[kBlockPosition])
-                  : wavIsAtEnd(readPosition_, length_, ctl_.playRange,
-                               ctl_.playRange[kBlockPosition]) == 1;
+        read.viaStage ? last == 0 && rangeEndReached(ctl_.playRange, ctl_.playRange[kBlockPosition])
+                      : wavIsAtEnd(readPosition_, length_, ctl_.playRange,
+                                   ctl_.playRange[kBlockPosition]) == 1;
     if (atEnd) {
         // The block that reaches the end is not played: the end is cut at
         // buffer granularity, before the stop position rather than after it.
         last = 1;
         count = 0;
     }
-    return commit(count, last);
+    return commit(read, count, last);
 }
 
-int WaveCtl::commit(uint32_t count, uint32_t last) {
+// The song clock notes what the device is given, at the tempo it was made.
+int WaveCtl::commit(const SlotRead& read, uint32_t count, uint32_t last) {
     if (!slotFree()) {
         return 0;
     }
@@ -188,6 +228,9 @@ int WaveCtl::commit(uint32_t count, uint32_t last) {
     slot.pwh.bufferLength = count;
     slot.lastFlag = last;
     writeIndex_ = nextIndex(writeIndex_);
+    const uint32_t tail = std::min(read.tailBytes, count);
+    songClock_.addBlock(tail, kFullTempo);
+    songClock_.addBlock(count - tail, read.tempoPercent);
     return 1;
 }
 

@@ -9,7 +9,8 @@ void applyPreset(WaveCtl& player, const TrackEntry& entry) {
                     .reverbFlag = entry.p2,
                     .levelFlag = entry.p4,
                     .playRange = entry.range,
-                    .keyTempo = entry.keyTempo});
+                    .keyTempo = entry.keyTempo,
+                    .keyTempoMayMove = entry.keyTempoMayMove});
     player.wavSetRoomSize(entry.tenths);
 }
 

@@ -29,6 +29,8 @@ struct TrackEntry {
     PlayRange range{};
     uint32_t length = 0;  // native-PCM bytes, from the probe
     KeyTempo keyTempo{};
+    // The key and tempo may move while it plays (see PlayerSettings).
+    bool keyTempoMayMove = false;
 };
 
 // Hands the entry's preset to a player, for a file source.

@@ -3,14 +3,18 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
+#include <mutex>
 
 #include "core/playback_clock.h"
 #include "playback/song_clock.h"
 #include "playback/wave_ctl.h"
 #include "support/loopback_listener.h"
 #include "support/player_support.h"
+#include "support/signal_measure.h"
 #include "support/temp_dir.h"
+#include "support/test_files.h"
 #include "support/tone.h"
 
 namespace tunebox {
@@ -47,19 +51,6 @@ std::vector<int16_t> samplesOf(const std::vector<uint8_t>& bytes, std::size_t fr
     return samples;
 }
 
-std::size_t longestSilence(const std::vector<uint8_t>& bytes) {
-    std::size_t longest = 0;
-    std::size_t run = 0;
-    for (std::size_t at = 0; at + 4 <= bytes.size(); at += 4) {
-        const bool silent = std::all_of(bytes.begin() + static_cast<std::ptrdiff_t>(at),
-                                        bytes.begin() + static_cast<std::ptrdiff_t>(at + 4),
-                                        [](uint8_t byte) { return byte == 0; });
-        run = silent ? run + 1 : 0;
-        longest = std::max(longest, run);
-    }
-    return longest;
-}
-
 // Two semitones up, then three down while the device plays: the stream
 // never falls silent, and each part is at its own pitch.
 TEST_F(KeyTempoPlayerTest, MovingTheKeyWhilePlayingLeavesNoGap) {
@@ -76,7 +67,7 @@ TEST_F(KeyTempoPlayerTest, MovingTheKeyWhilePlayingLeavesNoGap) {
     ASSERT_TRUE(waitUntil([&] { return player.wavIsStopped() == 1; }));
     const auto heard = listener.heard();
     ASSERT_GT(heard.size(), 5 * kNativeBytesPerSecond);
-    EXPECT_LE(longestSilence(heard), kOneMs);
+    EXPECT_LE(test::longestSilence(heard), kOneMs);
     EXPECT_NEAR(test::leftFrequency(samplesOf(heard, kNativeSampleRate / 2, kNativeSampleRate)),
                 493.88, 2.5);
     EXPECT_NEAR(test::leftFrequency(samplesOf(heard, 4 * kNativeSampleRate, kNativeSampleRate / 2)),
@@ -101,21 +92,129 @@ TEST_F(KeyTempoPlayerTest, TheClockShowsSongTimeAtAnotherTempo) {
     player.wavStop();
 }
 
-TEST(SongClock, SeventyFiveSecondsAtEightyPercentAreAMinuteOfTheSong) {
+// What the device is given, kept in order; the count is read while playing.
+class DeviceBlocks final : public BlockObserver {
+  public:
+    void onBlock(const uint8_t* bytes, uint32_t count, uint32_t) override {
+        std::lock_guard guard(lock_);
+        bytes_.insert(bytes_.end(), bytes, bytes + count);
+        blocks_.push_back(count);
+    }
+    uint64_t total() {
+        std::lock_guard guard(lock_);
+        return bytes_.size();
+    }
+    std::vector<uint8_t> bytes() {
+        std::lock_guard guard(lock_);
+        return bytes_;
+    }
+    std::vector<uint32_t> blocks() {
+        std::lock_guard guard(lock_);
+        return blocks_;
+    }
+
+  private:
+    std::mutex lock_;
+    std::vector<uint8_t> bytes_;
+    std::vector<uint32_t> blocks_;
+};
+
+// A player that may move: it starts bit-exact, leaves neutral and comes
+// back while the device plays, never falling silent, and once the
+// stretcher's tail is out it plays the file's own samples again.
+TEST_F(KeyTempoPlayerTest, LeavingNeutralAndComingBackLeavesNoGapAndEndsBitExact) {
+    const std::string path = toneFile(7);
+    const auto source = test::readBytes(path);
+    test::LoopbackListener listener(*audio_, 36);
+    ASSERT_TRUE(listener.listening());
+    DeviceBlocks device;
+    WaveCtl player(*audio_, &device);
+    player.wavInit({.keyTempoMayMove = true});
+    ASSERT_EQ(player.wavOpenFile(path, 0, length_), 1);
+    ASSERT_EQ(player.wavPlay(), 1);
+    ASSERT_TRUE(waitUntil([&] { return player.wavGetDevicePosition() >= kNativeBytesPerSecond; }));
+    player.wavSetKeyTempo({.semitones = 3, .tempoPercent = 90});
+    EXPECT_EQ(player.wavGetKeyTempo().semitones, 3);
+    ASSERT_TRUE(
+        waitUntil([&] { return player.wavGetDevicePosition() >= 3 * kNativeBytesPerSecond; }));
+    player.wavSetKeyTempo({});
+    ASSERT_TRUE(waitUntil([&] { return player.wavIsStopped() == 1; }));
+
+    EXPECT_LE(test::longestSilence(listener.heard()), kOneMs);
+    const auto given = device.bytes();
+    EXPECT_LE(test::longestSilence(given), kOneMs);
+    // The first block went out before any move, the last long after the
+    // tail: both are the file's own bytes.
+    const auto blocks = device.blocks();
+    ASSERT_GE(blocks.size(), 4u);
+    const auto firstEnd = given.begin() + blocks.front();
+    EXPECT_TRUE(std::equal(given.begin(), firstEnd, source.end() - length_));
+    // A block the end cut to nothing adds no bytes: the one before is last.
+    const uint32_t last = blocks.back() > 0 ? blocks.back() : blocks[blocks.size() - 2];
+    const auto lastBlock = given.end() - last;
+    EXPECT_NE(std::search(source.begin(), source.end(), lastBlock, lastBlock + last), source.end());
+}
+
+// A change of tempo counts from the first block made at the new tempo, not
+// from when it was asked: the blocks already queued play at the old one.
+TEST_F(KeyTempoPlayerTest, SongTimeStaysExactAcrossATempoChange) {
+    const std::string path = toneFile(8);
+    DeviceBlocks device;
+    WaveCtl player(*audio_, &device);
+    player.wavInit({.keyTempoMayMove = true});
+    ASSERT_EQ(player.wavOpenFile(path, 0, length_), 1);
+    ASSERT_EQ(player.wavPlay(), 1);
+    ASSERT_TRUE(waitUntil([&] { return player.wavGetDevicePosition() >= kNativeBytesPerSecond; }));
+    // Stalled, the clock runs no tick: every block given so far is at 100 %.
+    audio_->setClockStalled(true);
+    const uint64_t givenAtFullTempo = device.total();
+    ASSERT_GT(givenAtFullTempo, player.wavGetDevicePosition());
+    player.wavSetKeyTempo({.tempoPercent = 80});
+    audio_->setClockStalled(false);
+    ASSERT_TRUE(waitUntil([&] {
+        return player.wavGetDevicePosition() >= givenAtFullTempo + 2 * kNativeBytesPerSecond;
+    }));
+    audio_->setClockStalled(true);
+    const uint64_t played = player.wavGetDevicePosition();
+    EXPECT_EQ(player.wavGetSongPosition(),
+              givenAtFullTempo + (played - givenAtFullTempo) * 80 / 100);
+    audio_->setClockStalled(false);
+    player.wavStop();
+}
+
+TEST(SongClock, EachBlockCountsAtTheTempoItWasMadeAt) {
+    constexpr uint32_t kBlock = 91728;
     SongClock clock;
-    clock.startRun(80);
-    const uint32_t played = 75 * kNativeBytesPerSecond;
-    const ClockTime time = clockTime(0, clock.songBytes(played), kNativeBytesPerSecond, 0);
+    clock.startRun();
+    uint32_t given = 0;
+    while (given < 75 * kNativeBytesPerSecond + kBlock) {
+        clock.addBlock(kBlock, 80);
+        given += kBlock;
+    }
+    // 75 s of the device at 80 % are a minute of the song.
+    const ClockTime time =
+        clockTime(0, clock.songBytes(75 * kNativeBytesPerSecond), kNativeBytesPerSecond, 0);
     EXPECT_EQ(time.minutes, 1u);
     EXPECT_EQ(time.seconds, 0u);
-    // A change counts on from where the device stood: 10 s at 80 %, then
-    // 10 s at 120 %, are 20 s of the song.
-    clock.startRun(80);
-    clock.changeTempo(10 * kNativeBytesPerSecond, 120);
-    EXPECT_EQ(clock.songBytes(20 * kNativeBytesPerSecond), 20 * kNativeBytesPerSecond);
-    // A new run starts from its own device zero.
-    clock.startRun(kFullTempo);
-    EXPECT_EQ(clock.songBytes(12345), 12345u);
+    EXPECT_EQ(time.frames, 0u);
+
+    // Two blocks at 100 %, then 120 %: the position moves by the block it
+    // lies in, and never past what the device was given.
+    clock.startRun();
+    clock.addBlock(kBlock, kFullTempo);
+    clock.addBlock(kBlock, kFullTempo);
+    clock.addBlock(kBlock, 120);
+    EXPECT_EQ(clock.songBytes(kBlock + 400), kBlock + 400);
+    EXPECT_EQ(clock.songBytes(2 * kBlock + 400), 2 * kBlock + 480);
+    EXPECT_EQ(clock.songBytes(10 * kBlock), 2 * kBlock + kBlock * 6 / 5);
+    // Far more blocks than the device ever holds: the newest still count.
+    for (int i = 0; i < 100; ++i) {
+        clock.addBlock(kBlock, 50);
+    }
+    EXPECT_EQ(clock.songBytes(102 * kBlock + 1000),
+              2 * kBlock + kBlock * 6 / 5 + 99 * kBlock / 2 + 500);
+    clock.startRun();
+    EXPECT_EQ(clock.songBytes(12345), 0u);
 }
 
 }  // namespace

@@ -49,7 +49,7 @@ class LoopbackListener {
         return trimSilence(bytes);
     }
 
-  private:
+    // Native PCM between its first and its last frame that is not silent.
     static std::vector<uint8_t> trimSilence(const std::vector<uint8_t>& bytes) {
         auto silent = [&](std::size_t frame) {
             return std::all_of(bytes.begin() + frame * 4, bytes.begin() + frame * 4 + 4,
@@ -66,6 +66,7 @@ class LoopbackListener {
         return {bytes.begin() + first * 4, bytes.begin() + end * 4};
     }
 
+  private:
     std::unique_ptr<InputDevice> input_;
     BufferSet buffers_;
     DoneLog done_;

@@ -2,6 +2,7 @@
 // Measurements of test signals.
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <vector>
@@ -34,6 +35,20 @@ inline double toneFrequency(const std::vector<int16_t>& samples, int channels, i
     }
     const double frames = static_cast<double>(last - first) / channels;
     return crossings > 1 ? (crossings - 1) / (frames / rate) : 0.0;
+}
+
+// The longest run of silent frames (every byte of a 16-bit stereo frame
+// zero) in native PCM: a gap in what a device was given or played.
+inline std::size_t longestSilence(const std::vector<uint8_t>& bytes) {
+    std::size_t longest = 0;
+    std::size_t run = 0;
+    for (std::size_t at = 0; at + 4 <= bytes.size(); at += 4) {
+        const bool silent =
+            bytes[at] == 0 && bytes[at + 1] == 0 && bytes[at + 2] == 0 && bytes[at + 3] == 0;
+        run = silent ? run + 1 : 0;
+        longest = std::max(longest, run);
+    }
+    return longest;
 }
 
 }  // namespace tunebox::test

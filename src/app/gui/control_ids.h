@@ -41,6 +41,11 @@ enum ControlId : int {
     kNudgeSave = 1031,
     kClipLight = 1040,
     kCalibrationNote = 1041,
+    kKeySpin = 1050,
+    kCentsSpin = 1051,
+    kTempoSpin = 1052,
+    kFormantCheck = 1053,
+    kKeyTempoReset = 1054,
 };
 
 inline QString controlName(ControlId id) {

@@ -25,6 +25,7 @@
 #include "app/gui/control_ids.h"
 #include "app/gui/export_dialog.h"
 #include "app/gui/image_button.h"
+#include "app/gui/key_tempo_controls.h"
 #include "app/gui/level_meter.h"
 #include "app/gui/lyrics_dock.h"
 #include "platform/settings.h"
@@ -179,6 +180,7 @@ void MainDialog::createControls() {
     meter_->setToolTip(tr("Microphone level"));
     clipLight_ = named(new ClipLight(this), kClipLight);
     setUpLyrics();
+    createKeyTempoControls();
 
     setUpImageButtons();
 
@@ -315,6 +317,7 @@ void MainDialog::layOutControls() {
     page->addLayout(karaokeFile);
     page->addLayout(karaokeTransport);
     page->addWidget(karaokeTrackbar_);
+    page->addWidget(keyTempoControls_);
     page->addWidget(lyricsDock_, 3);
     page->addSpacing(6);
     page->addLayout(recordedFile);

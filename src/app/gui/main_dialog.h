@@ -25,6 +25,7 @@ namespace tunebox::gui {
 
 class ClipLight;
 class ImageButton;
+class KeyTempoControls;
 class LevelMeter;
 class LyricsDock;
 struct SongLyrics;
@@ -92,6 +93,10 @@ class MainDialog : public QDialog, private TakeListener {
     void showAbout();
     void showHelp();
     void trackbarScrolled(TakePlayer player, TrackbarScroll kind, int value);
+    void createKeyTempoControls();
+    void keyTempoMoved();
+    void recallKeyTempoFor(const std::string& path);
+    void moveKeyTempo(TrackEntry& entry) const;
     std::optional<TrackEntry> currentTrack() const;
     bool playersIdle() const;
     bool takeRunning() const;
@@ -192,6 +197,9 @@ class MainDialog : public QDialog, private TakeListener {
     ClipLight* clipLight_ = nullptr;
     LyricsDock* lyricsDock_ = nullptr;
     QPushButton* lyricsPick_ = nullptr;
+    KeyTempoControls* keyTempoControls_ = nullptr;
+    // The settings' switch: each song keeps the key and tempo it was sung in.
+    bool rememberKeyTempo_ = true;
 };
 
 }  // namespace tunebox::gui

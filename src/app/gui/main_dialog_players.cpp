@@ -50,6 +50,7 @@ void MainDialog::pickKaraoke() {
     listView_->clear();
     listView_->addTopLevelItem(new QTreeWidgetItem({QStringLiteral("1"), path}));
     controller_.setAccompanimentLength(entry.length);
+    recallKeyTempoFor(entry.path);
     karaokeName_ = path;
     pushToControls();
     writeFolder(FolderPicker::kKaraoke, entry.path);
@@ -61,6 +62,7 @@ std::optional<TrackEntry> MainDialog::currentTrack() const {
     if (list_.get(currentIndex_, entry) == 0) {
         return std::nullopt;
     }
+    moveKeyTempo(entry);
     return entry;
 }
 
