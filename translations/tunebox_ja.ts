@@ -9,6 +9,21 @@
     </message>
 </context>
 <context>
+    <name>SongLyrics</name>
+    <message>
+        <source>Not a lyrics file (.lrc, UltraStar .txt or .cdg)</source>
+        <translation>歌詞ファイルではありません (.lrc、UltraStar .txt、.cdg)</translation>
+    </message>
+    <message>
+        <source>The lyrics file cannot be read</source>
+        <translation>歌詞ファイルを読み込めません</translation>
+    </message>
+    <message>
+        <source>The file is too large to be lyrics</source>
+        <translation>歌詞ファイルとしては大きすぎます</translation>
+    </message>
+</context>
+<context>
     <name>tunebox::gui::AboutDialog</name>
     <message>
         <source>About Tunebox</source>
@@ -97,6 +112,75 @@
     <message>
         <source>Saved as %1</source>
         <translation>%1 に保存しました</translation>
+    </message>
+</context>
+<context>
+    <name>tunebox::gui::KeyTempoControls</name>
+    <message>
+        <source>Move the accompaniment&apos;s key by semitones, to fit your voice</source>
+        <translation>伴奏のキーを半音単位で変えて、声に合わせます</translation>
+    </message>
+    <message>
+        <source> cents</source>
+        <translation> セント</translation>
+    </message>
+    <message>
+        <source>Fine tuning of the key, in hundredths of a semitone</source>
+        <translation>キーの微調整 (半音の100分の1単位)</translation>
+    </message>
+    <message>
+        <source>Play the accompaniment slower or faster</source>
+        <translation>伴奏を遅く、または速く再生します</translation>
+    </message>
+    <message>
+        <source>Keep voices natural</source>
+        <translation>声の自然さを保つ</translation>
+    </message>
+    <message>
+        <source>Voices in the accompaniment keep their timbre when the key moves</source>
+        <translation>キーを変えても伴奏の中の声の音色を保ちます</translation>
+    </message>
+    <message>
+        <source>Original</source>
+        <translation>原曲</translation>
+    </message>
+    <message>
+        <source>Back to the song&apos;s own key and tempo</source>
+        <translation>曲本来のキーとテンポに戻します</translation>
+    </message>
+    <message>
+        <source>&amp;Key:</source>
+        <translation>キー(&amp;K):</translation>
+    </message>
+    <message>
+        <source>&amp;Tempo:</source>
+        <translation>テンポ(&amp;T):</translation>
+    </message>
+</context>
+<context>
+    <name>tunebox::gui::LyricsDock</name>
+    <message>
+        <source>Lyrics window</source>
+        <translation>歌詞ウィンドウ</translation>
+    </message>
+    <message>
+        <source>Show the lyrics in a window of their own (full screen on a second display); close it to bring them back</source>
+        <translation>歌詞を別のウィンドウに表示します (2台目のディスプレイでは全画面)。閉じると元に戻ります</translation>
+    </message>
+    <message>
+        <source>Tunebox lyrics</source>
+        <translation>Tunebox 歌詞</translation>
+    </message>
+</context>
+<context>
+    <name>tunebox::gui::LyricsPane</name>
+    <message>
+        <source>The words of the song, in time with what you hear</source>
+        <translation>聞こえている伴奏に合わせた歌詞</translation>
+    </message>
+    <message>
+        <source>No lyrics for this song</source>
+        <translation>この曲の歌詞はありません</translation>
     </message>
 </context>
 <context>
@@ -454,6 +538,18 @@ Sing a little further from the microphone or turn its level down, then record ag
 Move the voice with the sync nudge and listen again, or record again.</source>
         <translation>再生が止まったため、%1 から録音が伴奏とずれています。
 ｽﾞﾚ補正で声を動かして聴き直すか、録音し直してください。</translation>
+    </message>
+    <message>
+        <source>Lyrics...</source>
+        <translation>歌詞...</translation>
+    </message>
+    <message>
+        <source>Pick the lyrics to show (.lrc, UltraStar .txt or CD+G .cdg); by default those beside the accompaniment</source>
+        <translation>表示する歌詞を選びます (.lrc、UltraStar .txt、CD+G .cdg)。既定では伴奏と同じ場所にある歌詞を使います</translation>
+    </message>
+    <message>
+        <source>No lyrics shown</source>
+        <translation>歌詞は表示されていません</translation>
     </message>
 </context>
 </TS>
