@@ -1,9 +1,12 @@
 #include "capture/sync_mx.h"
 
 #include <algorithm>
+#include <cinttypes>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
+#include "core/diagnostic_log.h"
 #include "core/heap.h"
 #include "core/little_endian.h"
 #include "platform/audio_device.h"
@@ -71,7 +74,7 @@ int SyncMx::allocate(uint32_t p1SlotSize, uint32_t p2SlotSize, int32_t manualDel
     startPlayback_ = startCapture_ = 0;
     accompanimentGaps_.clear();
     accompanimentQueued_ = accompanimentMixed_ = takeBytes_ = 0;
-    lastPlayed_ = playedBefore_ = 0;
+    lastPlayed_ = playedBefore_ = lastCaptured_ = 0;
     following_ = true;
     heldReadings_ = 0;
     stallsSeen_ = 0;
@@ -125,6 +128,7 @@ int32_t SyncMx::measuredDelay() {
             return currentDelay_;
         }
         lastPlayed_ = played;
+        lastCaptured_ = after;
         delay = int64_t{after} - int64_t{played} + calibration_;
         if (before == after) {
             break;
@@ -151,6 +155,7 @@ void SyncMx::align(int32_t delay) {
             leadSilence_ = static_cast<uint32_t>(-int64_t{delay});
             aligned_ = 1;
             alignedDelay_ = followedDelay_ = delay;
+            logReading("aligned", delay);
         }
         return;
     }
@@ -166,6 +171,7 @@ void SyncMx::align(int32_t delay) {
     uint32_t endFlag = 0;
     aligned_ = discarded.readBytes(scratch.get(), static_cast<uint32_t>(delay), delivered, endFlag);
     alignedDelay_ = followedDelay_ = delay;
+    logReading("aligned", delay);
 }
 
 // After the alignment the delay keeps being measured at every block. When
@@ -199,10 +205,13 @@ bool SyncMx::followDevices(int32_t delay) {
     }
     if (change > 0 && stallAt_ && *stallAt_ >= accompanimentMixed_) {
         oweAccompanimentSilence(*stallAt_, static_cast<uint32_t>(change));
+        logReading("placed at the stall", delay);
     } else if (heldReadings_ == 0 || (standing && heldReadings_ < kMostHeldReadings)) {
         ++heldReadings_;
+        logReading("held", delay);
         return false;
     } else {
+        logReading("applied here", delay);
         if (change > 0) {
             oweAccompanimentSilence(accompanimentMixed_, static_cast<uint32_t>(change));
         } else {
@@ -215,6 +224,19 @@ bool SyncMx::followDevices(int32_t delay) {
     heldReadings_ = 0;
     followedDelay_ = delay;
     return true;
+}
+
+// One line in the diagnostic log (when it is switched on) per reading that
+// moves the delay: enough to tell afterwards why a take was corrected.
+void SyncMx::logReading(const char* verdict, int32_t delay) const {
+    char line[kLogMessageBytes];
+    std::snprintf(line, sizeof line,
+                  "SyncMx %s: delay %" PRId32 " (was %" PRId32 "), played %" PRIu32
+                  ", captured %" PRIu32 ", stalls %" PRIu32 " last at %" PRIu64
+                  ", mixed %" PRIu64 ", take %" PRIu64,
+                  verdict, delay, followedDelay_, lastPlayed_, lastCaptured_, stallsSeen_,
+                  stallAt_.value_or(0), accompanimentMixed_, takeBytes_);
+    logIfEnabled(line);
 }
 
 // The first stall not seen before is where a growing delay belongs; later

@@ -88,6 +88,7 @@ class SyncMx {
     void align(int32_t delay);
     bool followDevices(int32_t delay);
     void noteStalls();
+    void logReading(const char* verdict, int32_t delay) const;
     void oweAccompanimentSilence(uint64_t at, uint32_t bytes);
     uint64_t accompanimentNeeded(uint32_t length) const;
     int bothHaveABlock() const;
@@ -132,6 +133,7 @@ class SyncMx {
     uint64_t accompanimentMixed_ = 0;   // of them, bytes mixed
     uint64_t takeBytes_ = 0;            // bytes handed out as the take
     uint32_t lastPlayed_ = 0;           // the playback position last read
+    uint32_t lastCaptured_ = 0;         // the capture position read with it
     uint32_t playedBefore_ = 0;         // and the one read before it
     bool following_ = true;
     int32_t followedDelay_ = 0;  // the delay the mix is lined up with now
