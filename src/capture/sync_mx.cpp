@@ -83,7 +83,7 @@ int SyncMx::allocate(uint32_t p1SlotSize, uint32_t p2SlotSize, int32_t manualDel
     lastPlayed_ = playedBefore_ = lastCaptured_ = 0;
     following_ = true;
     held_.reset();
-    stallsSeen_ = 0;
+    stallsSeen_ = stallsFollowed_ = 0;
     stallAt_.reset();
     outOfSyncFrom_.reset();
     if (!P1Buf.allocate(p1SlotSize, kMixRingSlots, "ﾒﾓﾘ確保失敗:P1Buf.ling[i].buf") ||
@@ -207,11 +207,18 @@ bool SyncMx::followDevices(int32_t delay) {
     const int64_t change = int64_t{delay} - followedDelay_;
     if (std::abs(change) < kFollowStep) {
         held_.reset();
+        stallsFollowed_ = stallsSeen_;
         return true;
     }
     if (change > 0 && stallAt_ && *stallAt_ >= accompanimentMixed_) {
         oweAccompanimentSilence(*stallAt_, static_cast<uint32_t>(change));
         logReading("placed at the stall", delay);
+        // Several stalls since the last reading share one change, and how it
+        // splits between them is not known: all of it goes to the first, so
+        // the stretch up to the last one is off by the later ones' length.
+        if (stallsSeen_ - stallsFollowed_ > 1 && change > kInSyncLimit && !outOfSyncFrom_) {
+            outOfSyncFrom_ = takeBytes_;
+        }
     } else if (holdsBack(delay, standing)) {
         logReading("held", delay);
         return false;
@@ -227,6 +234,7 @@ bool SyncMx::followDevices(int32_t delay) {
         }
     }
     held_.reset();
+    stallsFollowed_ = stallsSeen_;
     followedDelay_ = delay;
     return true;
 }

@@ -148,6 +148,7 @@ class SyncMx {
     };
     std::optional<HeldChange> held_;
     uint32_t stallsSeen_ = 0;
+    uint32_t stallsFollowed_ = 0;      // of them, those the followed delay accounts for
     std::optional<uint64_t> stallAt_;  // where the latest stall began
     std::optional<uint64_t> outOfSyncFrom_;
 };
