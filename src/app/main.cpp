@@ -1,5 +1,6 @@
 #include <cstdlib>
 #include <iostream>
+#include <string_view>
 
 #include "app/cli/commands.h"
 #include "app/gui/run_dialog.h"
@@ -27,7 +28,10 @@ std::string oneLineFailure(const CLI::App*, const CLI::Error& error) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    tunebox::logInit(0);
+    // Off, as it always was; TUNEBOX_LOG=1 switches on the records meant for
+    // finding faults (such as each correction of a take's delay).
+    const char* logSwitch = std::getenv("TUNEBOX_LOG");
+    tunebox::logInit(logSwitch != nullptr && std::string_view(logSwitch) == "1" ? 1 : 0);
 
     CLI::App app{"Tunebox: sing over an accompaniment and record the take"};
     app.failure_message(oneLineFailure);  // before the subcommands, which copy it

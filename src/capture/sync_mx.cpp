@@ -1,9 +1,12 @@
 #include "capture/sync_mx.h"
 
 #include <algorithm>
+#include <cinttypes>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
+#include "core/diagnostic_log.h"
 #include "core/heap.h"
 #include "core/little_endian.h"
 #include "platform/audio_device.h"
@@ -21,9 +24,15 @@ constexpr int kPositionReadTries = 4;
 constexpr int64_t kFollowStep = 66 * kNativeFrameBytes;
 // What a take that lines up is allowed to be off by: 2 ms.
 constexpr int64_t kInSyncLimit = 88 * kNativeFrameBytes;
-// How many readings in a row a change may be held back while the output
-// stands still, waiting to learn where it stopped (each one capture block).
-constexpr int kMostHeldReadings = 8;
+// How long, in bytes captured, a change no stall explains must stand before
+// it is taken. A sound server that was held up for a moment stops both
+// streams alike, so nothing heard moves apart, but its timing reports catch
+// up with each stream at its own time: for up to a second the positions
+// disagree by as much as the hold-up lasted, then agree again.
+constexpr uint32_t kChangeMustLast = 2 * kNativeBytesPerSecond;
+// A change held back longer than this is taken even while it still moves
+// (clocks that drift apart), long before the voice ring (15 s) fills.
+constexpr uint32_t kLongestHold = 6 * kNativeBytesPerSecond;
 
 // Rounds toward zero: 1,002 gives 1,000 and -6 gives -4.
 int32_t wholeFrames(int32_t bytes) {
@@ -71,10 +80,10 @@ int SyncMx::allocate(uint32_t p1SlotSize, uint32_t p2SlotSize, int32_t manualDel
     startPlayback_ = startCapture_ = 0;
     accompanimentGaps_.clear();
     accompanimentQueued_ = accompanimentMixed_ = takeBytes_ = 0;
-    lastPlayed_ = playedBefore_ = 0;
+    lastPlayed_ = playedBefore_ = lastCaptured_ = 0;
     following_ = true;
-    heldReadings_ = 0;
-    stallsSeen_ = 0;
+    held_.reset();
+    stallsSeen_ = stallsFollowed_ = 0;
     stallAt_.reset();
     outOfSyncFrom_.reset();
     if (!P1Buf.allocate(p1SlotSize, kMixRingSlots, "ﾒﾓﾘ確保失敗:P1Buf.ling[i].buf") ||
@@ -125,6 +134,7 @@ int32_t SyncMx::measuredDelay() {
             return currentDelay_;
         }
         lastPlayed_ = played;
+        lastCaptured_ = after;
         delay = int64_t{after} - int64_t{played} + calibration_;
         if (before == after) {
             break;
@@ -151,6 +161,7 @@ void SyncMx::align(int32_t delay) {
             leadSilence_ = static_cast<uint32_t>(-int64_t{delay});
             aligned_ = 1;
             alignedDelay_ = followedDelay_ = delay;
+            logReading("aligned", delay);
         }
         return;
     }
@@ -166,6 +177,7 @@ void SyncMx::align(int32_t delay) {
     uint32_t endFlag = 0;
     aligned_ = discarded.readBytes(scratch.get(), static_cast<uint32_t>(delay), delivered, endFlag);
     alignedDelay_ = followedDelay_ = delay;
+    logReading("aligned", delay);
 }
 
 // After the alignment the delay keeps being measured at every block. When
@@ -175,9 +187,9 @@ void SyncMx::align(int32_t delay) {
 // says it stopped, so the take holds what was heard and the voice after the
 // stall lines up again. A change that no stall explains (one the device did
 // not see, a capture that stood still, clocks that drift apart) is held back
-// while the output stands still, then taken once a second reading confirms
-// it, at the block about to be mixed: silence in the accompaniment for a
-// growing delay, before the voice for a shrinking one. Where such a change
+// until it has lasted (see holdsBack), then taken at the block about to be
+// mixed: silence in the accompaniment for a growing delay, before the voice
+// for a shrinking one. Where such a change
 // is more than a take may be off by, part of the take before it was out of
 // sync: the first such moment is kept for the singer.
 bool SyncMx::followDevices(int32_t delay) {
@@ -194,15 +206,24 @@ bool SyncMx::followDevices(int32_t delay) {
     playedBefore_ = lastPlayed_;
     const int64_t change = int64_t{delay} - followedDelay_;
     if (std::abs(change) < kFollowStep) {
-        heldReadings_ = 0;
+        held_.reset();
+        stallsFollowed_ = stallsSeen_;
         return true;
     }
     if (change > 0 && stallAt_ && *stallAt_ >= accompanimentMixed_) {
         oweAccompanimentSilence(*stallAt_, static_cast<uint32_t>(change));
-    } else if (heldReadings_ == 0 || (standing && heldReadings_ < kMostHeldReadings)) {
-        ++heldReadings_;
+        logReading("placed at the stall", delay);
+        // Several stalls since the last reading share one change, and how it
+        // splits between them is not known: all of it goes to the first, so
+        // the stretch up to the last one is off by the later ones' length.
+        if (stallsSeen_ - stallsFollowed_ > 1 && change > kInSyncLimit && !outOfSyncFrom_) {
+            outOfSyncFrom_ = takeBytes_;
+        }
+    } else if (holdsBack(delay, standing)) {
+        logReading("held", delay);
         return false;
     } else {
+        logReading("applied here", delay);
         if (change > 0) {
             oweAccompanimentSilence(accompanimentMixed_, static_cast<uint32_t>(change));
         } else {
@@ -212,9 +233,39 @@ bool SyncMx::followDevices(int32_t delay) {
             outOfSyncFrom_ = takeBytes_;
         }
     }
-    heldReadings_ = 0;
+    held_.reset();
+    stallsFollowed_ = stallsSeen_;
     followedDelay_ = delay;
     return true;
+}
+
+// A change is held back until it has stood, within what a take may be off
+// by, for kChangeMustLast of capture, and while the output stands still
+// (where it stopped may yet be told); never beyond kLongestHold.
+bool SyncMx::holdsBack(int32_t delay, bool standing) {
+    if (!held_) {
+        held_ = HeldChange{delay, lastCaptured_, lastCaptured_};
+    } else if (std::abs(int64_t{delay} - held_->delay) > kInSyncLimit) {
+        held_->delay = delay;
+        held_->since = lastCaptured_;
+    }
+    if (lastCaptured_ - held_->first >= kLongestHold) {
+        return false;
+    }
+    return standing || lastCaptured_ - held_->since < kChangeMustLast;
+}
+
+// One line in the diagnostic log (when it is switched on) per reading that
+// moves the delay: enough to tell afterwards why a take was corrected.
+void SyncMx::logReading(const char* verdict, int32_t delay) const {
+    char line[kLogMessageBytes];
+    std::snprintf(line, sizeof line,
+                  "SyncMx %s: delay %" PRId32 " (was %" PRId32 "), played %" PRIu32
+                  ", captured %" PRIu32 ", stalls %" PRIu32 " last at %" PRIu64 ", mixed %" PRIu64
+                  ", take %" PRIu64,
+                  verdict, delay, followedDelay_, lastPlayed_, lastCaptured_, stallsSeen_,
+                  stallAt_.value_or(0), accompanimentMixed_, takeBytes_);
+    logIfEnabled(line);
 }
 
 // The first stall not seen before is where a growing delay belongs; later

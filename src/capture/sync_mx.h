@@ -87,7 +87,9 @@ class SyncMx {
     int32_t measuredDelay();
     void align(int32_t delay);
     bool followDevices(int32_t delay);
+    bool holdsBack(int32_t delay, bool standing);
     void noteStalls();
+    void logReading(const char* verdict, int32_t delay) const;
     void oweAccompanimentSilence(uint64_t at, uint32_t bytes);
     uint64_t accompanimentNeeded(uint32_t length) const;
     int bothHaveABlock() const;
@@ -132,12 +134,21 @@ class SyncMx {
     uint64_t accompanimentMixed_ = 0;   // of them, bytes mixed
     uint64_t takeBytes_ = 0;            // bytes handed out as the take
     uint32_t lastPlayed_ = 0;           // the playback position last read
+    uint32_t lastCaptured_ = 0;         // the capture position read with it
     uint32_t playedBefore_ = 0;         // and the one read before it
     bool following_ = true;
     int32_t followedDelay_ = 0;  // the delay the mix is lined up with now
-    // Readings a change no stall explains has been held back for.
-    int heldReadings_ = 0;
+    // A change no stall explains, held back until it has lasted: the delay
+    // it stands at, the capture position from which it has stood there, and
+    // the one at which holding began.
+    struct HeldChange {
+        int32_t delay;
+        uint32_t since;
+        uint32_t first;
+    };
+    std::optional<HeldChange> held_;
     uint32_t stallsSeen_ = 0;
+    uint32_t stallsFollowed_ = 0;      // of them, those the followed delay accounts for
     std::optional<uint64_t> stallAt_;  // where the latest stall began
     std::optional<uint64_t> outOfSyncFrom_;
 };

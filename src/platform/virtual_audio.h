@@ -26,6 +26,16 @@ struct VirtualStall {
     bool reported = true;
 };
 
+// The output's position reads `bytes` short while it has played from
+// `fromBytes` up to `untilBytes`, though what is heard runs on: the timing
+// reports of a sound server that was held up for a moment, which catch up
+// with one stream later than with the other.
+struct VirtualPositionLag {
+    uint32_t fromBytes = 0;
+    uint32_t untilBytes = 0;
+    uint32_t bytes = 0;
+};
+
 struct VirtualAudioConfig {
     uint32_t outputLatencyBytes = 0;  // rounded down to whole frames
     uint32_t inputLatencyBytes = 0;
@@ -36,6 +46,7 @@ struct VirtualAudioConfig {
     std::vector<int16_t> voice = {};
     // In order of position; every output opened stands still at each.
     std::vector<VirtualStall> outputStalls = {};
+    std::vector<VirtualPositionLag> outputPositionLags = {};
     bool failOutputOpen = false;
     bool failInputOpen = false;
 };

@@ -1,5 +1,6 @@
 #include "platform/virtual_devices.h"
 
+#include <algorithm>
 #include <string>
 #include <type_traits>
 
@@ -120,8 +121,15 @@ class VirtualOutput final : public VirtualDevice<OutputDevice, VirtualOutputStat
         return withState([](VirtualOutputState& state) { state.setPaused(false); });
     }
     AudioResult position(uint32_t& bytes) override {
-        return withState(
-            [&](VirtualOutputState& state) { bytes = static_cast<uint32_t>(state.heard()); });
+        const auto& lags = world().config.outputPositionLags;
+        return withState([&](VirtualOutputState& state) {
+            bytes = static_cast<uint32_t>(state.heard());
+            for (const VirtualPositionLag& lag : lags) {
+                if (bytes >= lag.fromBytes && bytes < lag.untilBytes) {
+                    bytes -= std::min(bytes, lag.bytes);
+                }
+            }
+        });
     }
     OutputStalls stalls(uint32_t first) override {
         OutputStalls found;

@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "core/heap.h"
+#include "platform/audio_device.h"
+#include "playback/playback_feed.h"
 #include "support/log_records.h"
 
 namespace tunebox {
@@ -147,6 +149,61 @@ TEST_F(SyncMxTest, AFullVoiceRingRefusesTheBlockButCountsItsBytes) {
     queueSilentAccompaniment(1);
     ASSERT_EQ(mix(), 1);
     EXPECT_EQ(mixer_.P1_WriteBuf(block.data(), kBlock, 0), 1);
+}
+
+// Devices whose positions and stalls the test sets.
+class SetPositions final : public InputDevice, public PlaybackFeed {
+  public:
+    AudioResult open(const WaveFormat&, DeviceDoneCallback) override { return kAudioOk; }
+    AudioResult prepare(WaveHeader&) override { return kAudioOk; }
+    AudioResult unprepare(WaveHeader&) override { return kAudioOk; }
+    AudioResult reset() override { return kAudioOk; }
+    AudioResult close() override { return kAudioOk; }
+    AudioResult position(uint32_t& bytes) override {
+        bytes = captured;
+        return kAudioOk;
+    }
+    std::string lastError() const override { return {}; }
+    AudioResult addBuffer(WaveHeader&) override { return kAudioOk; }
+    AudioResult start() override { return kAudioOk; }
+    AudioResult stop() override { return kAudioOk; }
+
+    LingBuffer& mixBuf() override { return unused_; }
+    uint32_t devicePosition() override { return played; }
+    OutputStalls deviceStalls(uint32_t first) override { return stalls.since(first); }
+
+    uint32_t played = 0;
+    uint32_t captured = 0;
+    StallRecord stalls;
+
+  private:
+    LingBuffer unused_;
+};
+
+// A growing delay goes to the output's stall as silence. Two stalls between
+// one reading and the next share the change in a way nobody can tell, so
+// the stretch between them is off and the take says so; one stall is exact.
+TEST_F(SyncMxTest, SeveralStallsBetweenTwoReadingsPutTheTakeOutOfSync) {
+    for (const uint32_t stalls : {1u, 2u}) {
+        SCOPED_TRACE(stalls);
+        SetPositions devices;
+        ASSERT_EQ(mixer_.allocate(kBlock, kBlock, 0, &devices, 0), 1);
+        mixer_.setInputDevice(&devices);
+        devices.played = 1000;
+        devices.captured = 1400;
+        queueVoice(10);
+        queueSilentAccompaniment(10);
+        ASSERT_EQ(mix(), 1);
+        EXPECT_EQ(mixer_.alignedDelay(), 400);
+        for (uint32_t k = 0; k < stalls; ++k) {
+            devices.stalls.note(1600 + 100 * k);
+        }
+        devices.played = 2000;
+        devices.captured = 3200;  // the delay grew by 800 bytes, 4.5 ms
+        ASSERT_EQ(mix(), 1);
+        EXPECT_EQ(mixer_.outputStalls(), stalls);
+        EXPECT_EQ(mixer_.outOfSyncFrom().has_value(), stalls > 1);
+    }
 }
 
 TEST(SyncMx, AllocationFailureLogsTheBlockAndLeavesNothing) {
