@@ -244,7 +244,7 @@ bool SyncMx::followDevices(int32_t delay) {
 // (where it stopped may yet be told); never beyond kLongestHold.
 bool SyncMx::holdsBack(int32_t delay, bool standing) {
     if (!held_) {
-        held_ = HeldChange{delay, lastCaptured_, lastCaptured_};
+        held_ = HeldChange{delay, lastCaptured_, lastCaptured_, takeBytes_};
     } else if (std::abs(int64_t{delay} - held_->delay) > kInSyncLimit) {
         held_->delay = delay;
         held_->since = lastCaptured_;
@@ -253,6 +253,16 @@ bool SyncMx::holdsBack(int32_t delay, bool standing) {
         return false;
     }
     return standing || lastCaptured_ - held_->since < kChangeMustLast;
+}
+
+// A change still held back when the take ended was never taken: from where
+// it was first seen, the rest of the take is off by it.
+std::optional<uint64_t> SyncMx::outOfSyncFrom() const {
+    if (!outOfSyncFrom_ && held_ &&
+        std::abs(int64_t{held_->delay} - followedDelay_) > kInSyncLimit) {
+        return held_->takeAt;
+    }
+    return outOfSyncFrom_;
 }
 
 // One line in the diagnostic log (when it is switched on) per reading that

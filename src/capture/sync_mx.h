@@ -79,7 +79,7 @@ class SyncMx {
     // Where, in bytes of the take, voice and accompaniment stopped lining up
     // because the devices' positions moved apart in a way that could not be
     // placed exactly; empty while the take is in sync.
-    std::optional<uint64_t> outOfSyncFrom() const { return outOfSyncFrom_; }
+    std::optional<uint64_t> outOfSyncFrom() const;
 
     void free();
 
@@ -139,12 +139,13 @@ class SyncMx {
     bool following_ = true;
     int32_t followedDelay_ = 0;  // the delay the mix is lined up with now
     // A change no stall explains, held back until it has lasted: the delay
-    // it stands at, the capture position from which it has stood there, and
-    // the one at which holding began.
+    // it stands at, the capture position from which it has stood there, the
+    // one at which holding began, and the take's length then.
     struct HeldChange {
         int32_t delay;
         uint32_t since;
         uint32_t first;
+        uint64_t takeAt;
     };
     std::optional<HeldChange> held_;
     uint32_t stallsSeen_ = 0;

@@ -128,7 +128,7 @@ class TakeAlignmentTest : public TakeTest {
 // leave it.
 class MovedKeyTakeTest : public TakeAlignmentTest {
   protected:
-    void SetUp() override { startTake(4, {}); }
+    void SetUp() override { startTake(2, {}); }
 };
 
 TEST_F(TakeAlignmentTest, MeasuredDelayAlignsEverySample) {
