@@ -36,6 +36,16 @@ class KeyTempoPlayerTest : public ::testing::Test {
         return path.string();
     }
 
+    // Starts a player that may move on `path` and lets the device play its
+    // first second, all at neutral.
+    void playForASecond(WaveCtl& player, const std::string& path) {
+        player.wavInit({.keyTempoMayMove = true});
+        ASSERT_EQ(player.wavOpenFile(path, 0, length_), 1);
+        ASSERT_EQ(player.wavPlay(), 1);
+        ASSERT_TRUE(
+            waitUntil([&] { return player.wavGetDevicePosition() >= kNativeBytesPerSecond; }));
+    }
+
     // Slow enough that the stage keeps up on a loaded machine: a device
     // starved for real time would show gaps that are not the player's.
     std::shared_ptr<VirtualAudio> audio_ =
@@ -129,10 +139,7 @@ TEST_F(KeyTempoPlayerTest, LeavingNeutralAndComingBackLeavesNoGapAndEndsBitExact
     ASSERT_TRUE(listener.listening());
     DeviceBlocks device;
     WaveCtl player(*audio_, &device);
-    player.wavInit({.keyTempoMayMove = true});
-    ASSERT_EQ(player.wavOpenFile(path, 0, length_), 1);
-    ASSERT_EQ(player.wavPlay(), 1);
-    ASSERT_TRUE(waitUntil([&] { return player.wavGetDevicePosition() >= kNativeBytesPerSecond; }));
+    ASSERT_NO_FATAL_FAILURE(playForASecond(player, path));
     player.wavSetKeyTempo({.semitones = 3, .tempoPercent = 90});
     EXPECT_EQ(player.wavGetKeyTempo().semitones, 3);
     ASSERT_TRUE(
@@ -161,10 +168,7 @@ TEST_F(KeyTempoPlayerTest, SongTimeStaysExactAcrossATempoChange) {
     const std::string path = toneFile(8);
     DeviceBlocks device;
     WaveCtl player(*audio_, &device);
-    player.wavInit({.keyTempoMayMove = true});
-    ASSERT_EQ(player.wavOpenFile(path, 0, length_), 1);
-    ASSERT_EQ(player.wavPlay(), 1);
-    ASSERT_TRUE(waitUntil([&] { return player.wavGetDevicePosition() >= kNativeBytesPerSecond; }));
+    ASSERT_NO_FATAL_FAILURE(playForASecond(player, path));
     // Stalled, the clock runs no tick: every block given so far is at 100 %.
     audio_->setClockStalled(true);
     const uint64_t givenAtFullTempo = device.total();
