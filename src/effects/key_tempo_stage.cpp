@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 namespace tunebox {
 namespace {
@@ -9,6 +10,28 @@ namespace {
 constexpr uint32_t kChunkFrames = 1024;
 constexpr uint32_t kChannels = 2;
 constexpr float kFullScale = 32768.0f;
+// Where the stage and the plain source take over from each other, one fades
+// into the other over this many frames (23 ms): long enough that the step
+// between their waveforms makes no click, short enough not to be heard as a
+// fade.
+constexpr uint32_t kSpliceFrames = 1024;
+// The plain source kept for that: the splice and the end of a tail, which
+// the stretcher winds down rather than plays, are replaced from it.
+constexpr uint32_t kPlainHistoryFrames = 8192;
+// The most a tail may hold; the stretcher keeps far less than this.
+constexpr uint32_t kLongestTailFrames = 65536;
+
+// The weight of the incoming sound at frame `i` of a splice `frames` long:
+// a raised cosine, so the two weights always add up to one.
+float incomingWeight(uint32_t i, uint32_t frames) {
+    const float phase = std::numbers::pi_v<float> * (static_cast<float>(i) + 0.5f) / frames;
+    return 0.5f - 0.5f * std::cos(phase);
+}
+
+int16_t blend(int16_t outgoing, int16_t incoming, float incomingShare) {
+    const float mixed = outgoing + (incoming - outgoing) * incomingShare;
+    return static_cast<int16_t>(std::nearbyint(mixed));
+}
 
 // A source that has ended: the stretcher is told so and lets go of its tail.
 class EndedInput final : public StageInput {
@@ -31,7 +54,9 @@ KeyTempoStage::KeyTempoStage(const KeyTempo& settings, uint32_t sampleRate)
       stretcher_(sampleRate, kChannels, kChunkFrames, settings.preserveFormants),
       interleaved_(kChunkFrames * kChannels),
       left_(kChunkFrames),
-      right_(kChunkFrames) {
+      right_(kChunkFrames),
+      plainHistory_(kPlainHistoryFrames * kChannels),
+      tail_(kLongestTailFrames * kChannels) {
     set(settings);
     start();
 }
@@ -46,8 +71,48 @@ void KeyTempoStage::set(const KeyTempo& settings) {
 void KeyTempoStage::start() {
     stretcher_.reset();
     inputEnded_ = false;
+    plainFed_ = outputMade_ = 0;
+    fadeInFrames_ = 0;
+    finishing_ = false;
+    tailFrames_ = tailHandedOut_ = 0;
     feedSilence(stretcher_.startPad());
     toDrop_ = stretcher_.startDelay();
+}
+
+void KeyTempoStage::startFromPlain() {
+    start();
+    fadeInFrames_ = kSpliceFrames;
+}
+
+// Frame `frame` of the run's plain source, while the history still holds it.
+const int16_t* KeyTempoStage::plainFrame(uint64_t frame) const {
+    if (frame >= plainFed_ || plainFed_ - frame > kPlainHistoryFrames) {
+        return nullptr;
+    }
+    return plainHistory_.data() + kChannels * (frame % kPlainHistoryFrames);
+}
+
+void KeyTempoStage::remember(const int16_t* frames, uint32_t count) {
+    for (uint32_t i = 0; i < count; ++i, ++plainFed_) {
+        const std::size_t slot = kChannels * (plainFed_ % kPlainHistoryFrames);
+        plainHistory_[slot] = frames[kChannels * i];
+        plainHistory_[slot + 1] = frames[kChannels * i + 1];
+    }
+}
+
+// Output frame k of a run is made from input frame k, so the first frames
+// fade over from the very sound the plain source would have played.
+void KeyTempoStage::fadeInFromPlain(int16_t* out, uint32_t frames) {
+    for (uint32_t i = 0; i < frames && outputMade_ + i < fadeInFrames_; ++i) {
+        const auto k = static_cast<uint32_t>(outputMade_ + i);
+        if (const int16_t* plain = plainFrame(k)) {
+            const float share = incomingWeight(k, fadeInFrames_);
+            for (uint32_t c = 0; c < kChannels; ++c) {
+                out[kChannels * i + c] = blend(plain[c], out[kChannels * i + c], share);
+            }
+        }
+    }
+    outputMade_ += frames;
 }
 
 void KeyTempoStage::feedSilence(uint32_t frames) {
@@ -73,6 +138,7 @@ void KeyTempoStage::feed(StageInput& input) {
         left_[i] = interleaved_[kChannels * i] / kFullScale;
         right_[i] = interleaved_[kChannels * i + 1] / kFullScale;
     }
+    remember(interleaved_.data(), frames);
     inputEnded_ = ended || frames == 0;
     process(frames, inputEnded_);
 }
@@ -94,6 +160,7 @@ uint32_t KeyTempoStage::drain(int16_t* out, uint32_t frames) {
             out[kChannels * written + 1] = toSample(right_[i]);
         }
     }
+    fadeInFromPlain(out, written);
     return written;
 }
 
@@ -112,8 +179,50 @@ StageOutput KeyTempoStage::render(StageInput& input, int16_t* out, uint32_t fram
 }
 
 StageOutput KeyTempoStage::finish(int16_t* out, uint32_t frames) {
+    if (!finishing_) {
+        collectTail();
+        fadeTailToPlain();
+        finishing_ = true;
+    }
+    const uint32_t count = std::min(frames, tailFrames_ - tailHandedOut_);
+    std::copy_n(tail_.data() + kChannels * tailHandedOut_, kChannels * count, out);
+    tailHandedOut_ += count;
+    return {count, tailHandedOut_ == tailFrames_};
+}
+
+void KeyTempoStage::collectTail() {
     EndedInput ended;
-    return render(ended, out, frames);
+    tailFrames_ = 0;
+    while (tailFrames_ < kLongestTailFrames) {
+        const StageOutput part =
+            render(ended, tail_.data() + kChannels * tailFrames_, kLongestTailFrames - tailFrames_);
+        tailFrames_ += part.frames;
+        if (part.ended || part.frames == 0) {
+            break;
+        }
+    }
+}
+
+// The tail ends where the input did: its frame t was made from input frame
+// fed - tailFrames_ + t. The stretcher winds its last frames down instead of
+// playing them, so those are the plain source's own, faded into from the
+// tail just before.
+void KeyTempoStage::fadeTailToPlain() {
+    const uint32_t replaced =
+        std::min({tailFrames_, stretcher_.startDelay(), kPlainHistoryFrames - kSpliceFrames});
+    const uint32_t kept = tailFrames_ - replaced;
+    const uint32_t fade = std::min(kSpliceFrames, kept);
+    for (uint32_t t = kept - fade; t < tailFrames_; ++t) {
+        const int64_t input = static_cast<int64_t>(plainFed_) - tailFrames_ + t;
+        const int16_t* plain = input < 0 ? nullptr : plainFrame(static_cast<uint64_t>(input));
+        if (plain == nullptr) {
+            continue;
+        }
+        const float share = t < kept ? incomingWeight(t - (kept - fade), fade) : 1.0f;
+        for (uint32_t c = 0; c < kChannels; ++c) {
+            tail_[kChannels * t + c] = blend(tail_[kChannels * t + c], plain[c], share);
+        }
+    }
 }
 
 }  // namespace tunebox

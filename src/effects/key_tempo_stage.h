@@ -42,13 +42,18 @@ class KeyTempoStage {
 
     // A new run from wherever the source now stands: history forgotten.
     void start();
+    // The same, taking over from the source's own sound mid-play: the first
+    // frames fade over from the plain source to the stage, so the change of
+    // key makes no click.
+    void startFromPlain();
 
     // Fills `out` with `frames` frames unless the input ends first.
     StageOutput render(StageInput& input, int16_t* out, uint32_t frames);
 
     // Ends the run where the source stands: what the stretcher still holds
-    // comes out, up to `frames` frames a call, as at the source's end; ended
-    // once all of it is out. The source can then be read past the stage.
+    // comes out, up to `frames` frames a call; ended once all of it is out.
+    // Its last frames fade over to the plain source it was made from, so the
+    // source read past the stage then joins without a click.
     StageOutput finish(int16_t* out, uint32_t frames);
 
     // Output frames the stretcher holds back behind its input.
@@ -59,6 +64,11 @@ class KeyTempoStage {
     void feedSilence(uint32_t frames);
     void process(uint32_t frames, bool final);
     uint32_t drain(int16_t* out, uint32_t frames);
+    void remember(const int16_t* frames, uint32_t count);
+    const int16_t* plainFrame(uint64_t frame) const;
+    void fadeInFromPlain(int16_t* out, uint32_t frames);
+    void collectTail();
+    void fadeTailToPlain();
 
     KeyTempo settings_;
     TimeStretcher stretcher_;
@@ -67,6 +77,21 @@ class KeyTempoStage {
     std::vector<float> right_;
     uint32_t toDrop_ = 0;
     bool inputEnded_ = false;
+
+    // The plain source's last frames fed to the stretcher, a ring: what the
+    // stage's output fades from or to where it joins the plain source.
+    std::vector<int16_t> plainHistory_;
+    uint64_t plainFed_ = 0;  // frames of the run fed so far
+    // Output frames of the run so far, and how many of the first ones fade
+    // in from the plain source (none for a run that starts afresh).
+    uint64_t outputMade_ = 0;
+    uint32_t fadeInFrames_ = 0;
+    // The whole tail, gathered on the first finish call and handed out from
+    // there: its end is only known once all of it is out.
+    std::vector<int16_t> tail_;
+    uint32_t tailFrames_ = 0;
+    uint32_t tailHandedOut_ = 0;
+    bool finishing_ = false;
 };
 
 }  // namespace tunebox

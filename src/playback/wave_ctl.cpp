@@ -422,7 +422,7 @@ void WaveCtl::wavSetKeyTempo(const KeyTempo& keyTempo) {
         }
         keyTempo_->set(keyTempo);
         if (!stageInUse_) {
-            keyTempo_->start();
+            keyTempo_->startFromPlain();
             stageInUse_ = true;
         }
     });

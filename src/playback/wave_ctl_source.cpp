@@ -119,7 +119,7 @@ WaveCtl::SlotRead WaveCtl::readIntoSlot(WaveBuf& slot) {
             stageDraining_ = false;
             if (!keyTempoWanted_.neutral()) {
                 keyTempo_->set(keyTempoWanted_);
-                keyTempo_->start();
+                keyTempo_->startFromPlain();
                 stageInUse_ = true;
             }
         }

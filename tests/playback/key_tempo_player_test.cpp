@@ -130,7 +130,7 @@ class DeviceBlocks final : public BlockObserver {
 };
 
 // A player that may move: it starts bit-exact, leaves neutral and comes
-// back while the device plays, never falling silent, and once the
+// back while the device plays, never falling silent nor clicking, and once the
 // stretcher's tail is out it plays the file's own samples again.
 TEST_F(KeyTempoPlayerTest, LeavingNeutralAndComingBackLeavesNoGapAndEndsBitExact) {
     const std::string path = toneFile(7);
@@ -150,6 +150,9 @@ TEST_F(KeyTempoPlayerTest, LeavingNeutralAndComingBackLeavesNoGapAndEndsBitExact
     EXPECT_LE(test::longestSilence(listener.heard()), kOneMs);
     const auto given = device.bytes();
     EXPECT_LE(test::longestSilence(given), kOneMs);
+    // Nor does it click where the stage takes over or hands back: a tone of
+    // 440 Hz moved up three semitones (523 Hz) steps by 0.075 of its peak.
+    EXPECT_LT(test::steepestStep(given), 0.1);
     // The first block went out before any move, the last long after the
     // tail: both are the file's own bytes.
     const auto blocks = device.blocks();

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <vector>
 
 namespace tunebox::test {
@@ -49,6 +50,24 @@ inline std::size_t longestSilence(const std::vector<uint8_t>& bytes) {
         longest = std::max(longest, run);
     }
     return longest;
+}
+
+// The largest step between neighbouring samples of one channel in native
+// PCM, over the loudest sample: a click shows as a step no sound of the
+// signal's pitches makes. A sine of frequency f steps at most 2 pi f / rate
+// of its peak.
+inline double steepestStep(const std::vector<uint8_t>& bytes) {
+    std::vector<int16_t> samples(bytes.size() / 2);
+    std::memcpy(samples.data(), bytes.data(), samples.size() * 2);
+    int steepest = 0;
+    int peak = 1;
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        peak = std::max(peak, std::abs(int{samples[i]}));
+        if (i >= 2) {
+            steepest = std::max(steepest, std::abs(samples[i] - samples[i - 2]));
+        }
+    }
+    return double(steepest) / peak;
 }
 
 }  // namespace tunebox::test
