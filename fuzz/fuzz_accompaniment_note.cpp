@@ -1,5 +1,5 @@
 // Reads arbitrary bytes as a take's voice file for the accompaniment noted in
-// it, and as the note's text alone.
+// it (and how its key and tempo moved), and as either note's text alone.
 
 #include <cstdint>
 #include <string>
@@ -11,7 +11,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const tunebox::fuzz::ScratchFile scratch("fuzz_accompaniment_note");
     scratch.store(data, size);
     static_cast<void>(tunebox::readAccompanimentNote(scratch.path()));
-    static_cast<void>(
-        tunebox::decodeAccompanimentNote(std::string(reinterpret_cast<const char*>(data), size)));
+    const std::string text(reinterpret_cast<const char*>(data), size);
+    static_cast<void>(tunebox::decodeAccompanimentNote(text));
+    static_cast<void>(tunebox::decodeKeyTempoChanges(text));
     return 0;
 }

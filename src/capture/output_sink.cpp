@@ -44,11 +44,13 @@ int OutputSink::write(const uint8_t* bytes, uint32_t count) {
     return 1;
 }
 
-int OutputSink::close() {
+int OutputSink::close(const NoteChunk* note) {
     if (mode_ != kSinkWavFile) {
         return mode_ == kSinkDiscard ? 1 : 0;
     }
-    return writer_.file ? wavCloseFile(writer_) : 1;
+    // A file cut short by a failed write holds a prefix, which the note,
+    // written for the whole, would not describe.
+    return writer_.file ? wavCloseFile(writer_, writeFailed_ ? nullptr : note) : 1;
 }
 
 }  // namespace tunebox

@@ -28,8 +28,9 @@ class OutputSink {
     // audio.
     int open(const std::string& path, const NoteChunk* note = nullptr);
     int write(const uint8_t* bytes, uint32_t count);
-    // Finishes the file; 0 when its header could not be written.
-    int close();
+    // Finishes the file, with `note` after the audio when given and every
+    // write went through; 0 when its header could not be written.
+    int close(const NoteChunk* note = nullptr);
 
     // 1 once a write has failed since the last open.
     int writeFailed() const { return writeFailed_; }

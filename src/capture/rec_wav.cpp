@@ -349,6 +349,18 @@ void CRecWav::writeVoice(const uint8_t* bytes, uint32_t count) {
     }
 }
 
+// How the key and tempo moved during the take is only known once it is
+// over, so it follows the voice. A take cut off by a crash lacks it and is
+// mixed again at the key and tempo it started with.
+bool CRecWav::closeVoiceFile() {
+    const KeyTempoChanges changes = playback_ ? playback_->keyTempoChanges() : KeyTempoChanges{};
+    if (changes.empty()) {
+        return voiceSink_.close() == 1;
+    }
+    const NoteChunk note = encodeKeyTempoChanges(changes);
+    return voiceSink_.close(&note) == 1;
+}
+
 void CRecWav::noteVoiceFault(const std::string& what) {
     if (voiceError_.empty()) {
         voiceError_ = voiceFileName_ + ": " + what + "; the take is kept without it";
@@ -390,7 +402,7 @@ void CRecWav::freeAll() {
         recordFault(CaptureFault::kOutputWrite, outputFileName_ + ": could not be finished");
     }
     sink_.setMode(kSinkNone);
-    if (!voiceSink_.close() && voiceSink_.mode() == kSinkWavFile) {
+    if (!closeVoiceFile() && voiceSink_.mode() == kSinkWavFile) {
         noteVoiceFault("could not be finished");
     }
     voiceSink_.setMode(kSinkNone);

@@ -124,6 +124,7 @@ class CRecWav {
     void writeToSink(const uint8_t* bytes, uint32_t count);
     void noteClipping(const uint8_t* bytes, uint32_t count);
     void writeVoice(const uint8_t* bytes, uint32_t count);
+    bool closeVoiceFile();
     void noteVoiceFault(const std::string& what);
     void recordFault(CaptureFault fault, std::string reason);
     void takeBackBuffers();

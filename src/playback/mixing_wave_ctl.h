@@ -22,6 +22,7 @@ class MixingWaveCtl final : public WaveCtl, public PlaybackFeed {
     LingBuffer& mixBuf() override { return copies_.mixBuf(); }
     uint32_t devicePosition() override { return wavGetDevicePosition(); }
     OutputStalls deviceStalls(uint32_t first) override { return wavGetDeviceStalls(first); }
+    KeyTempoChanges keyTempoChanges() override { return wavGetKeyTempoChanges(); }
 
   private:
     MixBufWriter copies_;

@@ -106,13 +106,14 @@ int wavWrite(WaveWriter& writer, const uint8_t* bytes, uint32_t count) {
     return 1;
 }
 
-int wavCloseFile(WaveWriter& writer) {
+int wavCloseFile(WaveWriter& writer, const NoteChunk* note) {
     if (!writer.file) {
         return 0;
     }
     const bool flushed = writer.flusher->finish() == 1;
     writer.flusher.reset();
     const bool finished = endOnWholeFrame(writer) && writer.file->ascend(writer.subChunk) == 1 &&
+                          (note == nullptr || writeNote(*writer.file, *note)) &&
                           writer.file->ascend(writer.riffChunk) == 1;
     const bool closed = writer.file->close() == 1;
     writer.file.reset();

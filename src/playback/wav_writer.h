@@ -37,8 +37,9 @@ struct WaveWriter {
 // open through it is closed without its final sizes.
 void wavResetWriter(WaveWriter& writer);
 
-// A chunk of notes about the recording, written between "fmt " and "data"
-// when the file is created, so that a take cut off by a crash still has it.
+// A chunk of notes about the recording: written between "fmt " and "data"
+// when the file is created, so that a take cut off by a crash still has it,
+// or after "data" when the file is closed, for what is only known by then.
 // Readers that look for "data" pass over it.
 struct NoteChunk {
     uint32_t id = 0;
@@ -55,8 +56,9 @@ int wavCreateFile(const std::string& path, WaveWriter& writer, const NoteChunk* 
 // or an earlier flush to the disk failed.
 int wavWrite(WaveWriter& writer, const uint8_t* bytes, uint32_t count);
 
-// Writes both sizes into the header and closes the file. Returns 1, or 0 when
-// the file could not be finished or a flush to the disk failed.
-int wavCloseFile(WaveWriter& writer);
+// Writes both sizes into the header, with `note` after the audio when given,
+// and closes the file. Returns 1, or 0 when the file could not be finished
+// or a flush to the disk failed.
+int wavCloseFile(WaveWriter& writer, const NoteChunk* note = nullptr);
 
 }  // namespace tunebox

@@ -87,6 +87,8 @@ void WaveCtl::resetBlock() {
     length_ = 0;
     baseSeconds_ = 0;
     keyTempoWanted_ = KeyTempo{};
+    blocksFilled_ = 0;
+    keyTempoChanges_.clear();
     songClock_.startRun();
 }
 
@@ -402,35 +404,42 @@ void WaveCtl::wavSetPlayRange(const PlayRange& range) {
 
 // The stage is started afresh only where the source stands and nothing of
 // it is held back; a tail still playing out keeps its neutral settings and
-// the new ones wait for it.
+// the new ones wait for it. Each change is noted with the block it applies
+// from: given again at the same place it makes the same blocks, which is how
+// a take is mixed again.
 void WaveCtl::wavSetKeyTempo(const KeyTempo& keyTempo) {
-    whileRunning([&] {
-        if (!keyTempo_) {
-            return;
+    std::lock_guard guard(lock_);
+    if (!initialised_ || !keyTempo_) {
+        return;
+    }
+    keyTempoChanges_.push_back({blocksFilled_, keyTempo});
+    keyTempoWanted_ = keyTempo;
+    if (stageDraining_) {
+        return;
+    }
+    if (keyTempo.neutral()) {
+        if (stageInUse_) {
+            keyTempo_->set(keyTempo);
+            stageInUse_ = false;
+            stageDraining_ = true;
         }
-        keyTempoWanted_ = keyTempo;
-        if (stageDraining_) {
-            return;
-        }
-        if (keyTempo.neutral()) {
-            if (stageInUse_) {
-                keyTempo_->set(keyTempo);
-                stageInUse_ = false;
-                stageDraining_ = true;
-            }
-            return;
-        }
-        keyTempo_->set(keyTempo);
-        if (!stageInUse_) {
-            keyTempo_->startFromPlain();
-            stageInUse_ = true;
-        }
-    });
+        return;
+    }
+    keyTempo_->set(keyTempo);
+    if (!stageInUse_) {
+        keyTempo_->startFromPlain();
+        stageInUse_ = true;
+    }
 }
 
 KeyTempo WaveCtl::wavGetKeyTempo() const {
     std::lock_guard guard(lock_);
     return keyTempo_ ? keyTempoWanted_ : KeyTempo{};
+}
+
+KeyTempoChanges WaveCtl::wavGetKeyTempoChanges() const {
+    std::lock_guard guard(lock_);
+    return keyTempoChanges_;
 }
 
 int WaveCtl::wavHasOutputDevice() const {

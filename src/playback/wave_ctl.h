@@ -27,6 +27,7 @@
 #include "platform/audio_device.h"
 #include "playback/audio_source.h"
 #include "playback/block_observer.h"
+#include "playback/key_tempo_change.h"
 #include "playback/player_settings.h"
 #include "playback/song_clock.h"
 #include "playback/source_options.h"
@@ -115,9 +116,15 @@ class WaveCtl {
     // Only a player set up with a key or tempo of its own, or told they may
     // move, has the stage; one set up neutral ignores it (the stage would
     // need memory mid-run). Back at neutral the stretcher plays out what it
-    // holds and the source is then played as it is, bit for bit.
+    // holds and the source is then played as it is, bit for bit. An
+    // initialised player takes it before it plays too, as one rendering
+    // without a device does.
     void wavSetKeyTempo(const KeyTempo& keyTempo);
     KeyTempo wavGetKeyTempo() const;
+    // Every change wavSetKeyTempo applied since the file was opened, with
+    // the block it applied from. Kept when the player stops, so that a take
+    // that outlasts its song still finds them.
+    KeyTempoChanges wavGetKeyTempoChanges() const;
     // Replaces the play-range block; the position of the block being played
     // (word 5) is the player's own and is kept.
     void wavSetPlayRange(const PlayRange& range);
@@ -232,6 +239,8 @@ class WaveCtl {
     // tempo moved again meanwhile).
     bool stageInUse_ = false;
     bool stageDraining_ = false;
+    uint32_t blocksFilled_ = 0;  // since the file was opened
+    KeyTempoChanges keyTempoChanges_;
     SongClock songClock_;
     uint32_t bytesPerSecond_ = kNativeBytesPerSecond;
     uint32_t baseSeconds_ = 0;

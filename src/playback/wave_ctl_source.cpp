@@ -4,6 +4,7 @@
 #include "playback/wave_ctl.h"
 
 #include <algorithm>
+#include <cstddef>
 
 #include "core/playback_clock.h"
 #include "effects/effect_chain.h"
@@ -13,6 +14,8 @@ namespace tunebox {
 namespace {
 
 constexpr uint32_t kStepBytes = kNativeBytesPerSecond;  // one second
+// A singer moving the controls through a song; more only costs an allocation.
+constexpr std::size_t kExpectedKeyTempoChanges = 256;
 
 uint32_t permyriadOf(uint32_t position, uint32_t length) {
     return length == 0 ? 0 : static_cast<uint32_t>(uint64_t{position} * kSliderRange / length);
@@ -52,6 +55,10 @@ void WaveCtl::setSourceOptions(const SourceOptions& options) {
 
 int WaveCtl::wavOpenFile(const std::string& path, uint32_t start, uint32_t length) {
     std::lock_guard guard(lock_);
+    blocksFilled_ = 0;
+    keyTempoChanges_.clear();
+    // Room for a take's worth of changes before audio flows.
+    keyTempoChanges_.reserve(kExpectedKeyTempoChanges);
     source_ = wavOpenSource(path, sourceOptions_).source;
     if (!source_) {
         return 0;
@@ -228,6 +235,7 @@ int WaveCtl::commit(const SlotRead& read, uint32_t count, uint32_t last) {
     slot.pwh.bufferLength = count;
     slot.lastFlag = last;
     writeIndex_ = nextIndex(writeIndex_);
+    ++blocksFilled_;
     const uint32_t tail = std::min(read.tailBytes, count);
     songClock_.addBlock(tail, kFullTempo);
     songClock_.addBlock(count - tail, read.tempoPercent);

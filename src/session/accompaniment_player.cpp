@@ -18,13 +18,16 @@ class BlockCollector final : public BlockObserver {
             played_.insert(played_.end(), bytes, bytes + count);
             ended_ = last == 1;
         }
+        ++blocks_;
     }
     bool ended() const { return ended_; }
+    uint32_t blocks() const { return blocks_; }
     std::vector<uint8_t> take() { return std::move(played_); }
 
   private:
     std::vector<uint8_t> played_;
     bool ended_ = false;
+    uint32_t blocks_ = 0;
 };
 
 }  // namespace
@@ -34,18 +37,28 @@ void setUpAccompanimentPlayer(WaveCtl& player, const TrackEntry& track) {
     applyPreset(player, track);
 }
 
+// Each change is given just before the block it applied from, as the take's
+// player was given it between two fills; the stage is there from the start,
+// as it was for a key that was to move.
 std::optional<std::vector<uint8_t>> renderAccompaniment(const TrackEntry& track, uint32_t start,
-                                                        const SourceOptions& options) {
+                                                        const SourceOptions& options,
+                                                        const KeyTempoChanges& changes) {
     UnavailableAudio noDevice("rendered without a device");
     BlockCollector collector;
     WaveCtl player(noDevice, &collector);
     player.setSourceOptions(options);
-    setUpAccompanimentPlayer(player, track);
+    TrackEntry played = track;
+    played.keyTempoMayMove = track.keyTempoMayMove || !changes.empty();
+    setUpAccompanimentPlayer(player, played);
     if (player.wavOpenFile(track.path, start, track.length) != 1) {
         return std::nullopt;
     }
-    while (!collector.ended() && player.wavRenderNext() == 1) {
-    }
+    auto next = changes.begin();
+    do {
+        for (; next != changes.end() && next->block <= collector.blocks(); ++next) {
+            player.wavSetKeyTempo(next->keyTempo);
+        }
+    } while (!collector.ended() && player.wavRenderNext() == 1);
     player.wavStop();
     return collector.take();
 }

@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+#include "playback/key_tempo_change.h"
 #include "playback/source_options.h"
 #include "playback/wave_ctl.h"
 #include "session/track_list.h"
@@ -17,8 +18,10 @@ namespace tunebox {
 void setUpAccompanimentPlayer(WaveCtl& player, const TrackEntry& track);
 
 // Every byte the player hands to the device for `track` played from byte
-// `start`, up to its last block; null when the track cannot be opened.
+// `start`, up to its last block, with the key and tempo moved by `changes`
+// at their blocks; null when the track cannot be opened.
 std::optional<std::vector<uint8_t>> renderAccompaniment(const TrackEntry& track, uint32_t start,
-                                                        const SourceOptions& options);
+                                                        const SourceOptions& options,
+                                                        const KeyTempoChanges& changes = {});
 
 }  // namespace tunebox

@@ -135,8 +135,8 @@ std::string remixTake(const RemixRequest& request) {
     track.length = parts.note.length;
     track.keyTempo = parts.note.keyTempo;
     // Decoded as it was for the take, whatever the settings say now.
-    auto mixed =
-        renderAccompaniment(track, parts.note.start, SourceOptions{parts.note.builtinDecoderFirst});
+    auto mixed = renderAccompaniment(
+        track, parts.note.start, SourceOptions{parts.note.builtinDecoderFirst}, parts.note.changes);
     if (!mixed) {
         return track.path + ": the take's accompaniment cannot be opened";
     }

@@ -1,6 +1,7 @@
 // The accompaniment noted in a voice file: read back as written, hostile
-// texts refused, kept by a file cut off before its close, and the file still
-// a plain WAV to our reader and to sox.
+// texts refused, kept by a file cut off before its close, the changes of key
+// and tempo added at the close, and the file still a plain WAV to our reader
+// and to sox.
 #include <gtest/gtest.h>
 
 #include "capture/accompaniment_note.h"
@@ -43,6 +44,26 @@ TEST(AccompanimentNoteTest, TextsItDidNotWriteAreRefused) {
     }
 }
 
+TEST(AccompanimentNoteTest, ChangeListsItDidNotWriteAreRefused) {
+    const std::string written =
+        "block=4\nkey=2\ncents=0\ntempo=100\nformants=0\n"
+        "block=7\nkey=0\ncents=0\ntempo=115\nformants=1\n";
+    const KeyTempoChanges changes{{4, {.semitones = 2}},
+                                  {7, {.tempoPercent = 115, .preserveFormants = true}}};
+    EXPECT_EQ(decodeKeyTempoChanges(written), changes);
+    EXPECT_EQ(decodeKeyTempoChanges(textOf(encodeKeyTempoChanges(changes))), changes);
+    const auto with = [&](const std::string& from, const std::string& to) {
+        std::string text = written;
+        return text.replace(text.find(from), from.size(), to);
+    };
+    for (const std::string& text :
+         {with("block=7", "block=3"), with("block=4", "block=-4"), with("block=4\n", ""),
+          with("key=2", "key=7"), with("tempo=115", "tempo=131"),
+          with("formants=1\n", "formants=1"), with("cents=0\nt", "t"), written + "x"}) {
+        EXPECT_FALSE(decodeKeyTempoChanges(text)) << text;
+    }
+}
+
 TEST(AccompanimentNoteTest, ANoteSurvivesACutAndTheFileReadsAsItsAudioAlone) {
     const test::TempDir dir;
     const std::string path = (dir / "voice.wav").string();
@@ -67,6 +88,37 @@ TEST(AccompanimentNoteTest, ANoteSurvivesACutAndTheFileReadsAsItsAudioAlone) {
     ASSERT_EQ(test::run("sox --i -s '" + path + "' >'" + frames + "' 2>&1"), 0);
     EXPECT_EQ(test::readText(frames), "1001\n");
     EXPECT_FALSE(readAccompanimentNote((dir / "absent.wav").string()));
+}
+
+// The changes follow the audio, written at the close: they come back with
+// the note, and the file is as finished, and as long, as one without them.
+TEST(AccompanimentNoteTest, ChangesWrittenAtTheCloseComeBackWithTheNote) {
+    const test::TempDir dir;
+    const std::string path = (dir / "voice.wav").string();
+    WaveWriter writer;
+    wavResetWriter(writer);
+    const AccompanimentNote note{"/songs/a.wav", 0, 4000, false, {.semitones = -1}};
+    const NoteChunk start = encodeAccompanimentNote(note);
+    ASSERT_EQ(wavCreateFile(path, writer, &start), 1);
+    const std::vector<uint8_t> samples(4 * 1000, 7);
+    ASSERT_EQ(wavWrite(writer, samples.data(), static_cast<uint32_t>(samples.size())), 1);
+    const KeyTempoChanges changes{{3, {.semitones = 2}}, {3, {.tempoPercent = 80}}, {9, {}}};
+    const NoteChunk moved = encodeKeyTempoChanges(changes);
+    ASSERT_EQ(wavCloseFile(writer, &moved), 1);
+
+    auto read = readAccompanimentNote(path);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->changes, changes);
+    read->changes.clear();
+    EXPECT_EQ(read, note);
+    EXPECT_EQ(inspectWav(path).condition, WavCondition::kFinished) << inspectWav(path).detail;
+    EXPECT_TRUE(repairWav(path).alreadyFinished);
+    uint32_t length = 0;
+    ASSERT_EQ(wavGetLength(path, length), 1);
+    EXPECT_EQ(length, samples.size());
+    const std::string frames = (dir / "frames.txt").string();
+    ASSERT_EQ(test::run("sox --i -s '" + path + "' >'" + frames + "' 2>&1"), 0);
+    EXPECT_EQ(test::readText(frames), "1000\n");
 }
 
 }  // namespace

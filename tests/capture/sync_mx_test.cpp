@@ -171,6 +171,7 @@ class SetPositions final : public InputDevice, public PlaybackFeed {
     LingBuffer& mixBuf() override { return unused_; }
     uint32_t devicePosition() override { return played; }
     OutputStalls deviceStalls(uint32_t first) override { return stalls.since(first); }
+    KeyTempoChanges keyTempoChanges() override { return {}; }
 
     uint32_t played = 0;
     uint32_t captured = 0;

@@ -161,6 +161,32 @@ TEST_F(MovedKeyTakeTest, AMovedKeyAndTempoLineUpAsThePlainTakeDoes) {
     EXPECT_EQ(readBytes(same), readBytes(take_));
 }
 
+// The key and then the tempo moved during the take, and back to neutral:
+// the voice file notes each change with the block it applied from, so the
+// remix moves the song at the same blocks, fades included, and gives back
+// the take byte for byte.
+TEST_F(MovedKeyTakeTest, KeyAndTempoMovedDuringTheTakeRemixAsTheyWereHeard) {
+    track_.keyTempoMayMove = true;
+    ASSERT_TRUE(controller().rec({track_, 0, 0}).capturing);
+    WaveCtl& player = controller().accompanimentPlayer();
+    const std::vector<KeyTempo> moves{{.semitones = 2}, {.semitones = 2, .tempoPercent = 115}, {}};
+    for (std::size_t i = 0; i < moves.size(); ++i) {
+        const auto played = static_cast<uint32_t>((i + 1) * 3 * kNativeBytesPerSecond / 2);
+        ASSERT_TRUE(runUntil([&] { return player.wavGetDevicePosition() >= played; }));
+        player.wavSetKeyTempo(moves[i]);
+    }
+    runToTheEnd();
+    const auto note = readAccompanimentNote(voiceFilePath(take_));
+    ASSERT_TRUE(note);
+    ASSERT_EQ(note->changes.size(), moves.size());
+    for (std::size_t i = 0; i < moves.size(); ++i) {
+        EXPECT_EQ(note->changes[i].keyTempo, moves[i]);
+    }
+    const std::string same = (dir_.path() / "same.wav").string();
+    ASSERT_EQ(remix(same), "");
+    EXPECT_EQ(readBytes(same), readBytes(take_));
+}
+
 // A calibration saved for these devices moves every voice sample by what it
 // adds: here 400 bytes (200 samples) earlier than the positions alone put it.
 TEST_F(TakeAlignmentTest, TheSavedCalibrationOfTheDevicesIsAddedToTheMeasuredDelay) {

@@ -88,6 +88,10 @@ void printSource(const std::string& path, const AudioSource& source) {
     if (const auto note = readAccompanimentNote(path)) {
         std::cout << "voice of a take over: " << note->path << ", from byte " << note->start
                   << " of " << note->length << "\n";
+        if (!note->changes.empty()) {
+            std::cout << "key and tempo moved during the take: " << note->changes.size()
+                      << " times\n";
+        }
     }
 }
 
