@@ -19,6 +19,14 @@ std::optional<LyricFormat> lyricFormatOf(std::string_view path);
 // tens of kilobytes): a bigger one is damaged or something else, and is not
 // read, since reading one of many megabytes takes seconds.
 inline constexpr std::size_t kMaxLyricTextBytes = 1024 * 1024;
+// Larger CD+G files are not lyrics. CD+G takes 7,200 bytes a second, so a
+// two-hour stream fits.
+inline constexpr std::size_t kMaxCdgBytes = std::size_t{64} << 20;
+
+// The most a lyrics file of the format may hold.
+constexpr std::size_t largestLyricFile(LyricFormat format) {
+    return format == LyricFormat::kCdg ? kMaxCdgBytes : kMaxLyricTextBytes;
+}
 
 // Reads the bytes of a file of one of the timed-text formats (LRC or UltraStar).
 LyricReading parseLyricText(LyricFormat format, std::string_view bytes);

@@ -149,6 +149,8 @@ TEST_F(CommandLyricsTest, WhatHoldsNoLyricsIsRefusedOnOneLine) {
         {file("song.txt", ": 0 4 0 la\n"), "no usable #BPM in it"},
         {file("empty.cdg", std::string(23, '\x09')), "no CD+G packets in it"},
         {file("song.mp3", "ID3"), "not a lyrics file: .lrc, .txt (UltraStar) or .cdg"},
+        {file("huge.lrc", "[00:01.00]la\n" + std::string(1 << 20, 'a')),
+         "too big for lyrics (over 1 MB)"},
         {(dir_ / "missing.lrc").string(), ""},
     };
     for (const auto& [path, reason] : cases) {

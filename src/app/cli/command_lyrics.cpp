@@ -1,5 +1,6 @@
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -121,6 +122,13 @@ int showLyrics(const LyricsOptions& options) {
         }
     } else if (const auto problem = inputRefusal(path)) {
         return refuse(path, *problem, kExitBadInput);
+    }
+    std::error_code error;
+    if (std::filesystem::file_size(path, error) > largestLyricFile(*format) && !error) {
+        return refuse(
+            path,
+            "too big for lyrics (over " + std::to_string(largestLyricFile(*format) >> 20) + " MB)",
+            kExitBadInput);
     }
     const std::string bytes = fileBytes(path);
     return *format == LyricFormat::kCdg ? printCdg(path, bytes, options)

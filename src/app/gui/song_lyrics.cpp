@@ -7,13 +7,6 @@
 #include "lyrics/lyric_format.h"
 
 namespace tunebox::gui {
-namespace {
-
-// Larger CD+G files are not lyrics, and reading them would hold the window
-// up. CD+G takes 7,200 bytes a second, so a two-hour stream fits.
-constexpr qint64 kLargestCdg = 64 << 20;
-
-}  // namespace
 
 LyricsReading readSongLyrics(const QString& path) {
     const auto said = [](const char* text) {
@@ -28,7 +21,7 @@ LyricsReading readSongLyrics(const QString& path) {
     if (!file.open(QIODevice::ReadOnly)) {
         return said(QT_TRANSLATE_NOOP("SongLyrics", "The lyrics file cannot be read"));
     }
-    if (file.size() > (*format == LyricFormat::kCdg ? kLargestCdg : qint64{kMaxLyricTextBytes})) {
+    if (file.size() > qint64(largestLyricFile(*format))) {
         return said(QT_TRANSLATE_NOOP("SongLyrics", "The file is too large to be lyrics"));
     }
     const QByteArray bytes = file.readAll();
