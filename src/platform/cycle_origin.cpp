@@ -5,7 +5,7 @@
 namespace tunebox {
 namespace {
 
-// About half a second of reports at one per 5 ms.
+// About a third of a second of reports, one every 3.5 ms on average.
 constexpr std::size_t kReportsKept = 100;
 // The first reports of a starting stream can be a cycle or more off; they
 // only stand in until the next ones come.

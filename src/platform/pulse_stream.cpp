@@ -13,7 +13,6 @@ namespace {
 // depend on it.
 constexpr pa_usec_t kPlaybackLatency = 200 * PA_USEC_PER_MSEC;
 constexpr pa_usec_t kRecordFragment = 10 * PA_USEC_PER_MSEC;
-constexpr pa_usec_t kTickPeriod = 5 * PA_USEC_PER_MSEC;
 constexpr std::chrono::milliseconds kOperationTimeout{2000};
 
 // The flags whose timing the delay measurement was proven with.
@@ -279,8 +278,11 @@ OutputStalls PulseStream::stalls(uint32_t first) {
 }
 
 void PulseStream::armTicker() {
-    ticker_ =
-        pa_context_rttime_new(connection_->context(), pa_rtclock_now() + kTickPeriod, onTick, this);
+    ticker_ = pa_context_rttime_new(connection_->context(), nextTickTime(), onTick, this);
+}
+
+pa_usec_t PulseStream::nextTickTime() {
+    return pa_rtclock_now() + pa_usec_t(tickSpacing_.next());
 }
 
 void PulseStream::onContextState(pa_context* context, void* self) {
@@ -326,8 +328,8 @@ void PulseStream::onTick(pa_mainloop_api*, pa_time_event* event, const struct ti
     if (!stream.failed_ && stream.direction_ == Direction::playback && stream.stream_) {
         stream.returnHeard();
     }
-    // Reports more often than the graph's cycles, so that some come just
-    // after a cycle and some one cycle apart.
+    // Reports more often than the graph's cycles and out of step with them,
+    // so that some come just after a cycle and some one cycle apart.
     if (!stream.failed_ && stream.cyclePaced_ && stream.stream_ && !stream.streamCorked_) {
         if (pa_operation* update = pa_stream_update_timing_info(stream.stream_, nullptr, nullptr)) {
             pa_operation_unref(update);
@@ -336,7 +338,7 @@ void PulseStream::onTick(pa_mainloop_api*, pa_time_event* event, const struct ti
             stream.captured_ = std::max(stream.captured_, stream.streamTimeBytes());
         }
     }
-    pa_context_rttime_restart(stream.connection_->context(), event, pa_rtclock_now() + kTickPeriod);
+    pa_context_rttime_restart(stream.connection_->context(), event, stream.nextTickTime());
 }
 
 }  // namespace tunebox

@@ -14,6 +14,7 @@
 #include "platform/cycle_origin.h"
 #include "platform/device_buffers.h"
 #include "platform/pulse_connection.h"
+#include "platform/tick_spacing.h"
 
 namespace tunebox {
 
@@ -63,6 +64,7 @@ class PulseStream {
     void store(const uint8_t* data, std::size_t count);
     void returnAll();
     void armTicker();
+    pa_usec_t nextTickTime();
 
     static void onContextState(pa_context* context, void* self);
     static void onStreamState(pa_stream* stream, void* self);
@@ -78,6 +80,7 @@ class PulseStream {
     std::unique_ptr<DoneDelivery> delivery_;
     pa_stream* stream_ = nullptr;
     pa_time_event* ticker_ = nullptr;
+    TickSpacing tickSpacing_;
     bool failed_ = false;
     bool corked_ = false;        // what the owner asked for (pause, stop)
     bool streamCorked_ = false;  // what the server was told
