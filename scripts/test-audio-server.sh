@@ -19,6 +19,9 @@
 #                           the input becomes the monitor of a second null
 #                           sink fed from the first through module-loopback
 #                           with this latency, as a late device would be
+#   TUNEBOX_TEST_QUANTUM    PipeWire only: the graph cycle in frames, held
+#                           fixed (unset: PipeWire chooses it from the
+#                           streams' latencies, 128 frames with the keep-alive)
 set -euo pipefail
 
 base=${TUNEBOX_TEST_AUDIO_DIR:-/tmp/tunebox-test-audio}
@@ -28,6 +31,7 @@ kind=${TUNEBOX_TEST_SERVER:-pulse}
 rate=${TUNEBOX_TEST_RATE:-44100}
 keepalive=${TUNEBOX_TEST_KEEPALIVE:-1}
 delay_ms=${TUNEBOX_TEST_DELAY_MS:-0}
+quantum=${TUNEBOX_TEST_QUANTUM:-}
 # Processes started for the server, stopped in reverse order.
 started=(keepalive pipewire-pulse wireplumber pipewire dbus)
 
@@ -94,6 +98,10 @@ check_choice() {
         echo "TUNEBOX_TEST_DELAY_MS is not a whole number of milliseconds: $delay_ms" >&2
         exit 2
     }
+    [[ -z $quantum || ($kind == pipewire && $quantum =~ ^[0-9]+$) ]] || {
+        echo "TUNEBOX_TEST_QUANTUM needs PipeWire and a whole number of frames: $quantum" >&2
+        exit 2
+    }
 }
 
 start_pulse() {
@@ -122,10 +130,15 @@ start_pipewire() {
     mkdir -p "$conf/pipewire.conf.d" "$conf/pipewire-pulse.conf.d" "$base/config/wireplumber"
     # The graph runs at the set-up's rate only; streams of another rate are
     # resampled into it, as on a desktop whose card runs at that rate.
+    local fixed_cycle=""
+    [ -z "$quantum" ] || fixed_cycle="default.clock.quantum = $quantum
+    default.clock.min-quantum = $quantum
+    default.clock.max-quantum = $quantum"
     cat >"$conf/pipewire.conf.d/tunebox.conf" <<CONF
 context.properties = {
     default.clock.rate = $rate
     default.clock.allowed-rates = [ $rate ]
+    $fixed_cycle
 }
 CONF
     cat >"$conf/pipewire-pulse.conf.d/tunebox.conf" <<CONF
