@@ -113,6 +113,10 @@
         <source>Saved as %1</source>
         <translation>%1 に保存しました</translation>
     </message>
+    <message>
+        <source>Exporting the take...</source>
+        <translation>録音を書き出しています...</translation>
+    </message>
 </context>
 <context>
     <name>tunebox::gui::KeyTempoControls</name>

@@ -6,6 +6,7 @@
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QLineEdit>
+#include <QTimer>
 #include <fstream>
 
 #include "app/gui/export_dialog.h"
@@ -52,8 +53,12 @@ TEST_F(ExportDialogTest, TheTakeIsSavedWithTheFormatsExtensionAndTheUserIsTold) 
 
     const gui::ExportChoices choices{
         .format = ExportFormat::kOgg, .quality = 0.5, .normalizeLufs = std::nullopt, .artist = {}};
+    // The window goes on answering while the take is encoded.
+    bool windowServed = false;
+    QTimer::singleShot(0, [&] { windowServed = true; });
     ASSERT_TRUE(
         gui::exportTakeAs(nullptr, desktop_.services(), QString::fromStdString(take), choices));
+    EXPECT_TRUE(windowServed);
     EXPECT_TRUE(std::filesystem::exists(files_ / "shared.ogg"));
     ASSERT_EQ(desktop_.requests.size(), 1u);
     EXPECT_EQ(desktop_.requests[0].defaultSuffix, "ogg");

@@ -5,10 +5,13 @@
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDoubleSpinBox>
+#include <QEventLoop>
 #include <QFileInfo>
 #include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProgressDialog>
+#include <thread>
 
 #include "core/diagnostic_log.h"
 #include "platform/settings.h"
@@ -18,6 +21,7 @@ namespace tunebox::gui {
 namespace {
 
 constexpr double kSuggestedTargetLufs = -14.0;
+constexpr int kBusyNoteAfterMs = 400;
 
 struct FormatEntry {
     ExportFormat format;
@@ -76,6 +80,27 @@ QString withSuffix(const QString& picked, const FormatEntry& entry) {
         return picked;
     }
     return picked + '.' + entry.suffix;
+}
+
+// Encoding a long take takes seconds. A worker exports while the window goes
+// on answering (a repaint, the meters, the tickers of a running take); a
+// busy note, modal, says why nothing can be pressed meanwhile.
+ExportResult exportServingTheWindow(QWidget* parent, const ExportRequest& request) {
+    QProgressDialog busy(ExportDialog::tr("Exporting the take..."), QString(), 0, 0, parent);
+    busy.setWindowModality(Qt::ApplicationModal);
+    busy.setMinimumDuration(kBusyNoteAfterMs);
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    QEventLoop loop;
+    ExportResult result;
+    std::thread worker([&] {
+        result = exportTake(request);
+        // Queued: it waits for the loop if the export was done before it ran.
+        QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
+    });
+    loop.exec();
+    worker.join();
+    QApplication::restoreOverrideCursor();
+    return result;
 }
 
 }  // namespace
@@ -153,15 +178,14 @@ bool exportTakeAs(QWidget* parent, const DialogServices& services, const QString
         return false;
     }
     const QString output = withSuffix(picked, entry);
-    QApplication::setOverrideCursor(Qt::WaitCursor);
-    const ExportResult result = exportTake({.take = take.toStdString(),
-                                            .output = output.toStdString(),
-                                            .format = choices.format,
-                                            .quality = choices.quality,
-                                            .artist = choices.artist.toStdString(),
-                                            .normalizeLufs = choices.normalizeLufs,
-                                            .options = SourceOptions{readDecoderChoice() == 1}});
-    QApplication::restoreOverrideCursor();
+    const ExportResult result =
+        exportServingTheWindow(parent, {.take = take.toStdString(),
+                                        .output = output.toStdString(),
+                                        .format = choices.format,
+                                        .quality = choices.quality,
+                                        .artist = choices.artist.toStdString(),
+                                        .normalizeLufs = choices.normalizeLufs,
+                                        .options = SourceOptions{readDecoderChoice() == 1}});
     const QString caption = ExportDialog::tr("Export");
     if (!result.problem.empty()) {
         logAlways(result.problem);
