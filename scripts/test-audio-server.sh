@@ -175,10 +175,10 @@ add_hidden_delay() {
 }
 
 start() {
+    check_choice
     if reachable; then
         return 0
     fi
-    check_choice
     mkdir -p "$runtime" "$base/config"
     chmod 700 "$runtime"
     printf 'autospawn = no\n' >"$base/client.conf"

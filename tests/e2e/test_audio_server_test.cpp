@@ -61,14 +61,18 @@ TEST(TestAudioServer, EachSetUpServesItsSinkAndSourceAndStopsEverythingItStarted
 
 TEST(TestAudioServer, AnUnknownSetUpIsRefusedWithStatusTwo) {
     // A fixed graph cycle is PipeWire's alone.
-    for (const char* setUp : {"TUNEBOX_TEST_SERVER=jack", "TUNEBOX_TEST_QUANTUM=1024",
-                              "TUNEBOX_TEST_SERVER=pipewire TUNEBOX_TEST_QUANTUM=short"}) {
+    for (const char* setUp :
+         {"TUNEBOX_TEST_SERVER=jack", "TUNEBOX_TEST_SERVER=pulse TUNEBOX_TEST_QUANTUM=1024",
+          "TUNEBOX_TEST_SERVER=pipewire TUNEBOX_TEST_QUANTUM=short"}) {
         SCOPED_TRACE(setUp);
         const int status = test::run(
             std::string("TUNEBOX_TEST_AUDIO_DIR=/tmp/tunebox-e2e-setups ") + setUp + " bash '" +
             TUNEBOX_SOURCE_DIR + "/scripts/test-audio-server.sh' start 2>/dev/null");
         EXPECT_EQ(status, 2);
     }
+    // Should one have started after all, it must not answer the next run.
+    test::run("TUNEBOX_TEST_AUDIO_DIR=/tmp/tunebox-e2e-setups bash '" +
+              std::string(TUNEBOX_SOURCE_DIR) + "/scripts/test-audio-server.sh' stop");
 }
 
 }  // namespace
